@@ -1,0 +1,26 @@
+# How every target of the project is compiled.
+
+set(CMAKE_C_COMPILER_LAUNCHER "$ENV{CMAKE_CXX_COMPILER_LAUNCHER}" CACHE STRING "")
+
+add_library(vantrel_options INTERFACE)
+target_compile_options(vantrel_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor)
+if(VANTREL_WARNINGS_AS_ERRORS)
+  target_compile_options(vantrel_options INTERFACE -Werror)
+endif()
+if(VANTREL_SANITIZE)
+  target_compile_options(vantrel_options INTERFACE
+    -fsanitize=${VANTREL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(vantrel_options INTERFACE -fsanitize=${VANTREL_SANITIZE})
+endif()
+
+# vantrel_library(NAME SOURCES...): a static library with the project's options.
+function(vantrel_library name)
+  add_library(${name} STATIC ${ARGN})
+  target_link_libraries(${name} PUBLIC vantrel_options)
+endfunction()
+
+# vantrel_program(NAME SOURCES...): an executable with the project's options.
+function(vantrel_program name)
+  add_executable(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE vantrel_options)
+endfunction()
