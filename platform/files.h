@@ -1,0 +1,26 @@
+// Files and named serial ports, by the platform's paths: `\DiskOnChip\X`, `\Windows\X`, `COM1:`, `COM2:`.
+#pragma once
+
+#include "platform/kernel.h"
+
+#ifndef _WIN32
+
+#define GENERIC_READ 0x80000000u
+#define GENERIC_WRITE 0x40000000u
+#define CREATE_ALWAYS 2
+#define OPEN_EXISTING 3
+#define FILE_ATTRIBUTE_NORMAL 0x00000080
+#define INVALID_FILE_SIZE 0xFFFFFFFFu
+
+struct OVERLAPPED;
+using LPOVERLAPPED = OVERLAPPED*;
+
+// Opens a file (share mode 0 keeps other openers out while it is open) or a port (always exclusive).
+// INVALID_HANDLE_VALUE on failure.
+HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, LPSECURITY_ATTRIBUTES security,
+                   DWORD disposition, DWORD attributes, HANDLE templateFile);
+BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped);
+BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED overlapped);
+DWORD GetFileSize(HANDLE file, LPDWORD sizeHigh);
+
+#endif

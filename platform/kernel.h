@@ -1,0 +1,54 @@
+// Threads, waits, events, semaphores, time, and the terminal's vibrator. All may be called from any thread.
+#pragma once
+
+#include "platform/base.h"
+
+#ifndef _WIN32
+
+using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
+struct SECURITY_ATTRIBUTES;
+using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
+
+#define CREATE_SUSPENDED 0x00000004
+#define WAIT_OBJECT_0 0x00000000u
+#define WAIT_TIMEOUT 258u
+#define WAIT_FAILED 0xFFFFFFFFu
+
+// Starts a thread; CREATE_SUSPENDED keeps it from running until ResumeThread. Null on failure. The handle is
+// released with CloseHandle, which does not end the thread.
+HANDLE CreateThread(LPSECURITY_ATTRIBUTES security, std::size_t stackSize, LPTHREAD_START_ROUTINE start,
+                    LPVOID parameter, DWORD flags, LPDWORD threadId);
+// Suspension is counted and cooperative: the thread parks at its next call of this layer, or on the way out
+// of the wait it is in before it has taken anything. Both return the previous count, or 0xFFFFFFFF.
+DWORD SuspendThread(HANDLE thread);
+DWORD ResumeThread(HANDLE thread);
+
+HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES security, LONG initialCount, LONG maximumCount, LPCWSTR name);
+// A named event is shared by all programs of one terminal; only automatic reset is offered.
+HANDLE CreateEventW(LPSECURITY_ATTRIBUTES security, BOOL manualReset, BOOL initialState, LPCWSTR name);
+// Waits for an event, a semaphore or the end of a thread: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
+DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
+// Closes any handle of this layer and wakes whoever waits on its object; that call fails.
+BOOL CloseHandle(HANDLE object);
+
+void Sleep(DWORD milliseconds);
+// Milliseconds since some start, wrapping at 32 bits.
+DWORD GetTickCount();
+
+#endif
+
+// What desktop Windows lacks.
+
+#ifndef EVENT_SET
+#define EVENT_PULSE 1
+#define EVENT_RESET 2
+#define EVENT_SET 3
+#endif
+
+// Acts on an event by EVENT_SET or EVENT_RESET.
+BOOL EventModify(HANDLE event, DWORD action);
+
+// Kernel control calls of the terminal's maker. IOCTL_VIBRATOR (scan/read_feedback.h) takes a DWORD, 1 or 0;
+// any other code fails.
+BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID output, DWORD outputSize,
+                     LPDWORD returned);

@@ -1,0 +1,40 @@
+// What a HANDLE stands for. Objects are counted, so that a handle closed in one thread never frees what
+// another thread is waiting on.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "platform/base.h"
+
+namespace layer {
+
+class Object {
+  public:
+    virtual ~Object() = default;
+    // The handle has been closed: wakes every waiter on the object, whose calls fail. Called once.
+    virtual void Close() {}
+    // Waits for the object (event, semaphore, thread): a WAIT_ value. Objects that cannot be waited for fail.
+    virtual DWORD Wait(DWORD milliseconds);
+};
+
+// A file or a port: what ReadFile and WriteFile work on.
+class Stream : public Object {
+  public:
+    virtual BOOL Read(void* buffer, DWORD size, DWORD& read) = 0;
+    virtual BOOL Write(const void* buffer, DWORD size, DWORD& written) = 0;
+    virtual DWORD Size() { return 0xFFFFFFFFu; }
+};
+
+// Gives the object a handle; null when there is no room.
+HANDLE NewHandle(std::shared_ptr<Object> object);
+// The object of a handle, or null for anything that is not an open handle.
+std::shared_ptr<Object> FindObject(HANDLE handle);
+template <class T>
+std::shared_ptr<T> FindObjectAs(HANDLE handle) {
+    return std::dynamic_pointer_cast<T>(FindObject(handle));
+}
+// Takes the handle away and closes its object; false for anything that is not an open handle.
+bool ReleaseHandle(HANDLE handle);
+
+}  // namespace layer

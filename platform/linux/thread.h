@@ -1,0 +1,36 @@
+// Cooperative suspension of the layer's threads, and the end of the program.
+#pragma once
+
+#include <functional>
+
+namespace layer {
+
+// Parks the calling thread while it is suspended, or for ever once the end of the program has begun and the
+// thread is not the main one. Every call of the layer begins with it; a wait calls it again before it takes
+// anything (a byte, a message, a token). Never call it with a lock held or a key down. Cheap when nothing is
+// up.
+void SuspendPoint();
+// Whether SuspendPoint would park now: waits use it to let go first.
+bool ParkRequested();
+// `wake` is called (from the suspending thread) when the calling thread is asked to park while it is inside a
+// wait of its own making, so that the wait can end and reach SuspendPoint; set around such a wait.
+class WakeOnPark {
+  public:
+    explicit WakeOnPark(std::function<void()> wake);
+    ~WakeOnPark();
+    WakeOnPark(const WakeOnPark&) = delete;
+    WakeOnPark& operator=(const WakeOnPark&) = delete;
+};
+
+// The thread that runs WinMain.
+bool OnMainThread();
+void SetMainThread();
+
+// Work to be done when the program ends, in reverse order of registration, on the main thread (keys released,
+// vibrator off, shared names gone). Also run when a test asks for it.
+void AtEnd(std::function<void()> work);
+// Begins the end: other threads park at their next call; runs the registered work once.
+void BeginEnd();
+bool Ending();
+
+}  // namespace layer
