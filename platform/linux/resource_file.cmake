@@ -1,0 +1,1 @@
+vantrel_library(vantrel_resource_file linux/resource_file.cpp linux/resource_images.cpp)
