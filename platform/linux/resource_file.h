@@ -38,10 +38,10 @@ enum ClassAtom : std::uint16_t {
 enum MenuFlag : std::uint16_t { MenuGrayed = 0x1, MenuDisabled = 0x2, MenuChecked = 0x8 };
 
 struct Control {
-    std::uint16_t Atom = 0;          // 0 when the class is named
-    std::u16string ClassName;        // empty when the class has an atom
-    std::uint32_t Id = 0;            // 0xFFFF for a control without one of its own
-    std::u16string Text;             // empty when TextResource is set
+    std::uint16_t Atom = 0;    // 0 when the class is named
+    std::u16string ClassName;  // empty when the class has an atom; case means nothing, compilers change it
+    std::uint32_t Id = 0;      // 0xFFFF for a control without one of its own
+    std::u16string Text;       // empty when TextResource is set
     std::uint16_t TextResource = 0;  // number of the icon that a static control shows, or 0
     int X = 0, Y = 0;                // dialog units, from the dialog's client area
     int Width = 0, Height = 0;       // dialog units
