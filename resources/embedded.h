@@ -4,7 +4,8 @@
 #include <span>
 #include <string_view>
 
-// What is built into the program: the compiled resources and the read sounds. The bytes live for the whole run.
+// What is built into the program: the compiled resources and the read sounds. The bytes live for the whole
+// run.
 
 // vantrel.rc in compiled form (.res).
 std::span<const std::byte> CompiledResources();
