@@ -12,6 +12,8 @@ inline constexpr UINT WM_SHOWERROR = WM_USER + 1;      // wParam: error code; sh
 inline constexpr UINT WM_TRAYNOTIFY = WM_USER + 2;     // lParam: mouse message on the notification icon
 inline constexpr UINT WM_OPENSETTINGS = WM_USER + 4;   // opens the settings sheet
 inline constexpr UINT WM_APPLYSETTINGS = WM_USER + 8;  // saves, downloads, hides the main window
+inline constexpr UINT WM_SETTINGSAPPLIED =
+    WM_USER + 9;  // the apply thread has ended: what waited for it goes on
 
 // Timers of the main window; one-shot.
 inline constexpr UINT_PTR IDT_READER_READY = 921;   // reader power-up delay is over
@@ -32,7 +34,8 @@ struct ShellRecord {
     Relaxed<HWND> EditorDialog;
     Relaxed<HWND> AboutDialog;
     Relaxed<HWND> SettingsSheet;
-    HMENU TrayMenu;
+    HMENU TrayMenu;     // the popup while one exists
+    HMENU TrayMenuBar;  // the loaded menu that it belongs to
     NOTIFYICONDATAW TrayIconData;
     SHMENUBARINFO MenuBarInfo;
 
@@ -57,6 +60,12 @@ struct ShellRecord {
     Relaxed<BYTE> TransferBusy;      // a reader transfer or a keyboard delivery is in progress
     Relaxed<BYTE> LaserHold;         // the laser's aiming beam was switched on and decoding has not started
     DWORD UpgradeKeyArmed;           // the first key of the upgrade sequence was seen
+
+    Relaxed<DWORD> Applying;    // the apply thread runs; openings of the settings and reader switches wait
+    DWORD SettingsUnapplied;    // the snapshots belong to a sheet whose edits have not been applied yet
+    DWORD UpgradeActive;        // the firmware upgrade runs: the sheet that owns it stays
+    Relaxed<DWORD> ErrorShown;  // an error box is up and the program ends after it
+    Relaxed<DWORD> Closing;  // everything is being released: failures of other threads are no news any more
 
     WCHAR EditorText[11];  // the open editor's result
     INT EditorMax, EditorMin;

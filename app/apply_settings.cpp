@@ -1,0 +1,55 @@
+#include "app/apply_settings.h"
+
+#include "app/error_messages.h"
+#include "app/shell_state.h"
+#include "link/parameter_download.h"
+#include "link/serial_ports.h"
+#include "link/settings_download.h"
+#include "settings/catalogue.h"
+#include "settings/record.h"
+
+namespace {
+
+constexpr DWORD ApplyExitCode = 2255;
+
+// Each read of the barcode receive thread ends when this many milliseconds pass without a byte.
+constexpr DWORD MessageGap = 30;
+
+int DownloadSettings() {
+    if ((DeviceFlags & Device1D) && !Save1DSettings()) {
+        return 0;
+    }
+    if ((DeviceFlags & DeviceLaser) && !DownloadLaserSettings()) {
+        return 0;
+    }
+    if ((DeviceFlags & DeviceImager) && !DownloadImagerSettings()) {
+        return 0;
+    }
+    return 1;
+}
+
+}  // namespace
+
+DWORD WINAPI ApplySettingsThread(LPVOID) {
+    HCURSOR previous = GetCursor();
+    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    while (!ShellState.ReaderReady) {
+        Sleep(10);
+    }
+    const int downloaded = DownloadSettings();
+    SetCursor(previous);
+    if (!downloaded) {
+        if (!ShellState.Closing) {
+            ShowErrorMessage(GetActiveWindow(), ErrorInitBarcodeReader);
+            SendMessageW(ShellState.MainWindow, WM_DESTROY, 0, 0);
+        }
+        return ApplyExitCode;
+    }
+    ApplyActiveDevice();
+    if (ShellState.BarcodeEnabled) {
+        SetPortTimeouts(ShellState.BarcodePort, MessageGap);
+        ResumeThread(ShellState.BarcodeThread);
+    }
+    SendMessageW(ShellState.MainWindow, WM_SETTINGSAPPLIED, 0, 0);
+    return ApplyExitCode;
+}

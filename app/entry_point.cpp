@@ -1,0 +1,142 @@
+#include "app/init_thread.h"
+#include "app/main_window.h"
+#include "app/shell_state.h"
+#include "link/message_handlers.h"
+#include "platform/controls.h"
+#include "platform/shell.h"
+#include "resources/resource.h"
+#include "scan/barcode_data.h"
+#include "scan/read_feedback.h"
+#include "scan/rfid_data.h"
+#include "settings/catalogue.h"
+
+namespace {
+
+constexpr int StateImageSize = 15;
+constexpr int StateImageCount = 7;
+
+// Hands over to a running instance: it shows its settings.
+bool FoundRunningInstance() {
+    HWND running = FindWindowW(WindowClassName, WindowTitle);
+    if (!running) {
+        return false;
+    }
+    SendMessageW(running, WM_OPENSETTINGS, 0, 0);
+    return true;
+}
+
+// The area left by the input panel, and by the menu bar unless the docked panel covers it.
+void FitToDesktop(HWND window) {
+    SIPINFO panel = {};
+    panel.cbSize = sizeof panel;
+    SipGetInfo(&panel);
+    int height = panel.rcVisibleDesktop.bottom - panel.rcVisibleDesktop.top;
+    const int width = panel.rcVisibleDesktop.right - panel.rcVisibleDesktop.left;
+    constexpr DWORD docked = SIPF_ON | SIPF_DOCKED;
+    if ((panel.fdwFlags & docked) != docked) {
+        RECT bar = {};
+        GetWindowRect(ShellState.MenuBarInfo.hwndMB, &bar);
+        height -= bar.bottom - bar.top;
+    }
+    SetWindowPos(window, HWND_TOP, 0, 0, width, height,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED | SWP_SHOWWINDOW);
+}
+
+HWND CreateMainWindow(HINSTANCE instance, int showCommand) {
+    if (FoundRunningInstance()) {
+        return nullptr;
+    }
+    WNDCLASSW windowClass = {};
+    windowClass.lpfnWndProc = MainWndProc;
+    windowClass.hInstance = instance;
+    windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
+    windowClass.lpszClassName = WindowClassName;
+    if (!RegisterClassW(&windowClass)) {
+        return nullptr;
+    }
+    HWND window = CreateWindowExW(0, WindowClassName, WindowTitle, WS_VISIBLE, 0, 0, CW_USEDEFAULT,
+                                  CW_USEDEFAULT, nullptr, nullptr, instance, nullptr);
+    if (!IsWindow(window)) {
+        return nullptr;
+    }
+    SHMENUBARINFO& bar = ShellState.MenuBarInfo;
+    bar.cbSize = sizeof bar;
+    bar.hwndParent = window;
+    bar.dwFlags = SHCMBF_EMPTYBAR;
+    SHCreateMenuBar(&bar);
+
+    FitToDesktop(window);
+    ShowWindow(window, showCommand);
+    UpdateWindow(window);
+    SetWindowPos(window, HWND_TOP, 100, 100, 1, 1, SWP_SHOWWINDOW);
+    return window;
+}
+
+void AddTrayIcon(HWND window) {
+    NOTIFYICONDATAW& icon = ShellState.TrayIconData;
+    icon.cbSize = sizeof icon;
+    icon.hWnd = window;
+    icon.uID = IDI_TRAY;
+    icon.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
+    icon.uCallbackMessage = WM_TRAYNOTIFY;
+    icon.hIcon = ShellState.AppIcon;
+    lstrcpyW(icon.szTip, WindowTitle);
+    Shell_NotifyIconW(NIM_ADD, &icon);
+}
+
+// The seven images of the settings trees; null when they are not all there.
+HIMAGELIST LoadStateImages(HINSTANCE instance) {
+    HIMAGELIST images = ImageList_Create(StateImageSize, StateImageSize, ILC_MASK, StateImageCount, 0);
+    if (!images) {
+        return nullptr;
+    }
+    HBITMAP bitmap = LoadBitmapW(instance, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
+    const int first = ImageList_AddMasked(images, bitmap, RGB(0, 255, 0));
+    DeleteObject(bitmap);
+    if (first < 0 || ImageList_GetImageCount(images) < StateImageCount) {
+        ImageList_Destroy(images);
+        return nullptr;
+    }
+    return images;
+}
+
+int RunMessageLoop() {
+    MSG message = {};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        HWND sheet = ShellState.SettingsSheet;
+        if (sheet && SendMessageW(sheet, PSM_ISDIALOGMESSAGE, 0, reinterpret_cast<LPARAM>(&message))) {
+            continue;
+        }
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return static_cast<int>(message.wParam);
+}
+
+}  // namespace
+
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int showCommand) {
+    ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
+    PreviewSound = PlayReadSound;
+
+    ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
+    ShellState.Instance = instance;
+    HWND window = CreateMainWindow(instance, showCommand);
+    if (!window) {
+        return 0;
+    }
+    ShellState.MainWindow = window;
+    INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_TREEVIEW_CLASSES | ICC_UPDOWN_CLASS};
+    InitCommonControlsEx(&controls);
+    AddTrayIcon(window);
+    ShellState.StateImages = LoadStateImages(instance);
+    if (!ShellState.StateImages) {
+        return 0;
+    }
+    HANDLE thread = CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr);
+    if (!thread) {
+        return 0;
+    }
+    CloseHandle(thread);
+    return RunMessageLoop();
+}

@@ -1,0 +1,141 @@
+#include "app/init_thread.h"
+
+#include "app/error_messages.h"
+#include "app/shell_state.h"
+#include "link/barcode_receiver.h"
+#include "link/detection.h"
+#include "link/reader_setup.h"
+#include "link/serial_ports.h"
+#include "platform/message_queue.h"
+#include "scan/decode_record.h"
+#include "settings/catalogue.h"
+#include "settings/defaults.h"
+#include "settings/general_fields.h"
+#include "settings/record.h"
+#include "settings/settings_file.h"
+
+namespace {
+
+constexpr DWORD LaserRate = 38400;
+constexpr DWORD WorkingRate = 115200;
+constexpr UINT ImagerPowerUp = 3200;  // milliseconds
+constexpr UINT ReaderPowerUp = 1200;
+
+// Opens the reader that the settings name, without looking for it. A terminal with an RFID reader alone has
+// nothing to open now, but becomes ready like any other.
+DWORD OpenStoredReader() {
+    UINT powerUp = ReaderPowerUp;
+    if (HasBarcodeReader()) {
+        HANDLE port = OpenReaderPort(DeviceBarcodeMask);
+        if (!port) {
+            return ErrorBarcodeReaderOn;
+        }
+        ShellState.BarcodePort = port;
+        SetPortLine(port, (DeviceFlags & DeviceLaser) ? LaserRate : WorkingRate);
+        if (DeviceFlags & DeviceImager) {
+            powerUp = ImagerPowerUp;
+        }
+    }
+    SetTimer(ShellState.MainWindow, IDT_READER_READY, powerUp, nullptr);
+    return Success;
+}
+
+DWORD FindReaders(int loaded) {
+    if (loaded && !IsOn(general::CheckReaderStatus)) {
+        return OpenStoredReader();
+    }
+    if (!loaded) {
+        ShellState.ReconfigureReaders = 1;
+    }
+    WORD detected = 0;
+    const DWORD result = DetectReaders(&detected);
+    if (result != Success) {
+        return result;
+    }
+    if (detected == 0) {
+        return ErrorNoReader;
+    }
+    if (loaded) {
+        ReconcileDeviceFlags(detected);
+    } else {
+        DeviceFlags = detected;
+        ResetSettings(ResetAllGroups);
+    }
+    return Success;
+}
+
+DWORD ConfigureReaders() {
+    if (!ShellState.ReconfigureReaders) {
+        return Success;
+    }
+    if (ShellState.BarcodePort &&
+        InitializeReader(ShellState.BarcodePort, DeviceFlags & DeviceBarcodeMask) != Success) {
+        return ErrorInitialize;
+    }
+    if (ShellState.RfidPort) {
+        if (InitializeReader(ShellState.RfidPort, DeviceFlags & DeviceRfid) != Success) {
+            return ErrorInitialize;
+        }
+        CloseReaderPort(ShellState.RfidPort);  // opened anew for every read
+    }
+    return Success;
+}
+
+DWORD CreateDataQueue() {
+    MSGQUEUEOPTIONS options = {};
+    options.dwSize = sizeof options;
+    options.dwMaxMessages = 1;
+    options.cbMaxMessage = sizeof(DecodeRecord);
+    options.bReadAccess = FALSE;
+    HANDLE writer = CreateMsgQueue(DataQueueName, &options);
+    options.bReadAccess = TRUE;
+    HANDLE reader = CreateMsgQueue(DataQueueName, &options);
+    ShellState.QueueWriter = writer;
+    ShellState.QueueReader = reader;
+    return writer && reader ? Success : ErrorInitialize;
+}
+
+DWORD Initialize() {
+    ShellState.InitDone = 0;
+    ShellState.ReaderReady = 0;
+    ShellState.ReconfigureReaders = 0;
+
+    DWORD result = FindReaders(LoadSettings());
+    if (result == Success) {
+        result = ConfigureReaders();
+    }
+    if (result != Success) {
+        return result;
+    }
+    if (!StartBarcodeReceiver(DeviceFlags)) {
+        return ErrorInitialize;
+    }
+    BuildPageLists();
+    ShellState.SettingsSheet = nullptr;
+    if (!SaveSettings()) {
+        return ErrorInitialize;
+    }
+    return CreateDataQueue();
+}
+
+}  // namespace
+
+DWORD WINAPI InitThread(LPVOID) {
+    HCURSOR previous = GetCursor();
+    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    const DWORD result = Initialize();
+    HWND window = ShellState.MainWindow;
+    if (result != Success) {
+        SetCursor(previous);
+        if (!ShellState.Closing) {
+            ShowErrorMessage(GetActiveWindow(), result);
+            SendMessageW(window, WM_DESTROY, 0, 0);
+        }
+        return 0;
+    }
+    ShellState.InitDone = 1;
+    SetWindowPos(window, HWND_TOP, 0, 0, 240, 294, SWP_SHOWWINDOW);
+    SendMessageW(window, GetForegroundWindow() == window ? WM_OPENSETTINGS : WM_APPLYSETTINGS, 0, 0);
+    SetCursor(previous);
+    return 0;
+}

@@ -1,0 +1,11 @@
+// The main window's procedure: the program's switchboard. Every handler runs on the main thread; other
+// threads reach it by sent messages only.
+#pragma once
+
+#include "platform/window.h"
+
+// Window procedure of class "Vantrel": 0 for what it handles, the default procedure's result for all else.
+LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Shows the error of the code and then closes the program: WM_SHOWERROR, sent to the main window. Any thread.
+void ReportError(DWORD code);

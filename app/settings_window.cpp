@@ -1,0 +1,98 @@
+#include "app/settings_window.h"
+
+#include "app/apply_settings.h"
+#include "app/error_messages.h"
+#include "app/main_window.h"
+#include "app/shell_state.h"
+#include "link/read_control.h"
+#include "settings/settings_file.h"
+#include "ui/settings_sheet.h"
+
+namespace {
+
+bool StopBarcodeRead() {
+    const DWORD result = BarcodeTrigger(0);
+    if (result != Success) {
+        ReportError(result);
+        return false;
+    }
+    return true;
+}
+
+// An editor of the sheet runs a loop of its own: it is cancelled before its sheet goes.
+void CloseSheet() {
+    if (HWND editor = ShellState.EditorDialog.Exchange(nullptr)) {
+        EndDialog(editor, IDCANCEL);
+    }
+    if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
+        DestroyWindow(sheet);
+    }
+}
+
+}  // namespace
+
+bool SwitchReadersOff() {
+    if (ShellState.BarcodeEnabled || ShellState.RfidEnabled) {
+        ShellState.RfidReadActive = 0;
+        ShellState.BarcodeReadActive = 0;
+        if (ShellState.BarcodeEnabled) {
+            SuspendThread(ShellState.BarcodeThread);
+            if (!StopBarcodeRead()) {
+                return false;
+            }
+        }
+        if (ShellState.RfidPort) {
+            CloseRfidChannel();
+        }
+        ShellState.RfidEnabled = 0;
+        ShellState.BarcodeEnabled = 0;
+    }
+    return true;
+}
+
+void OpenSettings(HWND window) {
+    if (!ShellState.InitDone || ShellState.ErrorShown) {
+        return;
+    }
+    if (ShellState.UpgradeActive) {
+        SetForegroundWindow(window);
+        return;
+    }
+    CloseSheet();
+    SetForegroundWindow(window);
+    ShowWindow(window, SW_SHOWNORMAL);
+    ShellState.RfidReadActive = 0;
+    ShellState.BarcodeReadActive = 0;
+    if (ShellState.BarcodeEnabled) {
+        SuspendThread(ShellState.BarcodeThread);
+    }
+    if (ShellState.RfidPort) {
+        CloseRfidChannel();
+    }
+    if (ShellState.BarcodeEnabled && !StopBarcodeRead()) {
+        return;
+    }
+    if (!ShowSettingsSheet(window) || !ShellState.SettingsSheet) {
+        ReportError(ErrorInitialize);
+    }
+}
+
+void ApplySettings(HWND window) {
+    if (!SaveSettings()) {
+        ReportError(ErrorSaveSettings);
+        return;
+    }
+    if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
+        DestroyWindow(sheet);
+    }
+    ShellState.Applying = 1;
+    ShellState.SettingsUnapplied = 0;
+    HANDLE thread = CreateThread(nullptr, 0, ApplySettingsThread, nullptr, 0, nullptr);
+    if (!thread) {
+        ShellState.Applying = 0;
+        ReportError(ErrorInitBarcodeReader);
+        return;
+    }
+    CloseHandle(thread);
+    ShowWindow(window, SW_HIDE);
+}

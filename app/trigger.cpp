@@ -1,0 +1,96 @@
+#include "app/trigger.h"
+
+#include "app/error_messages.h"
+#include "app/main_window.h"
+#include "app/shell_state.h"
+#include "link/barcode_receiver.h"
+#include "link/read_control.h"
+
+namespace {
+
+void StartRfid() {
+    DWORD result = OpenRfidChannel();
+    if (result == Success) {
+        result = StartRfidRead(1);
+    }
+    if (result != Success) {
+        ReportError(result);
+        return;
+    }
+    ShellState.RfidReadActive = 1;
+}
+
+void HandleTrigger(bool pressed) {
+    ShellState.TriggerReleased = pressed ? 0 : 1;
+    if ((!ShellState.BarcodeEnabled && !ShellState.RfidEnabled) || !ShellState.ReaderReady) {
+        return;
+    }
+    // An error box is up: the program is about to end, and a reader that has failed would only fail again.
+    if (ShellState.ErrorShown) {
+        return;
+    }
+    if (!ShellState.TransferBusy) {
+        if (ShellState.BarcodeEnabled) {
+            const DWORD result = BarcodeTrigger(pressed ? 1 : 0);
+            if (result != Success) {
+                ReportError(result);
+                return;
+            }
+        }
+        ShellState.BarcodeReadActive = pressed ? 1 : 0;
+    }
+    if (ShellState.RfidEnabled && pressed && !ShellState.RfidReadActive) {
+        StartRfid();
+    }
+}
+
+void EndAiming() {
+    ShellState.LaserHold = 0;
+    const DWORD result = LaserAim(1, 0);
+    if (result != Success) {
+        ReportError(result);
+    }
+}
+
+}  // namespace
+
+bool HandleTriggerMessage(UINT message) {
+    // The ids are cleared when the program ends, so that no later message is taken for a trigger.
+    if (message == 0) {
+        return false;
+    }
+    if (message == ShellState.MsgUser1Down || message == ShellState.MsgUser2Down) {
+        HandleTrigger(true);
+        return true;
+    }
+    if (message == ShellState.MsgUser1Up || message == ShellState.MsgUser2Up) {
+        HandleTrigger(false);
+        return true;
+    }
+    return false;
+}
+
+void HandleTimer(UINT_PTR id) {
+    switch (id) {
+        case IDT_READER_READY:
+            ShellState.ReaderReady = 1;
+            break;
+        case IDT_RFID_READ:
+            CloseRfidChannel();
+            break;
+        case IDT_AIM_DURATION:
+            EndAiming();
+            break;
+        case IDT_DELIVERY_BUSY:
+            ShellState.TransferBusy = 0;
+            break;
+        case IDT_UPGRADE_KEY:
+            ShellState.UpgradeKeyArmed = 0;
+            break;
+        case IDT_LASER_HOLD:
+            ShellState.LaserHold = 0;
+            break;
+        default:
+            break;
+    }
+}
