@@ -12,6 +12,11 @@ namespace layer {
 void SuspendPoint();
 // Whether SuspendPoint would park now: waits use it to let go first.
 bool ParkRequested();
+// Puts parking off for the calling thread, counted: while a key is down, SuspendPoint does nothing and
+// ParkRequested says no, also inside the thread's other calls (a Sleep between down and up). Short, and
+// without waits that have no end.
+void DeferParking();
+void AllowParking();
 // `wake` is called (from the suspending thread) when the calling thread is asked to park while it is inside a
 // wait of its own making, so that the wait can end and reach SuspendPoint; set around such a wait.
 class WakeOnPark {
