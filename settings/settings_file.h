@@ -1,0 +1,19 @@
+// The settings file: the whole record in 1100 bytes. Opened and closed within each load or save. Start-up
+// thread and main thread, never both at once.
+#pragma once
+
+#include "platform/files.h"
+
+inline constexpr DWORD SettingsFileSize = 1100;
+
+// Opens the file for reading and writing, shared with nobody; with `create` other than 0 an empty one is
+// made. nullptr on failure.
+HANDLE OpenSettingsFile(int create);
+
+// Reads the file into the record and brings a 1.0 file up to date. 1, or 0 where there is no file, or none
+// of full length: then the record is as it was.
+int LoadSettings();
+
+// Writes the record; 0 when the file cannot be created. Where nothing is chosen in ActiveDevice or DataOutput
+// the file says so, and the record gets the first choice.
+int SaveSettings();
