@@ -3,9 +3,16 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 #include "platform/base.h"
+
+// The text in a buffer: up to its first zero, or all of it.
+inline std::string_view TextIn(std::span<const char> buffer) {
+    const std::string_view all(buffer.data(), buffer.size());
+    return all.substr(0, all.find('\0'));
+}
 
 // Which kind of reader a scan comes from.
 enum class ReaderFamily : DWORD {

@@ -1,0 +1,58 @@
+#include "scan/barcode_data.h"
+
+#include "app/shell_state.h"
+#include "link/read_control.h"
+#include "scan/delivery.h"
+#include "scan/read_feedback.h"
+#include "settings/all_fields.h"
+#include "settings/record.h"
+
+namespace {
+
+constexpr BYTE Ean128Letter = 'U';
+
+// The 1D reader decodes EAN-128 whatever it is told. A label of a switched-off kind must not end the read
+// that the user is holding the trigger for, so it is started anew.
+void RestartRead() {
+    BarcodeTrigger(0);
+    if (ShellState.TriggerReleased == 0) {
+        BarcodeTrigger(1);
+    }
+}
+
+int Handle1DMessage(std::span<const BYTE> message) {
+    ScanData scan;
+    if (Parse1DMessage(message, scan) == 0) {
+        return 0;
+    }
+    if (scan.codeType == Ean128Letter) {
+        if (!IsOn(decoder1d::Ean128Enabled)) {
+            RestartRead();
+            return 0;
+        }
+        if (!IsOn(decoder1d::Ean128TransmitCodeId)) {
+            DropCodeIdentifier(scan);
+        }
+    }
+    GiveReadFeedback();
+    DeliverScan(ReaderFamily::Decoder1D, scan);
+    return 1;
+}
+
+int HandlePacketMessage(std::span<const BYTE> message) {
+    GiveReadFeedback();
+    ScanData scan;
+    ParsePacketMessage(message, scan);
+    DeliverScan(ReaderFamily::Packet, scan);
+    return 1;
+}
+
+}  // namespace
+
+int HandleBarcodeData(const BYTE* message, DWORD length) {
+    if (message == nullptr || length == 0) {
+        return 0;
+    }
+    const std::span<const BYTE> bytes(message, length);
+    return (DeviceFlags & Device1D) != 0 ? Handle1DMessage(bytes) : HandlePacketMessage(bytes);
+}

@@ -1,0 +1,101 @@
+#include "scan/delivery.h"
+
+#include <array>
+
+#include "app/shell_state.h"
+#include "platform/window.h"
+#include "scan/composition.h"
+#include "scan/record_channels.h"
+#include "scan/typing.h"
+#include "settings/all_fields.h"
+
+namespace {
+
+// Bits of the data output setting.
+constexpr WORD OutputKeyboard = 1;
+constexpr WORD OutputMessage = 2;
+constexpr WORD OutputEvent = 4;
+
+constexpr UINT BusyPerByte = 12;  // ms that the application in front gets for a typed byte
+
+// By the digit of the ENTER character setting.
+constexpr std::array<BYTE, 6> EnterCharacters = {0, '\r', '\t', ' ', ',', ';'};
+
+void ReadLineOptions(LineOptions& options) {
+    const WORD place = DigitOf(general::AutoEnter);
+    options.Enter = place == 1   ? EnterPlace::AfterScan
+                    : place == 2 ? EnterPlace::BeforeScan
+                                 : EnterPlace::None;
+    const WORD character = DigitOf(general::AutoEnterCharacter);
+    options.EnterCharacter = character < EnterCharacters.size() ? EnterCharacters[character] : BYTE{0};
+    GetText(general::PrefixCode, options.Prefix);
+    GetText(general::SuffixCode, options.Suffix);
+    options.IncludeCodeType = IsOn(general::IncludeCodeType);
+    options.IncludeCodeLength = IsOn(general::IncludeCodeLength);
+    options.ReadRfidUid = IsOn(general::ReadRfidUid);
+    options.ReadRfidData = IsOn(general::ReadRfidData);
+    options.UseDelimiter = IsOn(general::UseDelimiter);
+    options.Delimiter = static_cast<WCHAR>(Value(general::Delimiter));
+}
+
+bool WantsRecord(WORD output) {
+    return (output & (OutputMessage | OutputEvent)) != 0;
+}
+
+void Send(const DecodeRecord& record, WORD output) {
+    SendRecord(record, (output & OutputEvent) != 0, (output & OutputMessage) != 0);
+}
+
+// Types a line and what belongs around it. The trigger keys act again once the application in front has had
+// the time to take the keys.
+void Type(const OutputLine& line, const LineOptions& options, bool endTransfer) {
+    const TypingTurn turn;
+    if (options.TabBefore()) {
+        PressTab();
+    }
+    TypeBytes(line.Used());
+    if (endTransfer) {
+        SetTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY, BusyPerByte * line.Count, nullptr);
+    }
+    if (options.TabAfter()) {
+        PressTab();
+    }
+}
+
+}  // namespace
+
+void DeliverScan(ReaderFamily family, const ScanData& scan) {
+    const WORD output = DigitOf(general::DataOutput);
+    if (WantsRecord(output)) {
+        DecodeRecord record;
+        BuildDecodeRecord(scan, record);
+        Send(record, output);
+    }
+    if ((output & OutputKeyboard) == 0) {
+        ShellState.TransferBusy = 0;
+        return;
+    }
+    LineOptions options;
+    ReadLineOptions(options);
+    OutputLine line;
+    ComposeLine(family, scan, options, line);
+    Type(line, options, true);
+}
+
+void DeliverScan(const RfidScanData& scan) {
+    const WORD output = DigitOf(general::DataOutput);
+    if (WantsRecord(output)) {
+        DecodeRecord record;
+        BuildDecodeRecord(scan, IsOn(general::ReadRfidUid), IsOn(general::ReadRfidData), record);
+        Send(record, output);
+    }
+    if ((output & OutputKeyboard) == 0) {
+        return;
+    }
+    LineOptions options;
+    ReadLineOptions(options);
+    OutputLine line;
+    ComposeLine(scan, options, line);
+    // The flag is the barcode reader's: a tag that cleared it could let a trigger message into a transfer.
+    Type(line, options, false);
+}
