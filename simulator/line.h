@@ -1,0 +1,99 @@
+// One serial line: a pseudo-terminal whose other end is the terminal's COM port.
+//
+// What is sent leaves at the speed of the reader, ten bits a byte, in bursts of a UART's buffer. Nothing
+// passes in either direction unless both sides are set to the same speed. Bytes that a closed port would not
+// have heard do not wait for its next opening.
+#pragma once
+
+#include <deque>
+#include <filesystem>
+
+#include "simulator/console.h"
+#include "simulator/wire.h"
+
+namespace readers {
+
+class Line : public Wire {
+  public:
+    // `link` is the name under which the terminal finds the port.
+    Line(EventLoop& loop, Console& console, std::string name, std::filesystem::path link, unsigned rate);
+    ~Line() override;
+
+    // Makes the pseudo-terminal and its link. False with `problem` set when that fails; nothing is left then.
+    bool Plug(std::string& problem);
+    // Takes both away, as when a cable is pulled.
+    void Unplug();
+    bool Plugged() const { return Master >= 0; }
+
+    // The reader at this end; none is a silent line.
+    void Attach(Reader* reader) { Fitted = reader; }
+
+    void Send(Bytes message) override;
+    void WhenSent(std::function<void()> action) override;
+    void DropQueue() override;
+    unsigned Rate() const override { return ReaderRate; }
+    void SetRate(unsigned rate) override;
+    TimerId After(Milliseconds delay, std::function<void()> action) override;
+    void Cancel(TimerId timer) override;
+    using Wire::Report;
+    void Report(std::string_view name, std::string_view details) override;
+    void Print(std::string_view line) override;
+    FaultSet& Faults() override { return Armed; }
+
+    void SetPower(bool on);
+    void ShowWire(bool on) { WireShown = on; }
+    const std::string& Name() const { return PortName; }
+    const std::string& Device() const { return SlaveName; }
+    std::string State() const;
+
+  private:
+    struct Item {
+        Bytes Message{};
+        std::size_t Done = 0;
+        Milliseconds Pause{0};
+        std::function<void()> Action{};
+        const char* Lost = nullptr;  // why a byte of the message did not arrive
+    };
+
+    void Queue(Bytes message);
+    void Pump();
+    void SendBurst();
+    void FinishMessage();
+    unsigned HostRate() const;
+    bool HungUp() const;
+    void WatchDevice();
+    void ReadNotices();
+    void ReadMaster();
+    void BecomeOpen();
+    void BecomeClosed();
+    void ForgetUnread();
+    void SettleOpenState();
+
+    EventLoop& Loop;
+    Console& Out;
+    const std::string PortName;
+    const std::filesystem::path Link;
+    unsigned ReaderRate;
+    Reader* Fitted = nullptr;
+    FaultSet Armed;
+
+    int Master = -1;
+    int Notices = -1;  // inotify: who opens and closes the device
+    int DeviceWatch = -1;
+    std::string SlaveName;
+    int Openers = 0;
+    bool Open = false;
+    bool Powered = true;
+    bool WireShown = true;
+
+    std::deque<Item> Outgoing;
+    Bytes Held;  // the message that waits to be joined
+    TimerId Pending = 0;
+    TimerId Settling = 0;
+    Clock::time_point LineFree{};
+};
+
+// Makes the folder and those above it, for their owner only. False with `problem` set when that fails.
+bool MakeTerminalFolder(const std::filesystem::path& folder, std::string& problem);
+
+}  // namespace readers
