@@ -1,0 +1,16 @@
+// The barcode receive thread: waits for bytes on the barcode port and turns them into messages.
+#pragma once
+
+#include "platform/kernel.h"
+
+// Creates the thread, suspended, when the mask has a barcode reader; ShellState.BarcodeThread holds it. 1,
+// also without a barcode reader; 0 when the thread cannot be created.
+int StartBarcodeReceiver(WORD deviceMask);
+
+// The thread's procedure; returns 0 on a break, on an event mask that cannot be set, or once
+// ShellState.BarcodeThreadRun is cleared and its wait ends. May be run on any thread.
+DWORD WINAPI BarcodeReceiveThread(LPVOID);
+
+// The continuation of a packet message is overdue: gives the trigger free again. The main window calls it
+// when IDT_CONTINUATION has fired; the receive thread itself drops the part before it takes another packet.
+void ContinuationOverdue();

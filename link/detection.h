@@ -1,0 +1,21 @@
+// Finds the fitted readers and the bit rates they answer at. Initialisation thread; the message loop must be
+// running, since the power-up delays are timers of the main window.
+#pragma once
+
+#include "platform/serial.h"
+#include "settings/relaxed.h"
+
+// The RFID reader's model, 100 or 90, as the last probe that found it told.
+extern Relaxed<DWORD> RfidReaderModel;
+
+// Probes both ports. 1 with the device mask (0: nobody answered), ErrorBarcodeReaderOn or ErrorRfidReaderOn
+// with everything closed. On 1 the port of a barcode reader that was found is ShellState.BarcodePort, and
+// that of an RFID reader ShellState.RfidPort when ReconfigureReaders is set; the others are closed.
+DWORD DetectReaders(WORD& deviceMask);
+
+// Probes at every rate, the working one first. `type`: 32 RFID reader, 1 1D reader, 4 scan engines. 0, or
+// what was found: 1 (1D or RFID reader), 2 laser, 4 imager. Another rate than the working one sets
+// ReconfigureReaders.
+WORD ProbeReaderRates(HANDLE port, WORD type);
+// One probe at one rate; result as above.
+WORD ProbeReader(HANDLE port, DWORD rate, WORD type);

@@ -1,0 +1,26 @@
+// What the readers' answers to the detection's probes say.
+#pragma once
+
+#include <span>
+
+#include "platform/base.h"
+
+enum class RevisionAnswer {
+    NoRevision,  // not a revision reply
+    Incomplete,  // a revision reply that goes on beyond the bytes
+    Unnamed,     // a revision reply without a third field
+    Laser,       // third field beginning with G or 07
+    Imager,      // third field beginning with P
+    Unknown,     // any other third field
+};
+// The answer to REQUEST_REVISION; its checksum is not verified.
+RevisionAnswer ParseRevisionReply(std::span<const BYTE> bytes);
+// The same with a reply that will not be continued: never Incomplete.
+RevisionAnswer ParseEndedRevisionReply(std::span<const BYTE> bytes);
+
+// The answer to the 1D reader's "SET": at least 60 bytes without "NG\r" before the first zero byte.
+bool IsDecoderAnswer(std::span<const BYTE> bytes);
+
+enum class RfidAnswer { None, AskAgain, Model90, Model100 };
+// The answer to the RFID reader's "v"; leading zero bytes do not count.
+RfidAnswer ParseRfidAnswer(std::span<const BYTE> bytes);

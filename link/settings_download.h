@@ -1,0 +1,15 @@
+// Download of the settings into the 1D reader: one SAVE command with a block of 30 bytes.
+#pragma once
+
+#include <array>
+
+#include "platform/base.h"
+
+using ParameterBlock = std::array<BYTE, 30>;
+
+// Fills the block, which must be zero, from the current settings.
+void Build1DParameterBlock(ParameterBlock& block);
+
+// Sends the block when anything differs from the snapshots; the reader must answer OK, at the second try at
+// the latest. 1 or 0. The barcode receive thread must be suspended.
+int Save1DSettings();
