@@ -1,6 +1,5 @@
 #include "scan/rfid_data.h"
 
-#include <array>
 #include <cstring>
 
 #include "link/command_exchange.h"
@@ -12,12 +11,10 @@
 
 namespace {
 
-constexpr std::size_t MaximumBlockText = 20;
-
 // The line's length, or one more than a line may have.
 std::size_t LineLength(const char* line) {
     std::size_t length = 0;
-    while (length <= MaximumTagLineLength && line[length] != '\0') {
+    while (length <= TagLineLimit && line[length] != '\0') {
         ++length;
     }
     return length;
@@ -30,15 +27,11 @@ void ReadTagMemory(RfidScanData& scan) {
                                        Value(general::RfidStartPosition), Value(general::RfidMaximumLength));
     TagText memory{};
     for (DWORD block = range.FirstBlock; block < range.EndBlock; ++block) {
-        std::array<char, 101> text{};
-        if (ReadRfidRegister(static_cast<BYTE>(block), text.data()) != 1) {
+        RegisterText text{};
+        if (ReadRfidRegister(static_cast<BYTE>(block), text) != 1) {
             break;
         }
-        const std::string_view content = TextIn(text);
-        if (content.size() > MaximumBlockText) {
-            break;
-        }
-        AppendTagBlock(memory, content);
+        AppendTagBlock(memory, TextIn(text));
     }
     CopyTagRange(memory, range, scan.data);
 }
@@ -47,7 +40,7 @@ void ReadTagMemory(RfidScanData& scan) {
 
 int HandleRfidData(const char* line, DWORD) {
     const std::size_t length = line == nullptr ? 0 : LineLength(line);
-    if (length == 0 || length > MaximumTagLineLength) {
+    if (length == 0 || length > TagLineLimit) {
         return 0;
     }
     const HCURSOR cursor = GetCursor();

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-#include "platform/base.h"
+#include "link/rfid_text.h"
 
 // The text in a buffer: up to its first zero, or all of it.
 inline std::string_view TextIn(std::span<const char> buffer) {
@@ -14,17 +14,13 @@ inline std::string_view TextIn(std::span<const char> buffer) {
     return all.substr(0, all.find('\0'));
 }
 
-// Which kind of reader a scan comes from.
+// Which kind of barcode reader a scan comes from.
 enum class ReaderFamily : DWORD {
     Decoder1D = 1,  // the 1D reader, with code type letters of its own
     Packet = 4,     // long-range laser and 2D imager
-    Rfid = 32,
 };
 
-inline constexpr std::size_t MaximumScanLength = 4095;    // a joined packet message less its code identifier
-inline constexpr std::size_t Maximum1DScanLength = 999;   // three length digits
-inline constexpr std::size_t MaximumTagLineLength = 23;   // tag type letter and UID text
-inline constexpr std::size_t MaximumTagMemory = 255 * 4;  // user bytes of the largest tag
+inline constexpr std::size_t MaximumScanLength = 4095;  // a joined packet message less its code identifier
 
 struct ScanData {
     BYTE codeType;                     // printable letter; 0 when the reader's code identifier is unknown
@@ -35,10 +31,10 @@ struct ScanData {
 };
 
 struct RfidScanData {
-    BYTE tagType;                    // "I", "M", "S", "V", or another letter with unknown memory
-    char uid[MaximumTagLineLength];  // hexadecimal text with its zero; empty unless it was asked for
-    DWORD firstBlock;                // first block of user memory
-    DWORD endBlock;                  // one past the last block of user memory
-    DWORD blockSize;                 // bytes; 0 for an unknown tag type
-    char data[1028];                 // user memory as text with its zero; empty unless it was read
+    BYTE tagType;            // "I", "M", "S", "V", or another letter with unknown memory
+    char uid[TagLineLimit];  // hexadecimal text with its zero; empty unless it was asked for
+    DWORD firstBlock;        // first block of user memory
+    DWORD endBlock;          // one past the last block of user memory
+    DWORD blockSize;         // bytes; 0 for an unknown tag type
+    char data[1028];         // user memory as text with its zero; empty unless it was read
 };

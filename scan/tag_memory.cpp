@@ -9,7 +9,6 @@
 namespace {
 
 constexpr std::size_t BlockTextLength = 20;
-constexpr int DecodeHexadecimal = 42;
 
 }  // namespace
 
@@ -58,10 +57,10 @@ void AppendTagBlock(TagText& memory, std::string_view hexadecimal) {
     if (hexadecimal.size() > BlockTextLength) {
         return;
     }
-    std::array<BYTE, BlockTextLength + 1> text{};
-    std::array<BYTE, BlockTextLength + 1> bytes{};
-    std::memcpy(text.data(), hexadecimal.data(), hexadecimal.size());
-    HexConvert(DecodeHexadecimal, text.data(), bytes.data(), static_cast<DWORD>(hexadecimal.size()));
+    std::array<BYTE, BlockTextLength> text{};
+    std::array<BYTE, BlockTextLength / 2 + 1> bytes{};
+    std::copy(hexadecimal.begin(), hexadecimal.end(), text.begin());
+    HexConvert(HexDecode, std::span(text).first(hexadecimal.size()), bytes);
     // The decoded bytes lie in a cleared buffer that is longer than they can be: the zero is always there.
     const std::size_t room = sizeof memory.Text - 1 - memory.Length;
     const std::size_t length =

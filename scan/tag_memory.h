@@ -27,7 +27,7 @@ TagRange PlanTagRead(const TagGeometry& geometry, DWORD start, DWORD maximumLeng
 
 // User memory gathered block by block, as text.
 struct TagText {
-    char Text[MaximumTagMemory + 5];
+    char Text[1025];  // room for the largest tag, and a zero
     DWORD Length;
 };
 

@@ -1,0 +1,266 @@
+#include "scan/barcode_data.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "scan/code_types.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+std::span<const BYTE> BytesOf(const std::string& text) {
+    return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
+}
+
+// The message lies in memory of exactly its size, so that the address sanitizer sees a read behind it.
+int Parse(const std::string& message, ScanData& scan) {
+    const auto exact = std::make_unique<BYTE[]>(message.size());
+    std::copy(message.begin(), message.end(), exact.get());
+    return Parse1DMessage({exact.get(), message.size()}, scan);
+}
+
+struct Good {
+    std::string Message;
+    char Letter;
+    std::string Data;
+};
+
+TEST(Parse1DMessage, TakesTheDeclaredBytes) {
+    const std::string longest(999, 'x');
+    const Good cases[] = {
+        {"\x1B"
+         "A00512345\r",
+         'A', "12345"},
+        {"\x1B"
+         "A0011\r",
+         'A', "1"},
+        {"\x1B"
+         "I999" +
+             longest + "\r",
+         'I', longest},
+        // Noise in front, even a CR; the first ESC counts.
+        {"\r\nxx\x1B"
+         "A002AB",
+         'A', "AB"},
+        {"\xFF\xFF\x1B"
+         "G003ABC\r",
+         'G', "ABC"},
+        // More data than declared; a second message in the same read.
+        {"\x1B"
+         "A0031234567\r",
+         'A', "123"},
+        {"\x1B"
+         "A002AB\r\x1B"
+         "B002CD\r",
+         'A', "AB"},
+        // Control characters and bytes above 0x7F are data, so is an ESC or a CR.
+        {"\x1B"
+         "A005\r\n\t\xE9\x1B\r",
+         'A', "\r\n\t\xE9\x1B"},
+        // The CR belongs to the declared bytes when one data byte is missing.
+        {"\x1B"
+         "A00712345\r\n",
+         'A', "12345\r\n"},
+        // A number ends at the first other character; blanks in front do not count.
+        {"\x1B"
+         "A  2AB\r",
+         'A', "AB"},
+        {"\x1B"
+         "A2xxAB\r",
+         'A', "AB"},
+        {"\x1B"
+         "A 2xAB\r",
+         'A', "AB"},
+        // Any letter passes here, even none.
+        {"\x1B"
+         "?002AB\r",
+         '?', "AB"},
+        {"\x1B"
+         "\x1B"
+         "002AB\r",
+         '\x1B', "AB"},
+    };
+    for (const Good& good : cases) {
+        SCOPED_TRACE(testing::PrintToString(good.Message.substr(0, 40)));
+        ScanData scan;
+        std::memset(&scan, 0xAA, sizeof scan);
+        ASSERT_EQ(Parse(good.Message, scan), 1);
+        EXPECT_EQ(scan.codeType, static_cast<BYTE>(good.Letter));
+        EXPECT_EQ(scan.Bytes(), good.Data);
+        EXPECT_EQ(scan.data[scan.length], 0);
+    }
+}
+
+TEST(Parse1DMessage, DropsWhatIsNoWholeMessage) {
+    const std::string cases[] = {
+        ""s,
+        "\r"s,
+        "\x1B"s,
+        "\r\x1B"s,
+        "\r\x1B"
+        "A"s,
+        "\r\x1B"
+        "A1"s,
+        "\r\x1B"
+        "A00"s,
+        "\r\x1B"
+        "A001"s,
+        "A00512345\r"s,
+        "\x1B"
+        "A00512345"s,
+        "\x1B"
+        "A010123456\r"s,
+        "\x1B"
+        "A007123456"s,
+        "\x1B"
+        "A000\r"s,
+        "\x1B"
+        "AABC12345\r"s,
+        "\x1B"
+        "A   12345\r"s,
+        "\x1B"
+        "A-0512345\r"s,
+        "\x1B"
+        "A-1212345678901234\r"s,
+        "\x1B"
+        "A+0512345\r"s,
+        "\x1B"
+        "A\0\0\5"
+        "12345\r"s,
+        "\x1B"
+        "A00512\0"
+        "45\r"s,
+        "\x1B"
+        "A005\0"
+        "2345\r"s,
+        "\x1B"
+        "A0051234\0\r"s,
+        "\x1B"
+        "A999"s +
+            std::string(998, 'x'),
+        "NG\r"s,
+        "OK\r"s,
+    };
+    for (const std::string& message : cases) {
+        ScanData scan;
+        EXPECT_EQ(Parse(message, scan), 0) << testing::PrintToString(message.substr(0, 40));
+    }
+}
+
+TEST(Parse1DMessage, EveryCutOfAMessageIsDropped) {
+    const std::string whole =
+        "\x1B"
+        "U012]C1012345678\r";
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        ScanData scan;
+        EXPECT_EQ(Parse(whole.substr(0, length), scan), 0) << length;
+        if (length > 0) {
+            EXPECT_EQ(Parse(whole.substr(length), scan), 0) << length;
+        }
+    }
+}
+
+TEST(DropCodeIdentifier, LeavesShortDataWhole) {
+    const struct {
+        std::string_view Before, After;
+    } cases[] = {{"]C10112345", "0112345"}, {"]C1", ""}, {"]C", "]C"}, {"x", "x"}, {"", ""}};
+    for (const auto& [before, after] : cases) {
+        ScanData scan{};
+        scan.length = static_cast<DWORD>(before.size());
+        std::memcpy(scan.data, before.data(), before.size());
+        DropCodeIdentifier(scan);
+        EXPECT_EQ(scan.Bytes(), after);
+        EXPECT_EQ(scan.data[scan.length], 0);
+    }
+}
+
+TEST(ParsePacketMessage, TakesEverythingAndIsNeverOverrun) {
+    ScanData scan;
+    std::memset(&scan, 0xAA, sizeof scan);
+    ParsePacketMessage(BytesOf("\x0B"
+                               "4006381333931"s),
+                       scan);
+    EXPECT_EQ(scan.codeType, 'P');
+    EXPECT_EQ(scan.Bytes(), "4006381333931");
+
+    ParsePacketMessage(BytesOf("\x0D"
+                               "a\0b"s),
+                       scan);
+    EXPECT_EQ(scan.codeType, 0);
+    EXPECT_EQ(scan.Bytes(), "a\0b"s);
+
+    ParsePacketMessage(BytesOf("\x01"s), scan);
+    EXPECT_EQ(scan.codeType, 'A');
+    EXPECT_EQ(scan.length, 0u);
+
+    for (const std::size_t size : {4096u, 4097u, 9000u}) {
+        ParsePacketMessage(BytesOf("\x11" + std::string(size - 1, 'p')), scan);
+        EXPECT_EQ(scan.length, 4095u);
+        EXPECT_EQ(scan.data[4094], 'p');
+    }
+}
+
+TEST(CodeTypes, EveryIdentifierHasTheLetterWhoseNameFitsIt) {
+    // Counted by hand in the readers' manual: 42 single identifiers, 17 composite ones.
+    int known = 0;
+    int composite = 0;
+    for (int identifier = 0; identifier < 256; ++identifier) {
+        BYTE letter = 0;
+        CodeIdToLetter(static_cast<BYTE>(identifier), letter);
+        BYTE preset = 0x7F;
+        CodeIdToLetter(static_cast<BYTE>(identifier), preset);
+        EXPECT_EQ(preset, letter == 0 ? 0x7F : letter) << identifier;
+        ScanData scan{};
+        scan.codeType = letter;
+        char name[51] = "";
+        CodeTypeName(ReaderFamily::Packet, scan, name);
+        EXPECT_EQ(name[0] != '\0', letter != 0) << identifier;
+        known += letter != 0 && letter != 'v';
+        composite += letter == 'v';
+    }
+    EXPECT_EQ(composite, 17);
+    EXPECT_EQ(known, 46);
+}
+
+TEST(CodeTypes, NamesDependOnFamilyAndData) {
+    const struct {
+        ReaderFamily Family;
+        char Letter;
+        std::string_view Data, Name;
+    } cases[] = {
+        {ReaderFamily::Decoder1D, 'A', "12345", "Code 39"},
+        {ReaderFamily::Decoder1D, 'P', "012345678905", "UPCA"},
+        {ReaderFamily::Decoder1D, 'P', "123456789012", "UPCA"},
+        {ReaderFamily::Decoder1D, 'P', "0123456789012", "UPCA"},
+        {ReaderFamily::Decoder1D, 'P', "4006381333931", "EAN-13"},
+        {ReaderFamily::Decoder1D, 'P', "", "EAN-13"},
+        {ReaderFamily::Decoder1D, 'U', "0", "EAN-128"},
+        {ReaderFamily::Decoder1D, 'Z', "1", "Telepen"},
+        {ReaderFamily::Decoder1D, 'V', "1", "Unknown"},
+        {ReaderFamily::Decoder1D, '@', "1", "Unknown"},
+        {ReaderFamily::Decoder1D, 'a', "1", "Unknown"},
+        {ReaderFamily::Decoder1D, '\0', "1", "Unknown"},
+        {ReaderFamily::Packet, 'P', "012345678905", "EAN13"},
+        {ReaderFamily::Packet, '\'', "1", "UPC-A with 5 Digits Addenda"},
+        {ReaderFamily::Packet, '\\', "1", "RSS Limited"},
+        {ReaderFamily::Packet, 'Z', "1", "before"},
+        {ReaderFamily::Packet, '\0', "1", "before"},
+    };
+    for (const auto& [family, letter, data, expected] : cases) {
+        ScanData scan{};
+        scan.codeType = static_cast<BYTE>(letter);
+        scan.length = static_cast<DWORD>(data.size());
+        std::memcpy(scan.data, data.data(), data.size());
+        char name[51] = "before";
+        CodeTypeName(family, scan, name);
+        EXPECT_EQ(name, expected) << letter;
+        char small[4] = "bef";
+        CodeTypeName(family, scan, small);
+        EXPECT_EQ(small, expected.substr(0, 3)) << letter;
+    }
+}
+
+}  // namespace
