@@ -1,0 +1,58 @@
+#include "settings/defaults.h"
+
+#include "app/shell_state.h"
+#include "settings/pages.h"
+
+namespace {
+
+constexpr std::size_t FirstRfidWord = 80;
+constexpr std::size_t FirstReaderWord = 110;
+
+bool Selects(DWORD mask, ResetGroup group) {
+    return (mask & static_cast<DWORD>(group)) != 0;
+}
+
+void ClearSymbologies() {
+    for (Relaxed<WORD>& word : SymbologySettings)
+        word = 0;
+}
+
+}  // namespace
+
+void ResetSettings(DWORD mask) {
+    const ReaderType type = FittedReader();
+    const auto reset = [=](const Setting& setting) {
+        const SettingPlace& place = PlaceOf(setting, type);
+        if (place.HasDefault && Selects(mask, setting.Group))
+            *WordOf(setting, type) = place.Default;
+    };
+    if (Selects(mask, ResetGroup::BarcodeReader))
+        ClearSymbologies();
+    ForEachSymbologyField(reset);
+    ForEachGeneralField(reset);
+}
+
+void ReconcileDeviceFlags(const WORD& detected) {
+    const WORD barcode = detected & DeviceBarcodeMask;
+    if (barcode != (DeviceFlags & DeviceBarcodeMask)) {
+        // The RFID bit goes too, so that a reader behind another barcode reader starts from its defaults.
+        DeviceFlags = barcode;
+        if (barcode) {
+            ResetSettings(static_cast<DWORD>(ResetGroup::BarcodeReader));
+            ShellState.ReconfigureReaders = 1;
+        } else {
+            ClearSymbologies();
+        }
+    }
+    const WORD rfid = detected & DeviceRfid;
+    if (rfid == (DeviceFlags & DeviceRfid))
+        return;
+    DeviceFlags = static_cast<WORD>((DeviceFlags & ~DeviceRfid) | rfid);
+    if (rfid) {
+        ResetSettings(static_cast<DWORD>(ResetGroup::Rfid));
+        ShellState.ReconfigureReaders = 1;
+        return;
+    }
+    for (std::size_t word = FirstRfidWord; word < FirstReaderWord; ++word)
+        GeneralSettings[word] = 0;
+}

@@ -1,0 +1,117 @@
+// What must hold between the field tables, checked while compiling.
+#pragma once
+
+#include <algorithm>
+
+#include "settings/pages.h"
+
+namespace checks {
+
+constexpr bool InGroup(const Setting& setting, const SettingGroup& group) {
+    return group.Switch ? setting.ItemId / 100 * 100 == group.Id : (setting.ItemId & 0xFF00) == group.Id;
+}
+
+// Items carry the number of their group, and so do the lists that govern its lengths.
+constexpr bool GroupsFit(std::span<const SettingGroup> groups) {
+    return std::ranges::all_of(groups, [](const SettingGroup& group) {
+        return std::ranges::all_of(group.Items, [&](const Setting* item) {
+            return InGroup(*item, group) && (!item->LengthMode || InGroup(*item->LengthMode, group));
+        });
+    });
+}
+
+// The fields of one reader's layout share no word and stay inside their block.
+constexpr bool LayoutFits(std::span<const SettingList> lists, ReaderType type, std::size_t words) {
+    std::array<bool, std::max(SymbologyWords, GeneralWords)> used{};
+    for (const SettingList list : lists) {
+        for (const Setting* setting : list) {
+            const std::size_t first = PlaceOf(*setting, type).Word;
+            const std::size_t size = setting->Encoding == SettingEncoding::Text ? TextWords : 1;
+            if (first == NoWord)
+                continue;
+            for (std::size_t word = first; word < first + size; ++word) {
+                if (word >= words || used[word])
+                    return false;
+                used[word] = true;
+            }
+        }
+    }
+    return true;
+}
+template <std::size_t Count>
+constexpr bool LayoutFits(const SettingGroup (&groups)[Count], ReaderType type) {
+    std::array<SettingList, Count * 2> lists;
+    for (std::size_t i = 0; i < Count; ++i) {
+        lists[2 * i] = groups[i].Items;
+        if (groups[i].Switch)
+            lists[2 * i + 1] = SettingList(&groups[i].Switch, 1);
+    }
+    return LayoutFits(lists, type, SymbologyWords);
+}
+
+// No two items of a page have the same number.
+constexpr bool NumbersDiffer(std::span<const SettingList> lists) {
+    for (const SettingList left : lists) {
+        for (const SettingList right : lists) {
+            for (const Setting* a : left) {
+                for (const Setting* b : right) {
+                    if (a != b && a->ItemId == b->ItemId)
+                        return false;
+                }
+            }
+        }
+    }
+    return true;
+}
+constexpr bool NumbersDiffer(std::span<const SettingGroup> groups) {
+    return std::ranges::all_of(groups, [](const SettingGroup& group) {
+        const SettingList lists[] = {group.Items};
+        return NumbersDiffer(lists) && std::ranges::none_of(group.Items, [&](const Setting* item) {
+                   return group.Switch && item->ItemId == group.Switch->ItemId;
+               });
+    });
+}
+
+// A default is one of the choices.
+constexpr bool DefaultsFit(SettingList list) {
+    return std::ranges::all_of(list, [](const Setting* setting) {
+        const int choices = setting->Encoding == SettingEncoding::Toggle   ? 2
+                            : setting->Encoding == SettingEncoding::BitSet ? 1 << setting->ChoiceCount
+                                                                           : setting->ChoiceCount;
+        return choices == 0 || std::ranges::all_of(setting->Places, [&](const SettingPlace& place) {
+                   return !place.HasDefault || (place.Default >= '0' && place.Default < '0' + choices);
+               });
+    });
+}
+constexpr bool DefaultsFit(std::span<const SettingGroup> groups) {
+    return std::ranges::all_of(groups, [](const SettingGroup& group) {
+        return DefaultsFit(group.Items) && (!group.Switch || DefaultsFit(SettingList(&group.Switch, 1)));
+    });
+}
+
+// The 1D reader's options of one index are of one kind and name, whatever the symbology.
+constexpr bool IndexesAgree(std::span<const SettingGroup> groups) {
+    for (const SettingGroup& left : groups) {
+        for (const SettingGroup& right : groups) {
+            for (const Setting* a : left.Items) {
+                for (const Setting* b : right.Items) {
+                    if (a->ItemId % 100 == b->ItemId % 100 &&
+                        (a->Encoding != b->Encoding || a->Label != b->Label))
+                        return false;
+                }
+            }
+        }
+    }
+    return true;
+}
+
+// A packet reader's parameter has the low byte of its item's number; one in each list has a number of its
+// own.
+constexpr bool ParametersFit(SettingList list, const Setting* exception) {
+    return std::ranges::all_of(list, [&](const Setting* setting) {
+        return setting->Parameter.Number == NoParameter || setting == exception ||
+               setting->Parameter.Number == (setting->ItemId & 0xFF);
+    });
+}
+
+}  // namespace checks
