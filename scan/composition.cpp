@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 
 #include "scan/code_types.h"
 
@@ -65,7 +64,7 @@ void Join(std::string_view head, std::string_view data, std::string_view tail, O
     data = data.substr(0, MaximumLineLength - head.size() - tail.size());
     line.Count = 0;
     for (const std::string_view part : {head, data, tail}) {
-        std::memcpy(line.Bytes + line.Count, part.data(), part.size());
+        std::copy(part.begin(), part.end(), line.Bytes + line.Count);
         line.Count += static_cast<DWORD>(part.size());
     }
     line.Bytes[line.Count] = 0;

@@ -1,5 +1,6 @@
 #include "scan/rfid_data.h"
 
+#include <array>
 #include <cstring>
 
 #include "link/command_exchange.h"
@@ -27,8 +28,8 @@ void ReadTagMemory(RfidScanData& scan) {
                                        Value(general::RfidStartPosition), Value(general::RfidMaximumLength));
     TagText memory{};
     for (DWORD block = range.FirstBlock; block < range.EndBlock; ++block) {
-        RegisterText text{};
-        if (ReadRfidRegister(static_cast<BYTE>(block), text) != 1) {
+        std::array<char, RegisterTextLimit + 1> text{};
+        if (ReadRfidRegister(static_cast<BYTE>(block), text.data()) != 1) {
             break;
         }
         AppendTagBlock(memory, TextIn(text));

@@ -4,13 +4,8 @@
 #include <array>
 #include <cstring>
 
+#include "link/command_exchange.h"
 #include "link/hex_convert.h"
-
-namespace {
-
-constexpr std::size_t BlockTextLength = 20;
-
-}  // namespace
 
 TagGeometry GeometryOfTag(std::string_view line) {
     if (line.empty()) {
@@ -54,13 +49,13 @@ TagRange PlanTagRead(const TagGeometry& geometry, DWORD start, DWORD maximumLeng
 }
 
 void AppendTagBlock(TagText& memory, std::string_view hexadecimal) {
-    if (hexadecimal.size() > BlockTextLength) {
+    if (hexadecimal.size() > RegisterTextLimit) {
         return;
     }
-    std::array<BYTE, BlockTextLength> text{};
-    std::array<BYTE, BlockTextLength / 2 + 1> bytes{};
+    std::array<BYTE, RegisterTextLimit> text{};
+    std::array<BYTE, RegisterTextLimit / 2 + 1> bytes{};
     std::copy(hexadecimal.begin(), hexadecimal.end(), text.begin());
-    HexConvert(HexDecode, std::span(text).first(hexadecimal.size()), bytes);
+    HexConvert(HexDecode, text.data(), bytes.data(), static_cast<DWORD>(hexadecimal.size()));
     // The decoded bytes lie in a cleared buffer that is longer than they can be: the zero is always there.
     const std::size_t room = sizeof memory.Text - 1 - memory.Length;
     const std::size_t length =
