@@ -6,6 +6,13 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <span>
+#include <vector>
+
+#include <poll.h>
+#include <semaphore.h>
+
+#include "platform/base.h"
 
 namespace layer {
 
@@ -21,6 +28,13 @@ class Clock {
     // on a real tty.
     virtual bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition,
                            std::uint64_t deadline, const std::function<bool()>& done) = 0;
+    // Waits until one of the files is ready (their revents are filled in); false when the deadline has
+    // passed.
+    virtual bool PollUntil(std::span<pollfd> files, std::uint64_t deadline) = 0;
+    // Takes one from a semaphore that processes share; false when the deadline has passed or a signal came.
+    virtual bool TakeUntil(sem_t& semaphore, std::uint64_t deadline) = 0;
+    // The deadline of a wait that begins now and must not end early; Forever for INFINITE.
+    virtual std::uint64_t DeadlineAfter(DWORD milliseconds);
 };
 
 // The clock in force; the real one unless a test has installed another.
@@ -28,20 +42,39 @@ Clock& CurrentClock();
 // Installs a clock for tests (null: the real one again). No other thread of the layer may run meanwhile.
 void InstallClock(Clock* clock);
 
+// Something with due times of its own on a manual clock: the timers, a scripted port. Both are called in the
+// thread that moves the time, with no lock of the clock's caller held, and must not wait.
+class TimedSource {
+  public:
+    virtual ~TimedSource() = default;
+    virtual std::uint64_t NextDue() = 0;  // Forever when nothing is due
+    virtual void RunDue(std::uint64_t now) = 0;
+};
+
 // A clock on which waiting costs nothing: a wait with a deadline that is not fulfilled moves the time to that
-// deadline at once. A wait without a deadline really waits.
+// deadline at once, stopping at every due time of the sources on the way and ending early when one of them
+// has fulfilled it. A wait without a deadline really waits, and moves nothing.
 class ManualClock : public Clock {
   public:
     std::uint64_t Now() override;
     bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition,
                    std::uint64_t deadline, const std::function<bool()>& done) override;
-    // Moves the time forward, and tells the listener (the timers, a scripted port) about it.
+    bool PollUntil(std::span<pollfd> files, std::uint64_t deadline) override;
+    bool TakeUntil(sem_t& semaphore, std::uint64_t deadline) override;
+    // Moves the time forward, running the sources as they become due.
     void Advance(std::uint64_t milliseconds);
     void AdvanceTo(std::uint64_t time);
+    // A source that has been removed is not being run, and will not be.
+    void AddSource(TimedSource& source);
+    void RemoveSource(TimedSource& source);
 
   private:
+    bool StepTowards(std::uint64_t limit);
+
     std::mutex mutex_;
     std::uint64_t now_ = 1000;
+    std::recursive_mutex sources_mutex_;
+    std::vector<TimedSource*> sources_;
 };
 
 }  // namespace layer
