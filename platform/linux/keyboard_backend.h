@@ -20,6 +20,8 @@ class KeyboardBackend {
 std::unique_ptr<KeyboardBackend> MakeXtestKeyboard();                         // null without a usable display
 std::unique_ptr<KeyboardBackend> MakeTraceKeyboard(const std::string& file);  // appends a line per event
 
+// Chooses and connects the back end now, so that the first key leaves at once. Any thread.
+void PrepareKeyboard();
 // Tests: send the events elsewhere (null: choose by the environment again).
 void InstallKeyboard(std::unique_ptr<KeyboardBackend> backend);
 
