@@ -1,0 +1,94 @@
+#include "tests/support/allocation_count.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define COUNT_BY_HOOK 1
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
+                                                         void (*onFree)(const volatile void*));
+#endif
+
+namespace {
+
+thread_local std::size_t Taken = 0;
+thread_local int Uncounted = 0;
+
+void NoteAllocation() {
+    if (Uncounted == 0) {
+        ++Taken;
+    }
+}
+
+}  // namespace
+
+CountAllocations::CountAllocations() {
+#ifdef COUNT_BY_HOOK
+    static const int installed = __sanitizer_install_malloc_and_free_hooks(
+        [](const volatile void*, std::size_t) { NoteAllocation(); }, [](const volatile void*) {});
+    if (installed == 0) {
+        std::abort();
+    }
+#endif
+    start_ = Taken;
+}
+
+std::size_t CountAllocations::Count() const {
+    return Taken - start_;
+}
+
+UncountedAllocations::UncountedAllocations() {
+    ++Uncounted;
+}
+
+UncountedAllocations::~UncountedAllocations() {
+    --Uncounted;
+}
+
+#ifndef COUNT_BY_HOOK
+
+// The C library's own allocator does the work under its inner names; its free stays as it is.
+extern "C" {
+
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* old, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+
+void* malloc(std::size_t size) {
+    NoteAllocation();
+    return __libc_malloc(size);
+}
+
+void* calloc(std::size_t count, std::size_t size) {
+    NoteAllocation();
+    return __libc_calloc(count, size);
+}
+
+void* realloc(void* old, std::size_t size) {
+    NoteAllocation();
+    return __libc_realloc(old, size);
+}
+
+void* memalign(std::size_t alignment, std::size_t size) {
+    NoteAllocation();
+    return __libc_memalign(alignment, size);
+}
+
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+    NoteAllocation();
+    return __libc_memalign(alignment, size);
+}
+
+int posix_memalign(void** result, std::size_t alignment, std::size_t size) {
+    NoteAllocation();
+    void* memory = __libc_memalign(alignment, size);
+    if (memory == nullptr) {
+        return ENOMEM;
+    }
+    *result = memory;
+    return 0;
+}
+}
+
+#endif
