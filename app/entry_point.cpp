@@ -4,6 +4,7 @@
 #include "link/message_handlers.h"
 #include "platform/controls.h"
 #include "platform/shell.h"
+#include "platform/text.h"
 #include "resources/resource.h"
 #include "scan/barcode_data.h"
 #include "scan/read_feedback.h"
@@ -117,7 +118,7 @@ int RunMessageLoop() {
 
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int showCommand) {
     ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
-    PreviewSound = PlayReadSound;
+    PreviewSound = [](int number) { PlayReadSound(number); };
 
     ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.Instance = instance;

@@ -16,6 +16,8 @@
 
 namespace {
 
+constexpr LPCWSTR DataQueueName = TEXT("QuenraDataQueue");
+
 constexpr DWORD LaserRate = 38400;
 constexpr DWORD WorkingRate = 115200;
 constexpr UINT ImagerPowerUp = 3200;  // milliseconds

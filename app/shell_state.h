@@ -22,6 +22,7 @@ inline constexpr UINT_PTR IDT_AIM_DURATION = 923;   // laser: aiming done, decod
 inline constexpr UINT_PTR IDT_DELIVERY_BUSY = 924;  // typed keys have been consumed
 inline constexpr UINT_PTR IDT_UPGRADE_KEY = 925;    // second key of the upgrade sequence is late
 inline constexpr UINT_PTR IDT_LASER_HOLD = 926;     // laser: aim hold after an early release is over
+inline constexpr UINT_PTR IDT_CONTINUATION = 927;   // the rest of a packet message has not come
 
 inline constexpr LPCWSTR WindowClassName = TEXT("Vantrel");
 inline constexpr LPCWSTR WindowTitle = TEXT("Vantrel v1.29");

@@ -90,6 +90,9 @@ void HandleTimer(UINT_PTR id) {
         case IDT_LASER_HOLD:
             ShellState.LaserHold = 0;
             break;
+        case IDT_CONTINUATION:
+            ContinuationOverdue();
+            break;
         default:
             break;
     }
