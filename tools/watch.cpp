@@ -1,0 +1,40 @@
+// vantrel-watch: prints each scan of the terminal as one line of JSON.
+#include "tools/watch.h"
+
+#include <cstdio>
+#include <string_view>
+
+#include "tools/arguments.h"
+
+namespace {
+
+constexpr const char* Usage =
+    "usage: vantrel-watch [--event | --messages] [--count N] [--timeout SECONDS]\n"
+    "  --event     take the records from the message queue when the event is set (default)\n"
+    "  --messages  take the records from the window messages\n"
+    "  --count     end after N scans\n"
+    "  --timeout   give up with exit code 1 when no scan comes for that long\n";
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    WatchOptions options;
+    bool messages = false;
+    for (int at = 1; at < count; ++at) {
+        const std::string_view argument = arguments[at];
+        const char* value = at + 1 < count ? arguments[at + 1] : "";
+        if (argument == "--event") {
+            messages = false;
+        } else if (argument == "--messages") {
+            messages = true;
+        } else if (argument == "--count" && ReadNumberArgument(value, 1'000'000'000, options.Count)) {
+            ++at;
+        } else if (argument == "--timeout" && ReadNumberArgument(value, 1'000'000, options.TimeoutSeconds)) {
+            ++at;
+        } else {
+            std::fputs(Usage, stderr);
+            return 2;
+        }
+    }
+    return messages ? WatchMessages(options) : WatchEvent(options);
+}
