@@ -6,9 +6,9 @@
 #pragma once
 
 #include <deque>
-#include <filesystem>
 
 #include "simulator/console.h"
+#include "simulator/pseudo_terminal.h"
 #include "simulator/wire.h"
 
 namespace readers {
@@ -17,13 +17,6 @@ class Line : public Wire {
   public:
     // `link` is the name under which the terminal finds the port.
     Line(EventLoop& loop, Console& console, std::string name, std::filesystem::path link, unsigned rate);
-    ~Line() override;
-
-    // Makes the pseudo-terminal and its link. False with `problem` set when that fails; nothing is left then.
-    bool Plug(std::string& problem);
-    // Takes both away, as when a cable is pulled.
-    void Unplug();
-    bool Plugged() const { return Master >= 0; }
 
     // The reader at this end; none is a silent line.
     void Attach(Reader* reader) { Fitted = reader; }
@@ -43,7 +36,7 @@ class Line : public Wire {
     void SetPower(bool on);
     void ShowWire(bool on) { WireShown = on; }
     const std::string& Name() const { return PortName; }
-    const std::string& Device() const { return SlaveName; }
+    PseudoTerminal& Terminal() { return Port; }
     std::string State() const;
 
   private:
@@ -59,41 +52,25 @@ class Line : public Wire {
     void Pump();
     void SendBurst();
     void FinishMessage();
-    unsigned HostRate() const;
-    bool HungUp() const;
-    void WatchDevice();
-    void ReadNotices();
-    void ReadMaster();
-    void BecomeOpen();
-    void BecomeClosed();
-    void ForgetUnread();
-    void SettleOpenState();
+    void PortOpened();
+    void PortClosed();
+    void Received(std::span<const std::uint8_t> bytes);
 
     EventLoop& Loop;
     Console& Out;
     const std::string PortName;
-    const std::filesystem::path Link;
+    PseudoTerminal Port;
     unsigned ReaderRate;
     Reader* Fitted = nullptr;
     FaultSet Armed;
 
-    int Master = -1;
-    int Notices = -1;  // inotify: who opens and closes the device
-    int DeviceWatch = -1;
-    std::string SlaveName;
-    int Openers = 0;
-    bool Open = false;
     bool Powered = true;
     bool WireShown = true;
 
     std::deque<Item> Outgoing;
     Bytes Held;  // the message that waits to be joined
     TimerId Pending = 0;
-    TimerId Settling = 0;
     Clock::time_point LineFree{};
 };
-
-// Makes the folder and those above it, for their owner only. False with `problem` set when that fails.
-bool MakeTerminalFolder(const std::filesystem::path& folder, std::string& problem);
 
 }  // namespace readers

@@ -42,19 +42,20 @@ Terminal::~Terminal() {
 }
 
 bool Terminal::Start(std::string& problem) {
-    if (!MakeTerminalFolder(Chosen.Terminal, problem) || !Com1.Plug(problem) || !Com2.Plug(problem)) {
+    if (!MakeTerminalFolder(Chosen.Terminal, problem) || !Com1.Terminal().Plug(problem) ||
+        !Com2.Terminal().Plug(problem)) {
         Stop();
         return false;
     }
-    Out.Print("ready com1=" + Com1.Device() + " com2=" + Com2.Device());
+    Out.Print("ready com1=" + Com1.Terminal().Device() + " com2=" + Com2.Terminal().Device());
     return true;
 }
 
 void Terminal::Stop() {
     Com1.Attach(nullptr);
     Com2.Attach(nullptr);
-    Com1.Unplug();
-    Com2.Unplug();
+    Com1.Terminal().Unplug();
+    Com2.Terminal().Unplug();
 }
 
 Line* Terminal::LineNamed(std::string_view name) {
@@ -153,14 +154,14 @@ bool Terminal::RunOnLine(std::string_view word, std::string_view rest, std::stri
             problem = "power [com1|com2] on|off";
         }
     } else if (word == "plug") {
-        if (!line->Plugged()) {
-            line->Plug(problem);
+        if (!line->Terminal().Plugged()) {
+            line->Terminal().Plug(problem);
         }
         if (problem.empty()) {
-            Out.Print("plugged " + line->Name() + '=' + line->Device());
+            Out.Print("plugged " + line->Name() + '=' + line->Terminal().Device());
         }
     } else if (word == "unplug") {
-        line->Unplug();
+        line->Terminal().Unplug();
     } else if (word == "rate") {
         Options probe;
         if (ParseOptions({"--terminal", "x", "--rfid-rate", std::string(rest)}, probe, problem)) {
