@@ -35,11 +35,10 @@ bool ReplyContains(const ReaderReply& reply, std::string_view mark);
 // Whether the bytes 04 D0 occur in the reply before its first zero byte.
 bool ReplyAcknowledges(const ReaderReply& reply);
 
-// Text of one RFID register (memory block): at most 20 characters and a zero.
-using RegisterText = std::array<char, 21>;
+inline constexpr DWORD RegisterTextLimit = 20;  // characters of one RFID register (memory block)
 
-// Reads a register of the RFID reader; on the RFID receive thread or while it does not read. 1 with the
-// value, 0 when the reader failed three times or the value is longer than 20 characters, -1 when it is
-// silent, says no, repeats a bare "S" more than ten times, or the calling thread's channel has been closed
-// meanwhile.
-int ReadRfidRegister(BYTE number, RegisterText& value);
+// Reads a register of the RFID reader; on the RFID receive thread or while it does not read. 1 with the value
+// (room for 20 characters and a zero), 0 when the reader failed three times or the value is longer, -1 when
+// it is silent, says no, repeats a bare "S" more than ten times, or the calling thread's channel has been
+// closed meanwhile. Without a 1 the value is left alone.
+int ReadRfidRegister(BYTE number, char* value);

@@ -11,7 +11,7 @@ extern Relaxed<DWORD> RfidReaderModel;
 // Probes both ports. 1 with the device mask (0: nobody answered), ErrorBarcodeReaderOn or ErrorRfidReaderOn
 // with everything closed. On 1 the port of a barcode reader that was found is ShellState.BarcodePort, and
 // that of an RFID reader ShellState.RfidPort when ReconfigureReaders is set; the others are closed.
-DWORD DetectReaders(WORD& deviceMask);
+DWORD DetectReaders(WORD* deviceMask);
 
 // Probes at every rate, the working one first. `type`: 32 RFID reader, 1 1D reader, 4 scan engines. 0, or
 // what was found: 1 (1D or RFID reader), 2 laser, 4 imager. Another rate than the working one sets

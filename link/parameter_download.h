@@ -22,10 +22,11 @@ void LengthParameters(ReaderType page, LengthSymbology symbology, std::span<BYTE
 // The two values for a length mode (0 any, 1 one, 2 two, 3 range) and the settings "Value 2" and "Value 1".
 std::array<BYTE, 2> LengthValues(WORD mode, BYTE value2, BYTE value1);
 
-// One parameter packet, without checksum.
+// One parameter packet, without checksum; every row fits, whatever has changed.
+inline constexpr std::size_t EmptyParameterPacket = 5;  // length without an entry
 struct ParameterPacket {
     std::array<BYTE, 255> Bytes;
-    std::size_t Length;  // 5 when it holds no entry
+    std::size_t Length;
 };
 
 enum class ParameterRows { Laser, ImagerFirst, ImagerSecond };

@@ -7,7 +7,6 @@
 
 enum class RevisionAnswer {
     NoRevision,  // not a revision reply
-    Incomplete,  // a revision reply that goes on beyond the bytes
     Unnamed,     // a revision reply without a third field
     Laser,       // third field beginning with G or 07
     Imager,      // third field beginning with P
@@ -15,8 +14,6 @@ enum class RevisionAnswer {
 };
 // The answer to REQUEST_REVISION; its checksum is not verified.
 RevisionAnswer ParseRevisionReply(std::span<const BYTE> bytes);
-// The same with a reply that will not be continued: never Incomplete.
-RevisionAnswer ParseEndedRevisionReply(std::span<const BYTE> bytes);
 
 // The answer to the 1D reader's "SET": at least 60 bytes without "NG\r" before the first zero byte.
 bool IsDecoderAnswer(std::span<const BYTE> bytes);

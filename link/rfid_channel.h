@@ -5,24 +5,26 @@
 #include "platform/serial.h"
 
 // Closes the channel that is open, whatever it does: break, thread handle, port, timer IDT_RFID_READ; clears
-// RfidReadActive and RfidThreadRun. Always 1. Safe with nothing open, and beside another thread's closing.
+// RfidReadActive and RfidThreadRun. Always 1. Safe with nothing open, and beside its thread's own closing.
 // Takes 50 ms, 150 ms with a thread. Main thread.
 DWORD CloseRfidChannel();
 
-// Whether a channel is open or still being closed: no new read may start yet.
+// Whether a channel is open, handing over or still being closed by its thread: no new read may start yet.
+// Main thread. A read that was started but is no longer in use has ended already.
 bool RfidChannelInUse();
 
-// Begins the channel of the port just opened; its number, never 0.
+// Begins the channel of the port just opened; its number, never 0. Main thread.
 DWORD BeginRfidChannel();
-// Makes the calling thread the channel's thread, for the functions below and RfidPortOfThisThread.
+// Makes the calling thread the channel's thread, for RfidPortOfThisThread.
 void JoinRfidChannel(DWORD channel);
-// Whether the channel is still open.
+// Whether nobody has closed the channel yet.
 bool OwnsRfidChannel(DWORD channel);
+// Whether the channel waits for its line: open and not yet handing over.
+bool RfidChannelReading();
 // Goes over from reading to handing over; false when the channel has been closed meanwhile.
 bool BeginHandOver(DWORD channel);
 // CloseRfidChannel for the channel's thread: only if nobody has closed that channel. Whether it did.
 bool CloseOwnRfidChannel(DWORD channel);
 
-// The RFID port, for the main thread and for the thread of the open channel; null for one whose channel is
-// closed.
+// The RFID port; null for the thread of a channel that has been closed.
 HANDLE RfidPortOfThisThread();

@@ -1,0 +1,3 @@
+#include "link/message_handlers.h"
+
+MessageHandlers ReceiveHandlers{};
