@@ -49,7 +49,7 @@ const Setting* FindGeneral(DWORD itemId) {
 const Setting* FindIndex(DWORD index) {
     for (const SettingGroup& group : Decoder1DGroups()) {
         if (index == 0)
-            return group.Switch;
+            return group.Switch.front();
         for (const Setting* setting : group.Items) {
             if (setting->ItemId % 100 == index)
                 return setting;
@@ -158,9 +158,8 @@ const Setting* FindSetting(DWORD pageBase, DWORD itemId) {
     const SettingGroup* group = FindGroup(pageBase, SplitItemId(pageBase, itemId).Group);
     if (!group)
         return nullptr;
-    if (group->Switch && group->Switch->ItemId == itemId)
-        return group->Switch;
-    return FindIn(group->Items, itemId);
+    const Setting* setting = FindIn(group->Switch, itemId);
+    return setting ? setting : FindIn(group->Items, itemId);
 }
 
 LengthItems FindLengthItems(DWORD pageBase, DWORD itemId) {

@@ -7,15 +7,18 @@
 
 namespace checks {
 
+// No check compares addresses of different objects: not every compiler takes that for constant.
+
 constexpr bool InGroup(const Setting& setting, const SettingGroup& group) {
-    return group.Switch ? setting.ItemId / 100 * 100 == group.Id : (setting.ItemId & 0xFF00) == group.Id;
+    return group.Switch.empty() ? (setting.ItemId & 0xFF00) == group.Id
+                                : setting.ItemId / 100 * 100 == group.Id;
 }
 
 // Items carry the number of their group, and so do the lists that govern its lengths.
 constexpr bool GroupsFit(std::span<const SettingGroup> groups) {
     return std::ranges::all_of(groups, [](const SettingGroup& group) {
         return std::ranges::all_of(group.Items, [&](const Setting* item) {
-            return InGroup(*item, group) && (!item->LengthMode || InGroup(*item->LengthMode, group));
+            return InGroup(*item, group) && (item->RangeLabel == 0 || InGroup(*item->LengthMode, group));
         });
     });
 }
@@ -42,20 +45,19 @@ template <std::size_t Count>
 constexpr bool LayoutFits(const SettingGroup (&groups)[Count], ReaderType type) {
     std::array<SettingList, Count * 2> lists;
     for (std::size_t i = 0; i < Count; ++i) {
-        lists[2 * i] = groups[i].Items;
-        if (groups[i].Switch)
-            lists[2 * i + 1] = SettingList(&groups[i].Switch, 1);
+        lists[2 * i] = groups[i].Switch;
+        lists[2 * i + 1] = groups[i].Items;
     }
     return LayoutFits(lists, type, SymbologyWords);
 }
 
-// No two items of a page have the same number.
+// No two items of the general page have the same number; a field of several readers may come again.
 constexpr bool NumbersDiffer(std::span<const SettingList> lists) {
     for (const SettingList left : lists) {
         for (const SettingList right : lists) {
             for (const Setting* a : left) {
                 for (const Setting* b : right) {
-                    if (a != b && a->ItemId == b->ItemId)
+                    if (a->ItemId == b->ItemId && a->Label != b->Label)
                         return false;
                 }
             }
@@ -63,13 +65,19 @@ constexpr bool NumbersDiffer(std::span<const SettingList> lists) {
     }
     return true;
 }
+constexpr bool NumbersDiffer(const SettingGroup& group) {
+    for (std::size_t i = 0; i < group.Items.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            if (group.Items[i]->ItemId == group.Items[j]->ItemId)
+                return false;
+        }
+        if (group.Items[i]->ItemId == group.Id)
+            return false;
+    }
+    return true;
+}
 constexpr bool NumbersDiffer(std::span<const SettingGroup> groups) {
-    return std::ranges::all_of(groups, [](const SettingGroup& group) {
-        const SettingList lists[] = {group.Items};
-        return NumbersDiffer(lists) && std::ranges::none_of(group.Items, [&](const Setting* item) {
-                   return group.Switch && item->ItemId == group.Switch->ItemId;
-               });
-    });
+    return std::ranges::all_of(groups, [](const SettingGroup& group) { return NumbersDiffer(group); });
 }
 
 // A default is one of the choices.
@@ -85,7 +93,7 @@ constexpr bool DefaultsFit(SettingList list) {
 }
 constexpr bool DefaultsFit(std::span<const SettingGroup> groups) {
     return std::ranges::all_of(groups, [](const SettingGroup& group) {
-        return DefaultsFit(group.Items) && (!group.Switch || DefaultsFit(SettingList(&group.Switch, 1)));
+        return DefaultsFit(group.Items) && DefaultsFit(group.Switch);
     });
 }
 
@@ -107,9 +115,9 @@ constexpr bool IndexesAgree(std::span<const SettingGroup> groups) {
 
 // A packet reader's parameter has the low byte of its item's number; one in each list has a number of its
 // own.
-constexpr bool ParametersFit(SettingList list, const Setting* exception) {
+constexpr bool ParametersFit(SettingList list, const Setting& exception) {
     return std::ranges::all_of(list, [&](const Setting* setting) {
-        return setting->Parameter.Number == NoParameter || setting == exception ||
+        return setting->Parameter.Number == NoParameter || setting->ItemId == exception.ItemId ||
                setting->Parameter.Number == (setting->ItemId & 0xFF);
     });
 }

@@ -15,10 +15,10 @@ template <const Setting&... Items>
 constexpr std::array<WORD, sizeof...(Items)> Indexes{(Items.ItemId % 100)...};
 
 template <const Setting& Switch, const Setting&... Options>
-constexpr SettingGroup Symbology{Switch.ItemId, Switch.Label, &Switch, Pointers<Options...>,
+constexpr SettingGroup Symbology{Switch.ItemId, Switch.Label, Pointers<Switch>, Pointers<Options...>,
                                  Indexes<Options...>};
 template <WORD Id, WORD Label, const Setting&... Items>
-constexpr SettingGroup Heading{Id, Label, nullptr, Pointers<Items...>, Numbers<Items...>};
+constexpr SettingGroup Heading{Id, Label, {}, Pointers<Items...>, Numbers<Items...>};
 
 namespace symbologies {
 
@@ -174,7 +174,7 @@ static_assert(checks::LayoutFits(OnlyLaser, ReaderType::LongRangeLaser, GeneralW
 static_assert(checks::LayoutFits(OnlyImager, ReaderType::Imager2D, GeneralWords));
 static_assert(checks::NumbersDiffer(General));
 static_assert(std::ranges::all_of(General, [](SettingList list) {
-    return checks::DefaultsFit(list) && checks::ParametersFit(list, &general::BarcodeDecodeTimeout);
+    return checks::DefaultsFit(list) && checks::ParametersFit(list, general::BarcodeDecodeTimeout);
 }));
 
 static_assert(checks::LayoutFits(symbologies::Groups, ReaderType::Decoder1D));
@@ -186,7 +186,7 @@ static_assert(checks::LayoutFits(headings::Groups, ReaderType::Imager2D));
 static_assert(checks::GroupsFit(headings::Groups) && checks::NumbersDiffer(headings::Groups));
 static_assert(checks::DefaultsFit(headings::Groups));
 static_assert(std::ranges::all_of(headings::Groups, [](const SettingGroup& group) {
-    return checks::ParametersFit(group.Items, &engine::EnableCode39);
+    return checks::ParametersFit(group.Items, engine::EnableCode39);
 }));
 
 }  // namespace

@@ -6,8 +6,8 @@
 struct SettingGroup {
     WORD Id;
     WORD Label;
-    const Setting* Switch;  // the symbology's own switch, at the group's root; nullptr under a heading
-    SettingList Items;      // in display order, without the switch
+    SettingList Switch;             // the symbology's own switch, at the group's root; empty under a heading
+    SettingList Items;              // in display order, without the switch
     std::span<const WORD> ItemIds;  // the same; under a switch the last two digits only
 };
 
@@ -47,10 +47,10 @@ template <class Visit>
 void ForEachSymbologyField(Visit visit) {
     for (const auto groups : {Decoder1DGroups(), EngineGroups()}) {
         for (const SettingGroup& group : groups) {
-            if (group.Switch)
-                visit(*group.Switch);
-            for (const Setting* setting : group.Items)
-                visit(*setting);
+            for (const SettingList list : {group.Switch, group.Items}) {
+                for (const Setting* setting : list)
+                    visit(*setting);
+            }
         }
     }
 }

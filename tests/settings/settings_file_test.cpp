@@ -1,0 +1,173 @@
+#include "settings/settings_file.h"
+
+#include <sys/stat.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "platform/linux/terminal.h"
+#include "settings/all_fields.h"
+#include "tests/settings/record_fixture.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+class SettingsFileTest : public RecordTest {
+  protected:
+    void SetUp() override {
+        RecordTest::SetUp();
+        std::string name = testing::TempDir() + "vantrel-settings-XXXXXX";
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        folder_ = name;
+        std::filesystem::create_directory(folder_ / "DiskOnChip");
+        layer::UseTerminalFolder(folder_.string());
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    std::filesystem::path File() const { return folder_ / "DiskOnChip" / "Vantrel.ini"; }
+    Bytes ReadBack() const {
+        std::ifstream file(File(), std::ios::binary);
+        return Bytes(std::istreambuf_iterator<char>(file), {});
+    }
+    void Store(const Bytes& bytes) const {
+        std::ofstream(File(), std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    std::filesystem::path folder_;
+};
+
+void PutWord(Bytes& bytes, std::size_t offset, unsigned word) {
+    bytes[offset] = static_cast<unsigned char>(word);
+    bytes[offset + 1] = static_cast<unsigned char>(word >> 8);
+}
+
+Bytes FileOf(unsigned major, unsigned minor) {
+    Bytes bytes(SettingsFileSize, 0);
+    PutWord(bytes, 0, major);
+    PutWord(bytes, 2, minor);
+    PutWord(bytes, 40, Device1D);
+    PutWord(bytes, 760 + 2 * 89, 4);
+    return bytes;
+}
+
+TEST_F(SettingsFileTest, EveryWordHasItsPlace) {
+    DeviceFlags = 0x2124;
+    for (std::size_t word = 0; word < SymbologyWords; ++word)
+        SymbologySettings[word] = static_cast<WORD>(0x4000 + word);
+    for (std::size_t word = 0; word < GeneralWords; ++word)
+        GeneralSettings[word] = static_cast<WORD>(0xA100 + word);
+    Bytes expected(1100, 0);
+    const unsigned char header[] = {1, 0, 1, 0, 5, 0, 0, 0};
+    std::ranges::copy(header, expected.begin());
+    PutWord(expected, 40, 0x2124);
+    for (unsigned word = 0; word < 260; ++word)
+        PutWord(expected, 240 + 2 * word, 0x4000 + word);
+    for (unsigned word = 0; word < 170; ++word)
+        PutWord(expected, 760 + 2 * word, 0xA100 + word);
+
+    Store(Bytes(5000, 0xEE));  // an older, longer file leaves nothing behind
+    ASSERT_EQ(SaveSettings(), 1);
+    EXPECT_EQ(ReadBack(), expected);
+
+    ClearRecord();
+    ASSERT_EQ(LoadSettings(), 1);
+    EXPECT_EQ(DeviceFlags, 0x2124);
+    EXPECT_EQ(SymbologySettings[259], 0x4103);
+    EXPECT_EQ(GeneralSettings[169], 0xA1A9);
+    EXPECT_EQ(GeneralSettings[17], 0xA111);
+    EXPECT_EQ(GeneralSettings[18], 0) << "the prefix is ended inside its words";
+    EXPECT_EQ(GeneralSettings[29], 0) << "the suffix is ended inside its words";
+    EXPECT_EQ(GeneralSettings[30], 0xA11E);
+}
+
+TEST_F(SettingsFileTest, NothingChosenIsWrittenAndThenReplaced) {
+    DeviceFlags = DeviceImager | DeviceRfid;
+    SetValue(general::ActiveDevice, '0');
+    SetValue(general::DataOutput, '0');
+    ASSERT_EQ(SaveSettings(), 1);
+    EXPECT_EQ(Value(general::ActiveDevice), '1');
+    EXPECT_EQ(Value(general::DataOutput), '1');
+    ASSERT_EQ(LoadSettings(), 1);
+    EXPECT_EQ(Value(general::ActiveDevice), '0');
+    EXPECT_EQ(Value(general::DataOutput), '0');
+}
+
+TEST_F(SettingsFileTest, Versions) {
+    const struct {
+        unsigned Major, Minor;
+        WORD Active, Output;  // '0' and '1' in the file
+    } cases[] = {
+        {1, 1, '0', '1'}, {1, 0, '1', '2'}, {2, 0, '0', '1'},           {2, 7, '0', '1'},
+        {0, 0, '0', '1'}, {0, 9, '0', '1'}, {0x0100, 0x0100, '0', '1'},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.Major << "." << c.Minor);
+        Bytes bytes = FileOf(c.Major, c.Minor);
+        PutWord(bytes, 760, '0');
+        PutWord(bytes, 770, '1');
+        PutWord(bytes, 938, 0);
+        Store(bytes);
+        ASSERT_EQ(LoadSettings(), 1);
+        EXPECT_EQ(Value(general::ActiveDevice), c.Active);
+        EXPECT_EQ(Value(general::DataOutput), c.Output);
+        EXPECT_EQ(Value(general::RfidReadDuration), 3);
+        // It is a current file from its next save on.
+        ASSERT_EQ(SaveSettings(), 1);
+        EXPECT_EQ(ReadBack()[0] + 256 * ReadBack()[2], 257);
+        ASSERT_EQ(LoadSettings(), 1);
+        EXPECT_EQ(Value(general::ActiveDevice), c.Active);
+    }
+}
+
+TEST_F(SettingsFileTest, WithoutAWholeFileTheRecordStays) {
+    DeviceFlags = DeviceLaser;
+    SetValue(engine::EnableCode128, '1');
+    GeneralSettings[0] = '3';
+    EXPECT_EQ(LoadSettings(), 0) << "no file";
+    for (const std::size_t size : {0, 3, 42, 1099}) {
+        Bytes bytes = FileOf(1, 1);
+        bytes.resize(size);
+        Store(bytes);
+        EXPECT_EQ(LoadSettings(), 0) << size;
+    }
+    std::filesystem::remove(File());
+    std::filesystem::create_directory(File());
+    EXPECT_EQ(LoadSettings(), 0) << "a folder in its place";
+    EXPECT_EQ(SaveSettings(), 0) << "a folder in its place";
+    EXPECT_EQ(DeviceFlags, DeviceLaser);
+    EXPECT_EQ(SymbologySettings[25], '1');
+    EXPECT_EQ(GeneralSettings[0], '3');
+}
+
+TEST_F(SettingsFileTest, WhatFollowsAWholeFileIsIgnored) {
+    Bytes bytes = FileOf(1, 1);
+    bytes.resize(70000, 0xAB);
+    Store(bytes);
+    EXPECT_EQ(LoadSettings(), 1);
+    EXPECT_EQ(Value(general::RfidReadDuration), 4);
+}
+
+TEST_F(SettingsFileTest, NoFolderNoSave) {
+    std::filesystem::remove_all(folder_ / "DiskOnChip");
+    SetValue(general::ActiveDevice, '0');
+    EXPECT_EQ(SaveSettings(), 0);
+    EXPECT_EQ(Value(general::ActiveDevice), '0');
+}
+
+TEST_F(SettingsFileTest, NobodyElseOpensTheFileMeanwhile) {
+    ASSERT_EQ(SaveSettings(), 1);
+    const HANDLE file = OpenSettingsFile(0);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(OpenSettingsFile(0), nullptr);
+    EXPECT_EQ(LoadSettings(), 0);
+    EXPECT_EQ(SaveSettings(), 0);
+    CloseHandle(file);
+    EXPECT_EQ(ReadBack().size(), SettingsFileSize) << "a refused save must not empty the file";
+    EXPECT_EQ(LoadSettings(), 1);
+}
+
+}  // namespace
