@@ -1,0 +1,113 @@
+#include "platform/linux/clock.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+#include "platform/linux/thread.h"
+#include "platform/message_queue.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+class ManualTime : public testing::Test {
+  protected:
+    ManualTime() { layer::InstallClock(&Clock); }
+    ~ManualTime() override { layer::InstallClock(nullptr); }
+    layer::ManualClock Clock;
+};
+
+// Notes its name at its time, and can do something then.
+class Alarm : public layer::TimedSource {
+  public:
+    Alarm(layer::ManualClock& clock, std::uint64_t due, std::function<void()> work)
+        : clock_(clock), due_(due), work_(std::move(work)) {
+        clock_.AddSource(*this);
+    }
+    ~Alarm() override { clock_.RemoveSource(*this); }
+    std::uint64_t NextDue() override { return due_; }
+    void RunDue(std::uint64_t now) override {
+        EXPECT_EQ(now, due_);
+        due_ = layer::Forever;
+        work_();
+    }
+
+  private:
+    layer::ManualClock& clock_;
+    std::uint64_t due_;
+    std::function<void()> work_;
+};
+
+TEST_F(ManualTime, EveryWaitEndsAtItsDeadlineAndCostsNothing) {
+    const TemporaryTerminal terminal;
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const HANDLE named = CreateEventW(nullptr, FALSE, FALSE, TEXT("Clocked"));
+    MSGQUEUEOPTIONS options{sizeof options, 0, 1, 8, TRUE};
+    const HANDLE queue = CreateMsgQueue(TEXT("Clocked"), &options);
+    char message[8];
+    DWORD size = 0;
+    DWORD flags = 0;
+    DWORD start = GetTickCount();
+    Sleep(3'200'000);
+    EXPECT_EQ(GetTickCount() - start, 3'200'000u);
+    start = GetTickCount();
+    EXPECT_EQ(WaitForSingleObject(event, 15000), WAIT_TIMEOUT);
+    EXPECT_EQ(GetTickCount() - start, 15000u);
+    start = GetTickCount();
+    EXPECT_EQ(WaitForSingleObject(named, 15000), WAIT_TIMEOUT);
+    EXPECT_EQ(GetTickCount() - start, 15000u);
+    start = GetTickCount();
+    EXPECT_FALSE(ReadMsgQueue(queue, message, sizeof message, &size, 15000, &flags));
+    EXPECT_EQ(GetTickCount() - start, 15000u);
+    for (const HANDLE handle : {event, named, queue}) {
+        CloseHandle(handle);
+    }
+}
+
+TEST_F(ManualTime, SourcesRunInOrderAndEndWaitsEarly) {
+    std::string order;
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const std::uint64_t start = Clock.Now();
+    const Alarm late(Clock, start + 300, [&] { order += 'c'; });
+    const Alarm early(Clock, start + 100, [&] { order += 'a'; });
+    const Alarm middle(Clock, start + 200, [&] {
+        order += 'b';
+        EventModify(event, EVENT_SET);
+    });
+    EXPECT_EQ(WaitForSingleObject(event, 1000), WAIT_OBJECT_0);
+    EXPECT_EQ(order, "ab");
+    EXPECT_EQ(Clock.Now(), start + 200);
+    Clock.Advance(1000);
+    EXPECT_EQ(order, "abc");
+    EXPECT_EQ(Clock.Now(), start + 1200);
+    CloseHandle(event);
+}
+
+TEST_F(ManualTime, TicksWrapAt32Bits) {
+    Clock.AdvanceTo(0xFFFFFFF0u);
+    const DWORD start = GetTickCount();
+    Sleep(0x20);
+    EXPECT_LT(GetTickCount(), start);
+    EXPECT_EQ(GetTickCount() - start, 0x20u);
+}
+
+TEST_F(ManualTime, AWaitWithoutADeadlineMovesNoTime) {
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const std::uint64_t start = Clock.Now();
+    std::thread setter([event] { EventModify(event, EVENT_SET); });
+    EXPECT_EQ(WaitForSingleObject(event, INFINITE), WAIT_OBJECT_0);
+    setter.join();
+    EXPECT_EQ(Clock.Now(), start);
+    CloseHandle(event);
+}
+
+TEST(RealTime, NoWaitEndsEarly) {
+    for (const DWORD milliseconds : {1u, 7u, 20u}) {
+        const auto start = std::chrono::steady_clock::now();
+        Sleep(milliseconds);
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(milliseconds));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,128 @@
+// Sound and vibrator.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <mutex>
+#include <vector>
+
+#include "platform/kernel.h"
+#include "platform/linux/sound_backend.h"
+#include "platform/linux/thread.h"
+#include "platform/sound.h"
+#include "tests/support/allocation_count.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+constexpr DWORD AsFile = SND_FILENAME | SND_NOWAIT | SND_ASYNC;
+
+// Notes what it is told; the first sound holds it up until it is let go.
+struct Notes {
+    std::mutex Mutex;
+    std::condition_variable Changed;
+    std::vector<std::string> Lines;
+    bool Hold = false;
+
+    void Add(const std::string& line) {
+        std::unique_lock lock(Mutex);
+        Lines.push_back(line);
+        Changed.notify_all();
+        Changed.wait(lock, [this] { return !Hold; });
+    }
+    void AwaitLines(std::size_t count) {
+        std::unique_lock lock(Mutex);
+        Changed.wait(lock, [&] { return Lines.size() >= count; });
+    }
+    void SetHold(bool hold) {
+        std::scoped_lock lock(Mutex);
+        Hold = hold;
+        Changed.notify_all();
+    }
+};
+
+class NotingSound : public layer::SoundBackend {
+  public:
+    explicit NotingSound(Notes& notes) : notes_(notes) {}
+    void Play(const std::string& path) override { notes_.Add("play " + path); }
+    void Cancel() override { notes_.Add("cancel"); }
+
+  private:
+    Notes& notes_;
+};
+
+TEST(Sound, TheNewestWishCountsAndNoCallerWaits) {
+    const TemporaryTerminal terminal;
+    static Notes notes;
+    layer::InstallSound(std::make_unique<NotingSound>(notes));
+    EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Default.wav"), nullptr, AsFile));
+    layer::FinishSounds();
+    notes.SetHold(true);
+    EXPECT_TRUE(PlaySoundW(nullptr, nullptr, SND_NOWAIT));
+    notes.AwaitLines(3);
+    // The sound thread stands still now; all of this returns at once, and takes nothing from the heap.
+    const CountAllocations allocations;
+    EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Alarm2.wav"), nullptr, AsFile));
+    EXPECT_TRUE(PlaySoundW(nullptr, nullptr, SND_NOWAIT));
+    EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\LowBatt.wav"), nullptr, AsFile));
+    EXPECT_EQ(allocations.Count(), 0u);
+    notes.SetHold(false);
+    layer::FinishSounds();
+    EXPECT_TRUE(PlaySoundW(TEXT("\\..\\escape.wav"), nullptr, AsFile));
+    EXPECT_FALSE(PlaySoundW(TEXT("SystemDefault"), nullptr, SND_ASYNC));
+    const std::u16string tooLong(300, u'x');
+    EXPECT_FALSE(PlaySoundW(tooLong.c_str(), nullptr, AsFile));
+    layer::FinishSounds();
+    const std::vector<std::string> expected{
+        "cancel", "play " + terminal.Path("Windows/Default.wav"), "cancel",
+        "cancel", "play " + terminal.Path("Windows/LowBatt.wav"), "cancel"};
+    EXPECT_EQ(notes.Lines, expected);
+}
+
+TEST(Sound, WithoutADeviceThereIsSilence) {
+    const TemporaryTerminal terminal;
+    layer::InstallSound(layer::MakeCanberraSound());
+    EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Default.wav"), nullptr, AsFile));
+    EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Missing.wav"), nullptr, AsFile));
+    EXPECT_TRUE(PlaySoundW(nullptr, nullptr, SND_NOWAIT));
+    layer::FinishSounds();
+}
+
+BOOL Vibrate(DWORD value) {
+    return KernelIoControl(0x24321015, &value, sizeof value, nullptr, 0, nullptr);
+}
+
+TEST(Vibrator, WritesOneCharacterAndIsOffAtTheEnd) {
+    const TemporaryTerminal terminal;
+    const std::string file = terminal.Path("VIBRATOR");
+    EXPECT_TRUE(Vibrate(1));
+    EXPECT_EQ(ReadWholeFile(file), "1");
+    EXPECT_TRUE(Vibrate(0));
+    EXPECT_EQ(ReadWholeFile(file), "0");
+    {
+        const CountAllocations allocations;
+        EXPECT_TRUE(Vibrate(1));
+        EXPECT_EQ(allocations.Count(), 0u);
+    }
+    layer::RunEndWork();
+    EXPECT_EQ(ReadWholeFile(file), "0");
+
+    // A device's file is written as it is, never cut or replaced.
+    unlink(file.c_str());
+    WriteWholeFile(terminal.Path("brightness"), "0\n");
+    ASSERT_EQ(symlink("brightness", file.c_str()), 0);
+    EXPECT_TRUE(Vibrate(1));
+    EXPECT_EQ(ReadWholeFile(terminal.Path("brightness")), "1\n");
+
+    unlink(file.c_str());
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+    EXPECT_FALSE(Vibrate(1)) << "a pipe without a reader holds nobody up";
+    layer::RunEndWork();
+
+    DWORD value = 1;
+    EXPECT_FALSE(KernelIoControl(0x24321016, &value, sizeof value, nullptr, 0, nullptr));
+    EXPECT_FALSE(KernelIoControl(0x24321015, nullptr, sizeof value, nullptr, 0, nullptr));
+    EXPECT_FALSE(KernelIoControl(0x24321015, &value, 3, nullptr, 0, nullptr));
+}
+
+}  // namespace

@@ -1,0 +1,206 @@
+#include "platform/files.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+
+#include "platform/linux/terminal.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+constexpr DWORD Both = GENERIC_READ | GENERIC_WRITE;
+
+class Files : public testing::Test {
+  protected:
+    TemporaryTerminal Terminal;
+
+    static HANDLE Open(const std::u16string& name, DWORD disposition, DWORD share = 0, DWORD access = Both) {
+        return CreateFileW(name.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    }
+    static bool Opens(const std::u16string& name, DWORD disposition = OPEN_EXISTING, DWORD share = 0) {
+        const HANDLE file = Open(name, disposition, share);
+        return file != INVALID_HANDLE_VALUE && CloseHandle(file);
+    }
+    static bool Put(HANDLE file, std::string_view text) {
+        DWORD written = 0;
+        return WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) &&
+               written == text.size();
+    }
+};
+
+const std::u16string Settings = u"\\DiskOnChip\\X.ini";
+
+TEST_F(Files, PathsStayInTheTerminal) {
+    mkdir(Terminal.Path("DiskOnChip/Sub").c_str(), 0700);
+    WriteWholeFile(Terminal.Path("DiskOnChip/Sub/A.shx"), "x");
+    WriteWholeFile(Terminal.Path("DiskOnChip/b.shx"), "lower");
+    WriteWholeFile(Terminal.Path("DiskOnChip/B.SHX"), "upper");
+    struct Case {
+        std::u16string Platform;
+        std::string Host;  // within the terminal folder; "-" when it is refused
+    };
+    const Case cases[] = {
+        {u"\\DiskOnChip\\X.ini", "/DiskOnChip/X.ini"},
+        {u"\\DISKONCHIP\\sub\\a.SHX", "/DiskOnChip/Sub/A.shx"},
+        {u"DiskOnChip\\Sub", "/DiskOnChip/Sub"},
+        {u"\\DiskOnChip\\", "/DiskOnChip"},
+        {u"\\", ""},
+        {u"\\DiskOnChip\\b.shx", "/DiskOnChip/b.shx"},
+        {u"\\DiskOnChip\\b.Shx", "/DiskOnChip/B.SHX"},
+        {u"\\DiskOnChip/Sub/A.shx", "/DiskOnChip/Sub/A.shx"},
+        {u"\\windows\\Default.wav", "/Windows/Default.wav"},
+        {u"\\DiskOnChip\\\u00FC.ini", "/DiskOnChip/\xC3\xBC.ini"},
+        {u"\\DiskOnChip\\..x", "/DiskOnChip/..x"},
+        {u"", "-"},
+        {u"\\..", "-"},
+        {u"\\DiskOnChip\\..\\..\\etc\\passwd", "-"},
+        {u"..\\..\\etc\\passwd", "-"},
+        {u"\\DiskOnChip\\.\\X", "-"},
+        {u"\\\\server\\share", "-"},
+        {u"\\DiskOnChip\\\\X", "-"},
+        {u"\\\\.\\COM1", "-"},
+        {u"C:\\X", "-"},
+        {u"//etc/passwd", "-"},
+        {u"\\DiskOnChip\\a\nb", "-"},
+        {u"\\DiskOnChip\\*.ini", "-"},
+        {u"\\DiskOnChip\\\xD800", "-"},
+        {u"\\" + std::u16string(258, u'a'), "/" + std::string(258, 'a')},
+        {u"\\" + std::u16string(259, u'a'), "-"},
+    };
+    for (const Case& each : cases) {
+        const std::string host = layer::HostPath(each.Platform.c_str());
+        EXPECT_EQ(host, each.Host == "-" ? "" : Terminal.Folder() + each.Host)
+            << layer::ToUtf8(each.Platform);
+    }
+    EXPECT_EQ(layer::HostPath(nullptr), "");
+}
+
+TEST_F(Files, LinksInTheFolderAreFollowedAndSurviveASave) {
+    const TemporaryTerminal elsewhere;
+    WriteWholeFile(elsewhere.Path("real.ini"), "old");
+    layer::UseTerminalFolder(Terminal.Folder());
+    ASSERT_EQ(symlink(elsewhere.Path("real.ini").c_str(), Terminal.Path("DiskOnChip/X.ini").c_str()), 0);
+    const HANDLE file = Open(Settings, CREATE_ALWAYS);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(Put(file, "new"));
+    CloseHandle(file);
+    EXPECT_EQ(ReadWholeFile(elsewhere.Path("real.ini")), "new");
+    struct stat status {};
+    ASSERT_EQ(lstat(Terminal.Path("DiskOnChip/X.ini").c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+}
+
+TEST_F(Files, OnlyRegularFilesOpen) {
+    mkdir(Terminal.Path("DiskOnChip/Folder").c_str(), 0700);
+    mkfifo(Terminal.Path("DiskOnChip/Pipe").c_str(), 0600);
+    ASSERT_EQ(symlink("/dev/zero", Terminal.Path("DiskOnChip/Zero").c_str()), 0);
+    for (const char16_t* name : {u"\\DiskOnChip\\Folder", u"\\DiskOnChip\\Pipe", u"\\DiskOnChip\\Zero",
+                                 u"\\DiskOnChip\\Missing\\X", u"\\", u"COM1:X", u"COM0:", u"COM"}) {
+        EXPECT_FALSE(Opens(name)) << layer::ToUtf8(name);
+        EXPECT_FALSE(Opens(name, CREATE_ALWAYS)) << layer::ToUtf8(name);
+    }
+    EXPECT_FALSE(Opens(Settings));
+    EXPECT_FALSE(Opens(Settings, 4));
+    EXPECT_EQ(CreateFileW(nullptr, Both, 0, nullptr, OPEN_EXISTING, 0, nullptr), INVALID_HANDLE_VALUE);
+}
+
+TEST_F(Files, ExclusiveMeansNobodyElse) {
+    WriteWholeFile(Terminal.Path("DiskOnChip/X.ini"), "content");
+    ChildProcess other({KERNEL_CHILD});
+    for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS}) {
+        const HANDLE file = Open(Settings, disposition);
+        ASSERT_NE(file, INVALID_HANDLE_VALUE);
+        EXPECT_FALSE(Opens(Settings));
+        EXPECT_FALSE(Opens(Settings, OPEN_EXISTING, 1));
+        EXPECT_FALSE(Opens(Settings, CREATE_ALWAYS));
+        for (const char* command : {"open", "create"}) {
+            other.WriteLine(std::string(command) + " \\DiskOnChip\\X.ini");
+            EXPECT_EQ(other.ReadLine(), "failed") << command << " " << disposition;
+        }
+        CloseHandle(file);
+    }
+    const HANDLE shared = Open(Settings, OPEN_EXISTING, 1, GENERIC_READ);
+    EXPECT_TRUE(Opens(Settings, OPEN_EXISTING, 1));
+    EXPECT_FALSE(Opens(Settings));
+    CloseHandle(shared);
+    EXPECT_TRUE(Opens(Settings));
+}
+
+TEST_F(Files, ANewFileTakesItsPlaceOnlyWhenItIsWhole) {
+    const std::string host = Terminal.Path("DiskOnChip/X.ini");
+    WriteWholeFile(host, "old");
+    chmod(host.c_str(), 0640);
+    {
+        ChildProcess killed({KERNEL_CHILD});
+        killed.WriteLine("create \\DiskOnChip\\X.ini");
+        EXPECT_EQ(killed.ReadLine(), "ok");
+        killed.WriteLine("put half");
+        EXPECT_EQ(killed.ReadLine(), "ok");
+        killed.Signal(SIGKILL);
+        killed.Wait();
+    }
+    EXPECT_EQ(ReadWholeFile(host), "old");
+
+    // What a killed program left beside it does no harm, even when it is longer.
+    WriteWholeFile(host + ".new", "something long that was left");
+    const HANDLE file = Open(Settings, CREATE_ALWAYS);
+    ASSERT_NE(file, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(ReadWholeFile(host), "old");
+    EXPECT_EQ(GetFileSize(file, nullptr), 0u);
+    EXPECT_TRUE(Put(file, "new "));
+    EXPECT_TRUE(Put(file, "content"));
+    EXPECT_EQ(GetFileSize(file, nullptr), 11u);
+    EXPECT_TRUE(CloseHandle(file));
+    EXPECT_EQ(ReadWholeFile(host), "new content");
+    EXPECT_NE(access((host + ".new").c_str(), F_OK), 0);
+    struct stat status {};
+    stat(host.c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777, 0640u);
+}
+
+TEST_F(Files, ReadingEndsAtTheEndOfTheFile) {
+    WriteWholeFile(Terminal.Path("DiskOnChip/X.ini"), "0123456789");
+    const HANDLE file = Open(Settings, OPEN_EXISTING, 0, GENERIC_READ);
+    std::array<char, 8> buffer{};
+    DWORD read = 99;
+    DWORD high = 99;
+    EXPECT_EQ(GetFileSize(file, &high), 10u);
+    EXPECT_EQ(high, 0u);
+    EXPECT_TRUE(ReadFile(file, buffer.data(), 8, &read, nullptr));
+    EXPECT_EQ(read, 8u);
+    EXPECT_TRUE(ReadFile(file, buffer.data(), 8, &read, nullptr));
+    EXPECT_EQ(std::string_view(buffer.data(), read), "89");
+    EXPECT_TRUE(ReadFile(file, buffer.data(), 8, &read, nullptr));
+    EXPECT_EQ(read, 0u);
+    EXPECT_FALSE(Put(file, "x")) << "opened for reading only";
+    EXPECT_FALSE(ReadFile(file, nullptr, 8, &read, nullptr));
+    CloseHandle(file);
+    EXPECT_FALSE(ReadFile(file, buffer.data(), 8, &read, nullptr));
+    EXPECT_EQ(GetFileSize(file, nullptr), INVALID_FILE_SIZE);
+}
+
+TEST(Terminal, ANewFolderIsLaidOutAndAnOldOneLeftAlone) {
+    const TemporaryTerminal parent;
+    const std::string folder = parent.Path("deep/er/terminal");
+    layer::UseTerminalFolder(folder + "//");
+    EXPECT_EQ(layer::TerminalFolder(), folder);
+    struct stat status {};
+    for (const char* name : {"", "/DiskOnChip", "/Windows", "/windows"}) {
+        ASSERT_EQ(stat((folder + name).c_str(), &status), 0) << name;
+        EXPECT_EQ(status.st_mode & 0777, 0700u) << name;
+    }
+    EXPECT_GT(ReadWholeFile(folder + "/Windows/LowBatt.wav").size(), 44u);
+    const std::string identity = layer::TerminalIdentity();
+    unlink((folder + "/Windows/LowBatt.wav").c_str());
+    ASSERT_EQ(symlink(folder.c_str(), parent.Path("link").c_str()), 0);
+    layer::UseTerminalFolder(parent.Path("link"));
+    EXPECT_EQ(layer::TerminalIdentity(), identity) << "one terminal, whatever the way to it";
+    EXPECT_NE(access((folder + "/Windows/LowBatt.wav").c_str(), F_OK), 0) << "a removed sound stays away";
+}
+
+}  // namespace
