@@ -106,8 +106,8 @@ int SaveSettings() {
         return 0;
     FileImage image{};
     std::size_t offset = 0;
-    for (const BYTE byte : Header)
-        image[offset++] = byte;
+    for (const BYTE value : Header)
+        image[offset++] = value;
     PutWord(image, FlagsAt, DeviceFlags);
     PutBlock(image, SymbologyAt, SymbologySettings);
     PutBlock(image, GeneralAt, GeneralSettings);

@@ -1,5 +1,8 @@
 #include "settings/field.h"
 
+#include <atomic>
+#include <thread>
+
 #include "settings/all_fields.h"
 #include "tests/settings/record_fixture.h"
 
@@ -77,6 +80,29 @@ TEST_F(FieldTest, TextsFillTheirElevenWordsAndNoMore) {
     GeneralSettings[18] = 'x';
     GetText(general::PrefixCode, whole);
     EXPECT_EQ(std::u16string(whole), u"ABCDEFGHIJ");
+}
+
+TEST_F(FieldTest, ATextReadWhileItIsWrittenIsEndedAndOfBothTexts) {
+    std::atomic<bool> done = false;
+    std::thread writer([&done] {
+        const WCHAR shortText[] = TEXT("a");
+        const WCHAR longText[] = TEXT("bbbbbbbbbb");
+        for (int i = 0; i < 20000; ++i)
+            SetText(general::SuffixCode, i % 2 ? std::span<const WCHAR>(shortText) : longText);
+        done = true;
+    });
+    bool sound = true;
+    while (!done) {
+        WCHAR text[TextWords + 1];
+        text[TextWords] = u'!';
+        GetText(general::SuffixCode, std::span(text).first(TextWords));
+        std::size_t length = 0;
+        while (text[length] == u'a' || text[length] == u'b')
+            ++length;
+        sound = sound && text[length] == 0 && text[TextWords] == u'!';
+    }
+    writer.join();
+    EXPECT_TRUE(sound);
 }
 
 TEST_F(FieldTest, ParameterBytes) {
