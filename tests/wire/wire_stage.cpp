@@ -1,0 +1,394 @@
+#include "tests/wire/wire_stage.h"
+
+#include <chrono>
+#include <cstdio>
+#include <deque>
+#include <filesystem>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "app/error_messages.h"
+#include "app/shell_state.h"
+#include "link/barcode_receiver.h"
+#include "link/detection.h"
+#include "link/message_handlers.h"
+#include "link/parameter_download.h"
+#include "link/read_control.h"
+#include "link/reader_setup.h"
+#include "link/rfid_receiver.h"
+#include "link/serial_ports.h"
+#include "link/settings_download.h"
+#include "settings/defaults.h"
+#include "settings/record.h"
+#include "tests/wire/setting_names.h"
+
+namespace {
+
+struct Received {
+    std::vector<BYTE> Bytes;
+    std::uint64_t Time;
+};
+
+// The handlers are plain functions: what they record has to be global.
+std::mutex receivedMutex;
+std::deque<Received> received;
+
+void Record(const BYTE* bytes, DWORD length) {
+    const std::lock_guard lock(receivedMutex);
+    received.push_back({{bytes, bytes + length}, layer::CurrentClock().Now()});
+}
+
+int RecordBarcode(const BYTE* message, DWORD length) {
+    Record(message, length);
+    ShellState.TransferBusy = 0;  // as after a delivery without keys
+    return 1;
+}
+
+int RecordRfid(const char* line, DWORD length) {
+    Record(reinterpret_cast<const BYTE*>(line), length);
+    return 1;
+}
+
+int ThreadCount() {
+    int count = 0;
+    for ([[maybe_unused]] const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
+        ++count;
+    return count;
+}
+
+DWORD ToNumber(const std::string& word) {
+    return static_cast<DWORD>(std::stoul(word, nullptr, 0));
+}
+
+const std::string& At(const std::vector<std::string>& words, std::size_t index) {
+    if (index >= words.size())
+        throw std::runtime_error("something is missing after " + words.back());
+    return words[index];
+}
+
+std::string HexOf(const std::vector<BYTE>& bytes) {
+    std::string text;
+    char digits[4];
+    for (const BYTE byte : bytes) {
+        std::snprintf(digits, sizeof digits, "%02X ", byte);
+        text += digits;
+    }
+    return text;
+}
+
+DWORD Variable(const std::string& name) {
+    if (name == "TransferBusy")
+        return ShellState.TransferBusy;
+    if (name == "LaserHold")
+        return ShellState.LaserHold;
+    if (name == "ReaderReady")
+        return ShellState.ReaderReady;
+    if (name == "ReconfigureReaders")
+        return ShellState.ReconfigureReaders;
+    if (name == "RfidReadActive")
+        return ShellState.RfidReadActive;
+    if (name == "BarcodeThreadRun")
+        return ShellState.BarcodeThreadRun;
+    if (name == "RfidThreadRun")
+        return ShellState.RfidThreadRun;
+    if (name == "RfidReaderModel")
+        return RfidReaderModel;
+    throw std::runtime_error("nothing is known about " + name);
+}
+
+HANDLE PortOf(const std::string& number) {
+    return number == "2" ? ShellState.RfidPort : ShellState.BarcodePort;
+}
+
+WORD DeviceBits(const std::string& name) {
+    static const std::map<std::string, WORD> names{{"none", 0},
+                                                   {"1d", Device1D},
+                                                   {"laser", DeviceLaser},
+                                                   {"imager", DeviceImager},
+                                                   {"rfid", DeviceRfid}};
+    return names.at(name);
+}
+
+void CloseIfOpen(Relaxed<HANDLE>& handle) {
+    if (HANDLE open = handle.Exchange(nullptr))
+        CloseHandle(open);
+}
+
+// Everything that a case before this one may have left.
+void ClearState() {
+    DeviceFlags = 0;
+    for (auto& word : SymbologySettings)
+        word = 0;
+    for (auto& word : GeneralSettings)
+        word = 0;
+    TakeSnapshots();
+    ShellState.ReaderReady = 0;
+    ShellState.ReconfigureReaders = 0;
+    ShellState.BarcodeThreadRun = 0;
+    ShellState.RfidThreadRun = 0;
+    ShellState.RfidReadActive = 0;
+    ShellState.BarcodeEnabled = 0;
+    ShellState.TransferBusy = 0;
+    ShellState.LaserHold = 0;
+    RfidReaderModel = 0;
+    const std::lock_guard lock(receivedMutex);
+    received.clear();
+}
+
+}  // namespace
+
+WireStage::WireStage(Conversation::Complaint complain)
+    : complain_(std::move(complain)),
+      talk_(clock_, complain_),
+      timers_(clock_),
+      watched_{WireAct::Write, WireAct::Rts, WireAct::Rate},
+      threadsBefore_(ThreadCount()) {
+    layer::InstallClock(&clock_);
+    ClearState();
+    ReceiveHandlers = {RecordBarcode, RecordRfid};
+    ports_ = std::make_unique<ScriptedPorts>(talk_, [] {
+        ShellState.BarcodeThreadRun = 0;
+        ShellState.RfidThreadRun = 0;
+    });
+    talk_.Watch(watched_);
+}
+
+WireStage::~WireStage() {
+    CloseRfidChannel();
+    CloseIfOpen(ShellState.BarcodePort);
+    CloseIfOpen(ShellState.RfidPort);
+    Settle();
+    ports_.reset();
+    layer::InstallClock(nullptr);
+}
+
+void WireStage::Run(const WireCommand& command) {
+    const std::string& what = command.Words[0];
+    if (what == "call")
+        Call(command);
+    else if (!command.Steps.empty())
+        throw std::runtime_error("acts belong to a call");
+    else if (what == "expect")
+        Expect(command.Words, command.Line);
+    else
+        Prepare(command.Words);
+}
+
+void WireStage::Prepare(const Words& words) {
+    static const std::map<std::string, WireAct> acts{
+        {"write", WireAct::Write},    {"rts", WireAct::Rts},     {"dtr", WireAct::Dtr},
+        {"rate", WireAct::Rate},      {"purge", WireAct::Purge}, {"interval", WireAct::Interval},
+        {"mask", WireAct::Mask},      {"open", WireAct::Open},   {"close", WireAct::Close},
+        {"break", WireAct::LineBreak}};
+    const std::string& what = words[0];
+    if (what == "device") {
+        WORD flags = 0;
+        for (std::size_t i = 1; i < words.size(); ++i)
+            flags |= DeviceBits(words[i]);
+        DeviceFlags = flags;
+    } else if (what == "defaults") {
+        ResetSettings(ResetAllGroups);
+    } else if (what == "snapshot") {
+        TakeSnapshots();
+    } else if (what == "set") {
+        const std::string& value = At(words, 2);
+        const bool quoted = value.size() == 3 && value[0] == '\'';
+        SetValue(SettingByName(At(words, 1)),
+                 quoted ? static_cast<WORD>(value[1]) : static_cast<WORD>(ToNumber(value)));
+    } else if (what == "open") {
+        const bool rfid = At(words, 1) == "2";
+        Relaxed<HANDLE>& handle = rfid ? ShellState.RfidPort : ShellState.BarcodePort;
+        handle = OpenReaderPort(rfid ? RfidPortSelector : BarcodePortSelector);
+        if (words.size() > 2)
+            SetPortLine(handle, ToNumber(words[2]));
+    } else if (what == "var") {
+        if (At(words, 1) == "ReconfigureReaders")
+            ShellState.ReconfigureReaders = static_cast<WORD>(ToNumber(At(words, 2)));
+        else if (words[1] == "RfidReaderModel")
+            RfidReaderModel = ToNumber(At(words, 2));
+        else if (words[1] == "LaserHold")
+            ShellState.LaserHold = static_cast<BYTE>(ToNumber(At(words, 2)));
+        else
+            throw std::runtime_error("cannot set " + words[1]);
+    } else if (what == "watch" || what == "ignore") {
+        for (std::size_t i = 1; i < words.size(); ++i) {
+            if (what == "watch")
+                watched_.insert(acts.at(words[i]));
+            else
+                watched_.erase(acts.at(words[i]));
+        }
+        talk_.Watch(watched_);
+    } else {
+        throw std::runtime_error("unknown command: " + what);
+    }
+}
+
+void WireStage::Call(const WireCommand& command) {
+    soundsBefore_ = SoundsStopped();
+    talk_.Begin(command.Steps, command.Line);
+    result_ = CallByName(command.Words);
+    Settle();
+    talk_.End();
+}
+
+DWORD WireStage::CallByName(const Words& words) {
+    const std::string& name = At(words, 1);
+    const auto argument = [&](std::size_t i) { return static_cast<int>(ToNumber(At(words, i + 1))); };
+    if (name == "SendReaderCommand") {
+        const auto bytes = ReadWireBytes(words, 3);
+        return static_cast<DWORD>(SendReaderCommand(PortOf(At(words, 2)), bytes));
+    }
+    if (name == "RequestReply") {
+        const auto bytes = ReadWireBytes(words, 3);
+        return static_cast<DWORD>(RequestReply(PortOf(At(words, 2)), bytes, reply_));
+    }
+    if (name == "ReadRfidRegister") {
+        char value[RegisterTextLimit + 1] = "untouched";
+        const int result = ReadRfidRegister(static_cast<BYTE>(argument(1)), value);
+        value_ = value;
+        return static_cast<DWORD>(result);
+    }
+    if (name == "BarcodeReceiver") {
+        ShellState.BarcodeThreadRun = 1;
+        return BarcodeReceiveThread(nullptr);
+    }
+    if (name == "RfidReceiver") {
+        ShellState.RfidThreadRun = 1;
+        return RfidReceiveThread(nullptr);
+    }
+    if (name == "BarcodeTrigger")
+        return BarcodeTrigger(argument(1));
+    if (name == "OpenRfidChannel")
+        return OpenRfidChannel();
+    if (name == "CloseRfidChannel")
+        return CloseRfidChannel();
+    if (name == "StartRfidRead")
+        return StartRfidRead(argument(1));
+    if (name == "DetectReaders")
+        return DetectReaders(&mask_);
+    if (name == "ProbeReaderRates")
+        return ProbeReaderRates(PortOf(At(words, 2)), static_cast<WORD>(argument(2)));
+    if (name == "InitializeReader") {
+        const int type = argument(1);
+        return InitializeReader(type == DeviceRfid ? ShellState.RfidPort : ShellState.BarcodePort,
+                                static_cast<WORD>(type));
+    }
+    if (name == "Save1DSettings")
+        return static_cast<DWORD>(Save1DSettings());
+    if (name == "DownloadLaserSettings")
+        return static_cast<DWORD>(DownloadLaserSettings());
+    if (name == "DownloadImagerSettings")
+        return static_cast<DWORD>(DownloadImagerSettings());
+    if (name == "SetRts") {
+        SetRts(PortOf(At(words, 2)), argument(2) != 0);
+        return 0;
+    }
+    if (name == "SetPortTimeouts")
+        return static_cast<DWORD>(SetPortTimeouts(PortOf(At(words, 2)), ToNumber(At(words, 3))));
+    if (name == "SetPortLine")
+        return static_cast<DWORD>(SetPortLine(PortOf(At(words, 2)), ToNumber(At(words, 3))));
+    if (name == "wait") {
+        Let(ToNumber(At(words, 2)));
+        return 0;
+    }
+    throw std::runtime_error("unknown call: " + name);
+}
+
+// Lets time pass, as the message loop of the main window would.
+void WireStage::Let(std::uint64_t milliseconds) {
+    const std::uint64_t end = clock_.Now() + milliseconds;
+    Settle();
+    while (clock_.Now() < end) {
+        clock_.AdvanceTo(std::min({end, std::max(talk_.NextDue(), clock_.Now() + 1),
+                                   std::max(timers_.NextDue(), clock_.Now() + 1)}));
+        Settle();
+        RunTimers();
+    }
+}
+
+void WireStage::RunTimers() {
+    for (const UINT_PTR id : timers_.TakeFired()) {
+        if (id == IDT_RFID_READ)
+            CloseRfidChannel();
+        if (id == IDT_AIM_DURATION) {
+            ShellState.LaserHold = 0;
+            result_ = LaserAim(1, 0);
+        }
+        Settle();
+    }
+}
+
+// Waits until the receive threads have done all they can do now.
+void WireStage::Settle() const {
+    auto& talk = const_cast<Conversation&>(talk_);
+    for (int i = 0; i < 5000; ++i) {
+        if (ThreadCount() - threadsBefore_ <= talk.ThreadsAtRest())
+            return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    throw std::runtime_error("a thread neither waits nor ends");
+}
+
+void WireStage::Same(int line, const std::string& what, std::uint64_t expected, std::uint64_t got) {
+    if (expected != got)
+        complain_(line, what + " should be " + std::to_string(expected) + " but is " + std::to_string(got));
+}
+
+void WireStage::ExpectMessage(const Words& words, int line) {
+    const std::lock_guard lock(receivedMutex);
+    const auto expected = ReadWireBytes(words, 2);
+    if (received.empty()) {
+        complain_(line, "nothing was handed over");
+        return;
+    }
+    if (received.front().Bytes != expected)
+        complain_(line,
+                  "handed over: " + HexOf(received.front().Bytes) + "\n    expected: " + HexOf(expected));
+    received.pop_front();
+}
+
+void WireStage::Expect(const Words& words, int line) {
+    const std::string& what = At(words, 1);
+    const std::string& second = At(words, 2);
+    if (what == "result") {
+        Same(line, what, second[0] == '-' ? DWORD(-1) : ToNumber(second), result_);
+    } else if (what == "message") {
+        ExpectMessage(words, line);
+    } else if (what == "no" && second == "message") {
+        CheckEnd(line);
+    } else if (what == "no" && second == "timer") {
+        Same(line, "timer " + At(words, 3), 0, timers_.PeriodOf(ToNumber(words[3])));
+    } else if (what == "timer") {
+        Same(line, "timer " + second, ToNumber(At(words, 3)), timers_.PeriodOf(ToNumber(second)));
+    } else if (what == "reply") {
+        const std::vector<BYTE> got(reply_.Bytes.begin(), reply_.Bytes.begin() + reply_.Length);
+        if (got != ReadWireBytes(words, 2))
+            complain_(line, "the reply is " + HexOf(got));
+    } else if (what == "value") {
+        if ("\"" + value_ + "\"" != second)
+            complain_(line, "the value is " + value_);
+    } else if (what == "mask") {
+        Same(line, what, ToNumber(second), mask_);
+    } else if (what == "port") {
+        Same(line, "open port " + second, At(words, 3) == "open",
+             ports_->IsOpen(static_cast<int>(ToNumber(second))));
+    } else if (what == "handle") {
+        Same(line, "handle of port " + second, At(words, 3) == "stored", PortOf(second) != nullptr);
+    } else if (what == "rate") {
+        Same(line, "rate of port " + second, ToNumber(At(words, 3)),
+             ports_->RateOf(static_cast<int>(ToNumber(second))));
+    } else if (what == "silenced") {
+        Same(line, "sounds stopped", ToNumber(second),
+             static_cast<std::uint64_t>(SoundsStopped() - soundsBefore_));
+    } else {
+        Same(line, what, ToNumber(second), Variable(what));
+    }
+}
+
+void WireStage::CheckEnd(int line) {
+    const std::lock_guard lock(receivedMutex);
+    if (!received.empty())
+        complain_(line, "handed over, but not expected: " + HexOf(received.front().Bytes));
+}
