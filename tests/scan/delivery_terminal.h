@@ -1,0 +1,65 @@
+// A terminal with everything that a delivery touches: settings, message queue, event, main window, keyboard.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/linux/clock.h"
+#include "platform/window.h"
+#include "tests/support/temporary_terminal.h"
+
+struct KeyEvent {
+    BYTE Key;
+    bool Up;
+    std::uint64_t Time;
+};
+
+// The key events so far, from all threads.
+class KeyLog {
+  public:
+    void Add(BYTE key, bool up);
+    std::vector<KeyEvent> Events() const;
+    void Clear();
+    // What an application gets. Fails the test on a key that is pressed twice, released unpressed or left
+    // down.
+    std::string Text() const;
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<KeyEvent> events_;
+};
+
+class DeliveryTerminal {
+  public:
+    // Settings as on a terminal with that reader: keyboard emulation alone, no ENTER, no feedback.
+    explicit DeliveryTerminal(WORD devices, layer::Clock* clock = nullptr);
+    ~DeliveryTerminal();
+    DeliveryTerminal(const DeliveryTerminal&) = delete;
+    DeliveryTerminal& operator=(const DeliveryTerminal&) = delete;
+
+    // Does the work on a thread of its own while this one serves the windows.
+    void OnReceiveThread(const std::function<void()>& work);
+    void OnReceiveThreads(const std::vector<std::function<void()>>& works);
+    // Takes the record out of the queue; empty when there is none.
+    std::string TakeRecord();
+    // Whether the event was set; it is reset.
+    bool TakeEvent();
+
+    const std::string& Path() const { return terminal_.Folder(); }
+
+    KeyLog* Keys;
+    // What the main window has been sent: "copydata", "decode 7", "timer 924".
+    std::vector<std::string> Messages;
+    std::string CopiedRecord;
+    std::size_t KeysBeforeCopy = 0;
+
+  private:
+    TemporaryTerminal terminal_;
+    HWND window_ = nullptr;
+};
+
+// The record bytes of a barcode scan.
+std::string BarcodeRecord(char codeType, const std::string& data);
