@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include "hex_bytes.h"
+#include "link/escape_frame.h"
+#include "link/ssi_packet.h"
+
+namespace {
+
+TEST(EscapeFrame, WakesFramesAndEndsTheCommand) {
+    EscFrame frame;
+    const auto command = TextBytes("ON");
+    const std::size_t size = BuildEscapeFrame(command, frame);
+    EXPECT_EQ(std::string(60, 'F') + "1B4F4E0D", Hex({frame.data(), size}));
+}
+
+TEST(EscapeFrame, TakesTheLongestCommandAndRefusesALongerOne) {
+    EscFrame frame;
+    const std::vector<BYTE> longest(226, 'x');
+    EXPECT_EQ(258u, BuildEscapeFrame(longest, frame));
+    EXPECT_EQ(0x0D, frame[257]);
+    EXPECT_EQ(0u, BuildEscapeFrame(std::vector<BYTE>(227, 'x'), frame));
+    EXPECT_EQ(32u, BuildEscapeFrame({}, frame));
+}
+
+TEST(SsiPacket, SealsWithTheNegatedSum) {
+    const struct {
+        const char* Packet;
+        const char* Frame;
+    } cases[] = {
+        {"04 E4 04 00", "04E40400FF14"},
+        {"04 A3 04 00", "04A30400FF55"},
+        {"04 D0 00 00", "04D00000FF2C"},
+        {"05 D1 04 00 01", "05D1040001FF25"},
+        {"07 C6 04 08 FF 08 00", "07C60408FF0800FE20"},
+        // Only as much as the length byte says is sent.
+        {"04 E5 04 00 99 99", "04E50400FF13"},
+    };
+    for (const auto& c : cases) {
+        SsiFrame frame;
+        const std::size_t size = SealSsiPacket(Bytes(c.Packet), frame);
+        EXPECT_EQ(c.Frame, Hex({frame.data(), size})) << c.Packet;
+    }
+}
+
+TEST(SsiPacket, RefusesALengthThatCannotBeRight) {
+    SsiFrame frame;
+    for (const char* packet : {"", "03 E4 04", "00", "05 E4 04 00", "FF E4 04 00"})
+        EXPECT_EQ(0u, SealSsiPacket(Bytes(packet), frame)) << packet;
+    std::vector<BYTE> longest(255, 0xFF);
+    EXPECT_EQ(257u, SealSsiPacket(longest, frame));
+    // 255 * 0xFF = 0xFE01, negated 0x01FF: the accumulator is 16 bits wide.
+    EXPECT_EQ("01FF", Hex({frame.data() + 255, 2}));
+}
+
+struct Finding {
+    const char* Read;
+    SsiFinding Expected;
+    std::size_t Size;
+};
+
+TEST(SsiPacket, FindsWhatAReadBeginsWith) {
+    const Finding cases[] = {
+        {"06 F3 00 00 01 41 FE C5", SsiFinding::Decode, 8},
+        {"06 F3 00 02 01 41 FE C3 06 F3", SsiFinding::Decode, 8},
+        {"06 F3 00 00 01 41 FE C4", SsiFinding::Corrupt, 8},
+        {"06 F3 00 00 01 40 FE C5 99", SsiFinding::Corrupt, 8},
+        {"03 F3 00 00 01 41 FE C5", SsiFinding::Corrupt, 8},
+        {"00 F3", SsiFinding::Corrupt, 2},
+        {"06 F3 00 00 01 41 FE", SsiFinding::Incomplete, 7},
+        {"FF F3 00 00 01 41 FE C5", SsiFinding::Incomplete, 8},
+        {"06", SsiFinding::Incomplete, 1},
+        {"04 D0 00 00 FF 2C", SsiFinding::Other, 6},
+        {"04 D0 00 00 FF 2C 06 F3", SsiFinding::Other, 6},
+        {"04 D0 00 00 FF", SsiFinding::Incomplete, 5},
+        // Another opcode with a wrong checksum: its length is not to be trusted.
+        {"04 D0 00 00 FF 2D 06 F3", SsiFinding::Noise, 8},
+        {"02 D0 00 00 FF 2C", SsiFinding::Noise, 6},
+    };
+    for (const Finding& c : cases) {
+        const auto read = Bytes(c.Read);
+        const SsiPiece piece = NextSsiPacket(read);
+        EXPECT_EQ(c.Expected, piece.Finding) << c.Read;
+        EXPECT_EQ(c.Size, piece.Size) << c.Read;
+    }
+}
+
+TEST(SsiPacket, WalkAlwaysEnds) {
+    // Whatever the bytes are, each step takes at least one of them and never more than there are.
+    unsigned seed = 1;
+    for (int round = 0; round < 2000; ++round) {
+        std::vector<BYTE> read(1 + round % 300);
+        for (BYTE& value : read) {
+            seed = seed * 1103515245u + 12345u;
+            value = static_cast<BYTE>(seed >> 16);
+        }
+        if (round % 2 && read.size() > 1)
+            read[1] = DECODE_DATA;
+        std::span<const BYTE> rest(read);
+        while (!rest.empty()) {
+            const SsiPiece piece = NextSsiPacket(rest);
+            ASSERT_GE(piece.Size, 1u);
+            ASSERT_LE(piece.Size, rest.size());
+            rest = rest.subspan(piece.Size);
+        }
+    }
+}
+
+}  // namespace
