@@ -1,0 +1,9 @@
+// The firmware upgrade of the 1D reader's decoder, with all its windows. Main thread.
+#pragma once
+
+#include "platform/window.h"
+
+// Leads through the whole upgrade and returns when it is over; the owner (the settings sheet) owns every
+// window shown. 0 when the user cancelled it, Success, or the error code that has been shown. The settings
+// sheet stays while ShellState.UpgradeActive is set, and may be gone afterwards when the program has ended.
+DWORD UpgradeFirmware(HWND owner);
