@@ -1,0 +1,482 @@
+// The serial calls on real pseudo-terminals.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <future>
+#include <memory>
+#include <numeric>
+#include <thread>
+
+#include "platform/linux/line_marks.h"
+#include "platform/linux/serial_port.h"
+#include "platform/serial.h"
+#include "tests/platform/pseudo_terminal.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+using Bytes = std::vector<BYTE>;
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+
+class TtyTest : public testing::Test {
+  protected:
+    TtyTest() {
+        reader_->LinkAs(terminal_.Path("COM1"));
+        port_ = Open();
+    }
+    ~TtyTest() override {
+        if (port_ != INVALID_HANDLE_VALUE)
+            CloseHandle(port_);
+    }
+
+    static HANDLE Open(LPCWSTR name = TEXT("COM1:")) {
+        return CreateFileW(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
+    }
+    void Timeouts(DWORD interval, DWORD writeConstant = 0) {
+        COMMTIMEOUTS timeouts{interval, 0, 0, 0, writeConstant};
+        ASSERT_TRUE(SetCommTimeouts(port_, &timeouts));
+    }
+    // The bytes of one read, none when it failed.
+    Bytes Read(DWORD size = 4096) {
+        Bytes bytes(size);
+        DWORD read = 0;
+        readResult_ = ReadFile(port_, bytes.data(), size, &read, nullptr);
+        bytes.resize(read);
+        return bytes;
+    }
+    // A wait on a thread of its own.
+    struct Outcome {
+        BOOL Result;
+        DWORD Events;
+    };
+    std::future<Outcome> WaitElsewhere() {
+        return std::async(std::launch::async, [port = port_] {
+            DWORD events = 77;
+            const BOOL result = WaitCommEvent(port, &events, nullptr);
+            return Outcome{result, events};
+        });
+    }
+    static bool Ready(const std::future<Outcome>& wait, std::chrono::milliseconds time) {
+        return wait.wait_for(time) == std::future_status::ready;
+    }
+
+    TemporaryTerminal terminal_;
+    std::unique_ptr<PseudoTerminal> reader_ = std::make_unique<PseudoTerminal>();
+    HANDLE port_;
+    BOOL readResult_ = FALSE;
+};
+
+double Milliseconds(steady_clock::time_point since) {
+    return std::chrono::duration<double, std::milli>(steady_clock::now() - since).count();
+}
+
+TEST_F(TtyTest, EveryByteValuePassesBothWays) {
+    Bytes all(256);
+    std::iota(all.begin(), all.end(), BYTE{0});
+    all.insert(all.end(), {0xFF, 0xFF, 0xFF, 0x00, 0x00, 0xFF, 0x00, 0x41, 0x0D, 0x0A, 0x03, 0x11, 0x13});
+    Timeouts(30);
+    reader_->Send(all);
+    EXPECT_EQ(Read(), all);
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(port_, all.data(), static_cast<DWORD>(all.size()), &written, nullptr));
+    EXPECT_EQ(written, all.size());
+    EXPECT_EQ(reader_->Receive(all.size()), all);
+}
+
+TEST_F(TtyTest, ReadAtOnceTakesWhatIsThere) {
+    Timeouts(MAXDWORD);
+    const auto start = steady_clock::now();
+    EXPECT_TRUE(Read().empty());
+    EXPECT_TRUE(readResult_);
+    EXPECT_LT(Milliseconds(start), 20);
+    reader_->Send("abcdef");
+    DWORD events = 0;
+    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR | EV_BREAK));
+    ASSERT_TRUE(WaitCommEvent(port_, &events, nullptr));
+    EXPECT_EQ(Read(4), (Bytes{'a', 'b', 'c', 'd'}));
+    // The rest still counts as an event.
+    ASSERT_TRUE(WaitCommEvent(port_, &events, nullptr));
+    EXPECT_EQ(events, DWORD{EV_RXCHAR});
+    EXPECT_EQ(Read(4), (Bytes{'e', 'f'}));
+}
+
+TEST_F(TtyTest, GapEndsARead) {
+    Timeouts(30);
+    std::thread sender([&] {
+        for (const char* part : {"one ", "burst ", "of three"}) {
+            reader_->Send(std::string(part));
+            std::this_thread::sleep_for(8ms);
+        }
+        std::this_thread::sleep_for(120ms);
+        reader_->Send("second");
+    });
+    const Bytes first = Read(), second = Read();
+    sender.join();
+    EXPECT_EQ(std::string(first.begin(), first.end()), "one burst of three");
+    EXPECT_EQ(std::string(second.begin(), second.end()), "second");
+}
+
+TEST_F(TtyTest, FullBufferEndsAReadBeforeTheGap) {
+    Timeouts(30);
+    reader_->Send(Bytes(4096, 0xFF));
+    EXPECT_EQ(Read(100), Bytes(100, 0xFF));
+    EXPECT_EQ(Read(4096), Bytes(3996, 0xFF));
+}
+
+TEST_F(TtyTest, TotalTimeoutEndsAReadWithoutBytes) {
+    COMMTIMEOUTS timeouts{0, 2, 40, 0, 0};
+    ASSERT_TRUE(SetCommTimeouts(port_, &timeouts));
+    const auto start = steady_clock::now();
+    EXPECT_TRUE(Read(10).empty());
+    EXPECT_TRUE(readResult_);
+    EXPECT_GE(Milliseconds(start), 60);
+}
+
+TEST_F(TtyTest, WaitIsWokenByBytesAMaskAndTheClose) {
+    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR | EV_BREAK));
+    auto wait = WaitElsewhere();
+    EXPECT_FALSE(Ready(wait, 50ms));
+    reader_->Send("x");
+    Outcome outcome = wait.get();
+    EXPECT_TRUE(outcome.Result);
+    EXPECT_EQ(outcome.Events, DWORD{EV_RXCHAR});
+    PurgeComm(port_, PURGE_RXCLEAR);
+
+    wait = WaitElsewhere();
+    EXPECT_FALSE(Ready(wait, 50ms));
+    SetCommMask(port_, EV_BREAK);
+    outcome = wait.get();
+    EXPECT_TRUE(outcome.Result);
+    EXPECT_EQ(outcome.Events, 0u);
+
+    // Bytes are no event now.
+    wait = WaitElsewhere();
+    reader_->Send(Bytes(6000, 'y'));
+    EXPECT_FALSE(Ready(wait, 50ms));
+    SetCommMask(port_, 0);
+    EXPECT_TRUE(wait.get().Result);
+
+    // Without a mask there is nothing to wait for until the port is closed.
+    wait = WaitElsewhere();
+    EXPECT_FALSE(Ready(wait, 50ms));
+    CloseHandle(port_);
+    EXPECT_FALSE(wait.get().Result);
+    EXPECT_FALSE(SetCommMask(port_, EV_RXCHAR));
+    port_ = INVALID_HANDLE_VALUE;
+}
+
+TEST_F(TtyTest, CloseAndAbortEndARead) {
+    Timeouts(30);
+    auto read = std::async(std::launch::async, [&] { return Read(); });
+    std::this_thread::sleep_for(30ms);
+    PurgeComm(port_, PURGE_RXABORT);
+    EXPECT_TRUE(read.get().empty());
+    EXPECT_FALSE(readResult_);
+    read = std::async(std::launch::async, [&] { return Read(); });
+    std::this_thread::sleep_for(30ms);
+    CloseHandle(port_);
+    EXPECT_TRUE(read.get().empty());
+    EXPECT_FALSE(readResult_);
+    port_ = Open();
+    EXPECT_NE(port_, INVALID_HANDLE_VALUE);  // free at once
+}
+
+TEST_F(TtyTest, PurgeThrowsAwayWhatHasArrived) {
+    Timeouts(MAXDWORD);
+    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR));
+    DWORD events = 0;
+    reader_->Send("old");
+    ASSERT_TRUE(WaitCommEvent(port_, &events, nullptr));
+    reader_->Send("older");
+    ASSERT_TRUE(PurgeComm(port_, PURGE_TXCLEAR | PURGE_RXCLEAR));
+    EXPECT_TRUE(Read().empty());
+    reader_->Send("new");
+    ASSERT_TRUE(WaitCommEvent(port_, &events, nullptr));
+    EXPECT_EQ(Read(), (Bytes{'n', 'e', 'w'}));
+    // What has been written is gone from the port: the reader still gets it.
+    DWORD written = 0;
+    ASSERT_TRUE(WriteFile(port_, "sent", 4, &written, nullptr));
+    PurgeComm(port_, PURGE_TXCLEAR | PURGE_TXABORT);
+    EXPECT_EQ(reader_->Receive(4), (Bytes{'s', 'e', 'n', 't'}));
+}
+
+std::atomic<DWORD> ThreadRead;
+std::atomic<int> ThreadSteps;
+HANDLE threadPort;
+
+DWORD WINAPI ReadOnce(LPVOID) {
+    DWORD events = 0, read = 0;
+    BYTE buffer[100];
+    ++ThreadSteps;
+    WaitCommEvent(threadPort, &events, nullptr);
+    ++ThreadSteps;
+    ReadFile(threadPort, buffer, sizeof buffer, &read, nullptr);
+    ThreadRead = read;
+    ++ThreadSteps;
+    return 0;
+}
+
+TEST_F(TtyTest, SuspendedThreadTakesNothing) {
+    Timeouts(30);
+    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR));
+    threadPort = port_;
+    ThreadSteps = 0;
+    const HANDLE thread = CreateThread(nullptr, 0, ReadOnce, nullptr, 0, nullptr);
+    while (ThreadSteps < 1)
+        std::this_thread::yield();
+    std::this_thread::sleep_for(30ms);
+    SuspendThread(thread);
+    reader_->Send("reply");
+    std::this_thread::sleep_for(80ms);
+    EXPECT_EQ(ThreadSteps, 1);
+    // The bytes are for the thread that suspended it.
+    Timeouts(MAXDWORD);
+    EXPECT_EQ(Read().size(), 5u);
+    Timeouts(30);
+    ResumeThread(thread);
+    EXPECT_EQ(WaitForSingleObject(thread, 50), WAIT_TIMEOUT);
+    reader_->Send("scan");
+    EXPECT_EQ(WaitForSingleObject(thread, 2000), WAIT_OBJECT_0);
+    EXPECT_EQ(ThreadRead, 4u);
+    CloseHandle(thread);
+}
+
+TEST_F(TtyTest, SuspensionInsideTheGapLosesNothing) {
+    Timeouts(60);
+    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR));
+    threadPort = port_;
+    ThreadSteps = 0;
+    const HANDLE thread = CreateThread(nullptr, 0, ReadOnce, nullptr, 0, nullptr);
+    reader_->Send("half");
+    while (ThreadSteps < 2)
+        std::this_thread::yield();
+    SuspendThread(thread);
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ(ThreadSteps, 2);
+    ResumeThread(thread);
+    EXPECT_EQ(WaitForSingleObject(thread, 2000), WAIT_OBJECT_0);
+    EXPECT_EQ(ThreadRead, 4u);
+    CloseHandle(thread);
+}
+
+TEST_F(TtyTest, PortIsExclusive) {
+    EXPECT_EQ(Open(), INVALID_HANDLE_VALUE);
+    reader_->LinkAs(terminal_.Path("COM2"));
+    EXPECT_EQ(Open(TEXT("COM2:")), INVALID_HANDLE_VALUE);  // the same device by another link
+    for (LPCWSTR name : {TEXT("COM3:"), TEXT("COM1"), TEXT("COM11:"), TEXT("COM/:"), TEXT("../COM1:")})
+        EXPECT_EQ(Open(name), INVALID_HANDLE_VALUE);
+    CloseHandle(port_);
+    port_ = Open(TEXT("com2:"));
+    EXPECT_NE(port_, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Open(), INVALID_HANDLE_VALUE);
+}
+
+TEST_F(TtyTest, NoTtyIsNoPort) {
+    CloseHandle(port_);
+    port_ = INVALID_HANDLE_VALUE;
+    const std::string link = terminal_.Path("COM1");
+    for (const char* target : {"/dev/null", "/etc/passwd", "/nowhere"}) {
+        unlink(link.c_str());
+        ASSERT_EQ(symlink(target, link.c_str()), 0);
+        EXPECT_EQ(Open(), INVALID_HANDLE_VALUE) << target;
+    }
+}
+
+TEST_F(TtyTest, KilledProgramFreesThePort) {
+    CloseHandle(port_);
+    port_ = INVALID_HANDLE_VALUE;
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const char open = Open() != INVALID_HANDLE_VALUE ? 'y' : 'n';
+        if (write(ready[1], &open, 1) == 1)
+            pause();
+        _exit(0);
+    }
+    char opened = 0;
+    ASSERT_EQ(read(ready[0], &opened, 1), 1);
+    EXPECT_EQ(opened, 'y');
+    EXPECT_EQ(Open(), INVALID_HANDLE_VALUE);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    port_ = Open();
+    EXPECT_NE(port_, INVALID_HANDLE_VALUE);
+    close(ready[0]);
+    close(ready[1]);
+}
+
+TEST_F(TtyTest, LineStateReachesTheDevice) {
+    DCB state{};
+    ASSERT_TRUE(GetCommState(port_, &state));
+    const struct {
+        DWORD Rate;
+        unsigned Code;
+    } rates[] = {{9600, B9600}, {38400, B38400}, {57600, B57600}, {115200, B115200}};
+    for (const auto& [rate, code] : rates) {
+        state.BaudRate = rate;
+        EXPECT_TRUE(SetCommState(port_, &state));
+        EXPECT_EQ(reader_->SpeedCode(), code);
+    }
+    DCB odd = state;
+    odd.BaudRate = 12345;
+    EXPECT_FALSE(SetCommState(port_, &odd));
+    odd = state;
+    odd.ByteSize = 7;
+    EXPECT_FALSE(SetCommState(port_, &odd));
+    DCB now{};
+    EXPECT_TRUE(GetCommState(port_, &now));
+    EXPECT_EQ(now.BaudRate, 115200u);
+    EXPECT_EQ(reader_->SpeedCode(), unsigned{B115200});
+    // No modem lines, no break here: raising RTS is no error, a break is refused.
+    state.fRtsControl = RTS_CONTROL_ENABLE;
+    EXPECT_TRUE(SetCommState(port_, &state));
+    EXPECT_FALSE(SetCommBreak(port_));
+    EXPECT_FALSE(ClearCommBreak(port_));
+}
+
+TEST_F(TtyTest, BigWriteWaitsForTheReader) {
+    Bytes big(300000);
+    for (std::size_t i = 0; i < big.size(); ++i)
+        big[i] = static_cast<BYTE>(i * 7);
+    Timeouts(MAXDWORD, 10);
+    auto received = std::async(std::launch::async, [&] { return reader_->Receive(big.size()); });
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(port_, big.data(), static_cast<DWORD>(big.size()), &written, nullptr));
+    EXPECT_EQ(written, big.size());
+    EXPECT_EQ(received.get(), big);
+}
+
+TEST_F(TtyTest, WriteTimeoutCountsFromWhatTheLineNeeds) {
+    DCB state{};
+    GetCommState(port_, &state);
+    state.BaudRate = 115200;
+    SetCommState(port_, &state);
+    Timeouts(MAXDWORD, 10);
+    // Nobody reads: the terminal fills up, then the time-out ends the write.
+    const Bytes big(20000, 'w');
+    const auto start = steady_clock::now();
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(port_, big.data(), static_cast<DWORD>(big.size()), &written, nullptr));
+    EXPECT_GT(written, 0u);
+    EXPECT_LT(written, big.size());
+    EXPECT_GE(Milliseconds(start), 20000 * 10 * 1000 / 115200);
+    EXPECT_LT(Milliseconds(start), 5000);
+}
+
+double ProcessorTime() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1000 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+TEST_F(TtyTest, ReaderThatGoesAndComesBackIsUsedAgain) {
+    Timeouts(30, 200);
+    DCB state{};
+    GetCommState(port_, &state);
+    state.BaudRate = 57600;
+    SetCommState(port_, &state);
+    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR | EV_BREAK));
+    reader_->Send("last words");
+    auto wait = WaitElsewhere();
+    EXPECT_TRUE(wait.get().Result);
+    reader_->CloseMaster();
+    EXPECT_EQ(Read().size(), 10u);
+
+    // Waits fail, but do not keep the processor busy.
+    const auto start = steady_clock::now();
+    const double busy = ProcessorTime();
+    for (int i = 0; i < 3; ++i)
+        EXPECT_FALSE(WaitElsewhere().get().Result);
+    EXPECT_GE(Milliseconds(start), 300);
+    EXPECT_LT(ProcessorTime() - busy, 100);
+    DWORD written = 0;
+    EXPECT_FALSE(WriteFile(port_, "x", 1, &written, nullptr));
+    EXPECT_TRUE(Read().empty());
+    EXPECT_FALSE(readResult_);
+
+    wait = WaitElsewhere();
+    reader_ = std::make_unique<PseudoTerminal>();
+    reader_->LinkAs(terminal_.Path("COM1"));
+    std::this_thread::sleep_for(400ms);
+    reader_->Send("back");
+    EXPECT_TRUE(wait.get().Result);
+    EXPECT_EQ(Read(), (Bytes{'b', 'a', 'c', 'k'}));
+    EXPECT_EQ(reader_->SpeedCode(), unsigned{B57600});
+    EXPECT_TRUE(WriteFile(port_, "x", 1, &written, nullptr));
+    EXPECT_EQ(reader_->Receive(1), Bytes{'x'});
+}
+
+TEST_F(TtyTest, MaskAndCloseEndAWaitOnAnUnpluggedPort) {
+    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR));
+    reader_->CloseMaster();
+    auto wait = WaitElsewhere();
+    std::this_thread::sleep_for(20ms);
+    const auto start = steady_clock::now();
+    SetCommMask(port_, EV_BREAK);
+    EXPECT_TRUE(wait.get().Result);
+    wait = WaitElsewhere();
+    std::this_thread::sleep_for(20ms);
+    CloseHandle(port_);
+    EXPECT_FALSE(wait.get().Result);
+    EXPECT_LT(Milliseconds(start), 200);
+    port_ = INVALID_HANDLE_VALUE;
+}
+
+// Two threads write frames at once; none may be cut by another.
+TEST_F(TtyTest, FramesOfTwoThreadsStayWhole) {
+    Timeouts(MAXDWORD, 200);
+    constexpr std::size_t Size = 257, Count = 200;
+    auto writer = [&](BYTE value) {
+        const Bytes frame(Size, value);
+        for (std::size_t i = 0; i < Count; ++i) {
+            DWORD written = 0;
+            WriteFile(port_, frame.data(), Size, &written, nullptr);
+        }
+    };
+    std::thread one(writer, BYTE{1}), two(writer, BYTE{2});
+    const Bytes all = reader_->Receive(2 * Size * Count);
+    one.join();
+    two.join();
+    ASSERT_EQ(all.size(), 2 * Size * Count);
+    for (std::size_t i = 0; i < all.size(); i += Size)
+        ASSERT_EQ(std::count(all.begin() + i, all.begin() + i + Size, all[i]), static_cast<long>(Size));
+}
+
+TEST(LineMarks, BreaksDoubledAndDamagedBytes) {
+    const struct {
+        Bytes In, Out;
+        int Breaks;
+    } cases[] = {
+        {{0x41, 0xFF, 0xFF, 0x42}, {0x41, 0xFF, 0x42}, 0},
+        {{0xFF, 0xFF, 0xFF, 0xFF, 0x00}, {0xFF, 0xFF, 0x00}, 0},
+        {{0xFF, 0xFF, 0x00, 0x00}, {0xFF, 0x00, 0x00}, 0},
+        {{0xFF, 0x00, 0x00}, {}, 1},
+        {{0x41, 0xFF, 0x00, 0x00, 0x42, 0xFF, 0x00, 0x00}, {0x41, 0x42}, 2},
+        {{0xFF, 0x00, 0x55, 0x00}, {0x55, 0x00}, 0},
+        {{0xFF, 0x41}, {0xFF, 0x41}, 0},
+    };
+    for (const auto& test : cases) {
+        layer::LineMarks marks;
+        Bytes out;
+        int breaks = 0;
+        for (const BYTE byte : test.In) {
+            const auto result = marks.Take(byte);
+            out.insert(out.end(), result.bytes, result.bytes + result.count);
+            breaks += result.broke;
+        }
+        EXPECT_EQ(out, test.Out);
+        EXPECT_EQ(breaks, test.Breaks);
+    }
+}
+
+}  // namespace
