@@ -69,13 +69,14 @@ const std::string& At(const std::vector<std::string>& words, std::size_t index) 
 }
 
 std::string HexOf(const std::vector<BYTE>& bytes) {
+    constexpr std::size_t Shown = 300;
     std::string text;
     char digits[4];
-    for (const BYTE byte : bytes) {
-        std::snprintf(digits, sizeof digits, "%02X ", byte);
+    for (std::size_t i = 0; i < bytes.size() && i < Shown; ++i) {
+        std::snprintf(digits, sizeof digits, "%02X ", bytes[i]);
         text += digits;
     }
-    return text;
+    return text + "(" + std::to_string(bytes.size()) + " bytes)";
 }
 
 DWORD Variable(const std::string& name) {
@@ -227,7 +228,12 @@ void WireStage::Prepare(const Words& words) {
 
 void WireStage::Call(const WireCommand& command) {
     soundsBefore_ = SoundsStopped();
-    talk_.Begin(command.Steps, command.Line);
+    std::vector<WireStep> steps = command.Steps;
+    // A receive thread purges its port first: what the reader sends at once would not reach it.
+    if (command.Words.size() > 1 && command.Words[1].ends_with("Receiver") && !steps.empty() &&
+        steps[0].Least == 0)
+        steps[0].Least = steps[0].Most = 1;
+    talk_.Begin(std::move(steps), command.Line);
     result_ = CallByName(command.Words);
     Settle();
     talk_.End();
@@ -351,7 +357,7 @@ void WireStage::ExpectMessage(const Words& words, int line) {
 
 void WireStage::Expect(const Words& words, int line) {
     const std::string& what = At(words, 1);
-    const std::string& second = At(words, 2);
+    const std::string second = words.size() > 2 ? words[2] : "0";
     if (what == "result") {
         Same(line, what, second[0] == '-' ? DWORD(-1) : ToNumber(second), result_);
     } else if (what == "message") {
