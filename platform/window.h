@@ -91,6 +91,9 @@ struct TPMPARAMS;
 #define TPM_RIGHTALIGN 0x0008
 #define TPM_BOTTOMALIGN 0x0020
 
+// Where the program begins; it writes it. Its result is the exit code.
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE previous, LPSTR commandLine, int showCommand);
+
 // Window classes and windows. A window is found by its class and title among the programs of the terminal.
 ATOM RegisterClassW(const WNDCLASSW* windowClass);
 HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y,

@@ -72,6 +72,8 @@ class WindowObject : public std::enable_shared_from_this<WindowObject> {
     virtual void SetVisible(bool visible);
     virtual bool Visible() const;
     virtual void Activate();  // gives it the input focus
+    // Whether having the focus is its own doing; false for a window that was shown without taking it.
+    virtual bool TakesFocus() const { return true; }
 
     // Notifications to the parent. The object may be Gone() afterwards.
     void Command(WORD code);
@@ -81,6 +83,8 @@ class WindowObject : public std::enable_shared_from_this<WindowObject> {
     // Derived classes give their widget once, in their constructor; client is the widget itself when left
     // out. The widget's parent must be Parent()->Client() for a child and may be Parent()'s window otherwise.
     void SetWidget(QWidget* widget, QWidget* client = nullptr);
+    // Has WM_SIZE sent whenever the client's size changes; after SetWidget.
+    void ReportSizes();
     // WM_DESTROY goes to the window before its children are taken away; after it, OnGone.
     virtual void OnGone() {}
 
@@ -97,7 +101,7 @@ class WindowObject : public std::enable_shared_from_this<WindowObject> {
     int id_;
     DWORD style_, extendedStyle_;
     bool child_;
-    bool gone_ = false;
+    bool going_ = false, gone_ = false;
 };
 
 // Gives the window a handle; a child joins its parent's children. Does not show it.

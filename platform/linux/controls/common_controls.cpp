@@ -1,0 +1,7 @@
+#include "platform/linux/window_object.h"
+
+namespace layer {
+
+void RegisterCommonControls() {}
+
+}  // namespace layer

@@ -1,0 +1,32 @@
+// The program's start and end on Linux, around WinMain.
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "platform/linux/start_windows.h"
+#include "platform/linux/thread.h"
+#include "platform/window.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
+extern "C" __attribute__((weak)) void __gcov_dump();
+
+int main() {
+    layer::StartWindows();
+    layer::TakeSignals();
+    static char instance;
+    static char commandLine[] = "";
+    const int code = WinMain(reinterpret_cast<HINSTANCE>(&instance), nullptr, commandLine, SW_SHOWNORMAL);
+    layer::BeginEnd();
+    std::fflush(nullptr);
+#if defined(__SANITIZE_ADDRESS__)
+    __lsan_do_leak_check();
+#endif
+    if (__gcov_dump != nullptr) {
+        __gcov_dump();
+    }
+    // Threads may still run: static objects stay as they are under them.
+    _exit(code);
+}

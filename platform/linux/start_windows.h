@@ -1,0 +1,14 @@
+// The beginning and the end of everything with windows. Main thread.
+#pragma once
+
+namespace layer {
+
+// Starts Qt and the message loop; once. The platform is the environment's (QT_QPA_PLATFORM), else X11 where
+// DISPLAY is set, else the frame buffer where there is one, else none (offscreen). The thread becomes the
+// main thread.
+void StartWindows();
+// SIGTERM, SIGINT, SIGHUP and the end of the session close the main window from now on; a second one ends the
+// message loop.
+void TakeSignals();
+
+}  // namespace layer

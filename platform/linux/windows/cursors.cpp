@@ -1,0 +1,55 @@
+// The program's pointer, an arrow or the sign for waiting. Any thread; nobody waits for it to change.
+#include <QApplication>
+#include <atomic>
+
+#include "platform/linux/main_thread.h"
+#include "platform/linux/thread.h"
+#include "platform/linux/windows/program_resources.h"
+
+namespace layer {
+
+namespace {
+
+constexpr std::uintptr_t ArrowNumber = 0x30001;
+
+HCURSOR WaitCursor() {
+    return reinterpret_cast<HCURSOR>(ArrowNumber + 1);
+}
+
+std::atomic<std::uintptr_t> Current{ArrowNumber};
+
+void ShowCursor() {
+    const auto cursor = reinterpret_cast<HCURSOR>(Current.load());
+    QApplication::restoreOverrideCursor();
+    // Whoever shows it waiting may be about to keep the main thread: no later event is needed.
+    if (cursor == WaitCursor()) {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    } else if (cursor == nullptr) {
+        QApplication::setOverrideCursor(Qt::BlankCursor);
+    }
+}
+
+}  // namespace
+
+}  // namespace layer
+
+HCURSOR LoadCursorW(HINSTANCE, LPCWSTR name) {
+    layer::SuspendPoint();
+    return layer::ResourceNumber(name) == layer::ResourceNumber(IDC_WAIT) ? layer::WaitCursor() : nullptr;
+}
+
+HCURSOR GetCursor() {
+    layer::SuspendPoint();
+    return reinterpret_cast<HCURSOR>(layer::Current.load());
+}
+
+HCURSOR SetCursor(HCURSOR cursor) {
+    layer::SuspendPoint();
+    const auto before = layer::Current.exchange(reinterpret_cast<std::uintptr_t>(cursor));
+    if (layer::OnMainThread()) {
+        layer::ShowCursor();
+    } else {
+        layer::PostToMainThread(layer::ShowCursor);
+    }
+    return reinterpret_cast<HCURSOR>(before);
+}

@@ -1,0 +1,63 @@
+#include "platform/linux/windows/listener.h"
+#include "platform/linux/windows/registered_messages.h"
+#include "platform/linux/windows/user_window.h"
+#include "platform/linux/windows/window_table.h"
+
+namespace layer {
+
+namespace {
+
+std::vector<WindowPtr> Targets(const WindowLine& line) {
+    std::vector<WindowPtr> targets;
+    const auto* className = line.ClassName ? &*line.ClassName : nullptr;
+    const auto* title = line.Title ? &*line.Title : nullptr;
+    for (const WindowEntry& entry : OwnTopLevelWindows(className, title)) {
+        if (line.Window == 0 || line.Window == reinterpret_cast<std::uintptr_t>(entry.Handle)) {
+            targets.push_back(FindWindowObject(entry.Handle));
+        }
+    }
+    return targets;
+}
+
+LRESULT SendData(WindowObject& window, const WindowLine& line) {
+    // The bytes are the receiver's for the time of the call, and it may write into them.
+    std::vector<BYTE> bytes = line.Data;
+    const UINT number = RegisteredNumber(line.DataName);
+    COPYDATASTRUCT data{};
+    data.dwData = number != 0 ? number : static_cast<ULONG_PTR>(line.DataNumber);
+    data.cbData = static_cast<DWORD>(bytes.size());
+    data.lpData = bytes.empty() ? nullptr : bytes.data();
+    // A window number of another program means nothing here.
+    return window.Message(WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
+}
+
+}  // namespace
+
+AnswerLine DeliverLine(const WindowLine& line) {
+    AnswerLine answer;
+    UINT message = line.Message;
+    if (message == 0) {
+        message = RegisteredNumber(line.Name);
+        if (message == 0) {
+            // No window of this program waits for a name that the program has not registered.
+            return answer;
+        }
+    }
+    if (message == OpenSettingsRequest && line.Window == 0 && !line.ClassName) {
+        answer.Refusal = "this message needs a window";
+        return answer;
+    }
+    for (const WindowPtr& window : Targets(line)) {
+        if (window == nullptr || window->Gone()) {
+            continue;
+        }
+        if (message == WM_COPYDATA) {
+            answer.Result = SendData(*window, line);
+        } else if (message != OpenSettingsRequest || dynamic_cast<UserWindow*>(window.get()) != nullptr) {
+            answer.Result = window->Message(message, line.wParam, line.lParam);
+        }
+    }
+    return answer;
+}
+
+}  // namespace layer

@@ -1,0 +1,234 @@
+#include "platform/linux/windows/dialogs.h"
+
+#include <QLineEdit>
+
+#include "platform/linux/windows/dialog_units.h"
+#include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/program_resources.h"
+#include "platform/linux/windows/styles.h"
+
+namespace layer {
+
+namespace {
+
+// Dialogs are owned by top-level windows, whichever child asks.
+WindowObject* TopOf(WindowObject* window) {
+    while (window != nullptr && window->IsChild()) {
+        window = window->Parent();
+    }
+    return window;
+}
+
+std::u16string ClassNameOf(const resource::Control& control) {
+    switch (control.Atom) {
+        case resource::ButtonClass:
+            return u"Button";
+        case resource::EditClass:
+            return u"Edit";
+        case resource::StaticClass:
+            return u"Static";
+        case resource::ListBoxClass:
+            return u"ListBox";
+        case resource::ScrollBarClass:
+            return u"ScrollBar";
+        case resource::ComboBoxClass:
+            return u"ComboBox";
+        default:
+            return control.ClassName;
+    }
+}
+
+QRect PlaceDialog(const resource::Dialog& dialog, const DialogUnits& units, const QSize& size,
+                  const WindowObject* owner) {
+    const QRect area = WorkArea();
+    QRect place(QPoint(0, 0), size);
+    if ((dialog.Style & DialogCentred) != 0 || owner == nullptr || !owner->Visible()) {
+        place.moveCenter(area.center());
+    } else {
+        place.moveTopLeft(owner->Client()->mapToGlobal(QPoint(units.X(dialog.X), units.Y(dialog.Y))));
+    }
+    place.moveLeft(std::max(area.left(), std::min(place.left(), area.right() + 1 - place.width())));
+    place.moveTop(std::max(area.top(), std::min(place.top(), area.bottom() + 1 - place.height())));
+    return place;
+}
+
+// Makes the dialog and sends it WM_INITDIALOG; null when it cannot be made, or destroyed itself.
+std::shared_ptr<DialogWindow> MakeDialog(WORD number, WindowObject* parent, DialogWindow::Kind kind,
+                                         DLGPROC procedure, LPARAM parameter) {
+    const auto dialog = resource::FindDialog(ProgramResources(), number);
+    if (!dialog) {
+        return nullptr;
+    }
+    const bool page = kind == DialogWindow::Kind::Page;
+    constexpr int frame = 2;
+    const QFont font = DialogFont(*dialog, WorkArea().width() - frame);
+    const DialogUnits units(font);
+    WindowInit init;
+    init.Parent = parent;
+    init.Child = page;
+    init.ClassName = u"Dialog";
+    init.Text = dialog->Title;
+    init.Style = dialog->Style;
+    init.ExtendedStyle = dialog->ExtendedStyle;
+    init.Place = units.Pixels(page ? dialog->X : 0, page ? dialog->Y : 0, dialog->Width, dialog->Height);
+    auto window = std::make_shared<DialogWindow>(init, kind, procedure);
+    window->Widget()->setFont(font);
+    window->SetText(dialog->Title);
+    if (!page) {
+        const QSize outer = static_cast<DialogWidget*>(window->Widget())->OuterSize(init.Place.size());
+        window->Widget()->setGeometry(PlaceDialog(*dialog, units, outer, parent));
+    }
+    Adopt(window);
+    if (!window->MakeControls(*dialog, font)) {
+        Destroy(*window);
+        return nullptr;
+    }
+    const HWND first = window->Children().empty() ? nullptr : window->Children().front()->Handle();
+    window->Message(WM_INITDIALOG, reinterpret_cast<WPARAM>(first), parameter);
+    if (window->Gone()) {
+        return nullptr;
+    }
+    window->FocusFirstControl();
+    return window;
+}
+
+}  // namespace
+
+DialogWindow::DialogWindow(const WindowInit& init, Kind kind, DLGPROC procedure)
+    : WindowObject(init), kind_(kind), procedure_(procedure) {
+    if (kind == Kind::Page) {
+        auto* widget = new QWidget(init.Parent->Client());
+        widget->setGeometry(init.Place);
+        SetWidget(widget);
+    } else {
+        QWidget* owner = init.Parent != nullptr && init.Parent->Visible() ? init.Parent->Widget() : nullptr;
+        frame_ = new DialogWidget(owner, *this, init.Style, kind == Kind::Modal);
+        SetWidget(frame_, frame_->Client());
+    }
+    ReportSizes();
+}
+
+LRESULT DialogWindow::Message(UINT message, WPARAM wParam, LPARAM lParam) {
+    const WindowPtr keep = shared_from_this();
+    const INT_PTR result = procedure_ != nullptr ? procedure_(Handle(), message, wParam, lParam) : 0;
+    if (result != 0 || Gone()) {
+        return result;
+    }
+    if (message == WM_CLOSE) {
+        // A dialog that does not look after its own end is cancelled.
+        PostMessageW(Handle(), WM_COMMAND, IDCANCEL, 0);
+        return 0;
+    }
+    return Default(message, wParam, lParam);
+}
+
+void DialogWindow::SetText(std::u16string text) {
+    if (frame_ != nullptr) {
+        frame_->SetCaption(QString::fromStdU16String(text));
+    }
+    WindowObject::SetText(std::move(text));
+}
+
+void DialogWindow::SetVisible(bool visible) {
+    const bool shown = visible && !Visible();
+    WindowObject::SetVisible(visible);
+    if (shown && !IsChild()) {
+        Activate();
+    }
+}
+
+void DialogWindow::End(INT_PTR result) {
+    if (kind_ == Kind::Modal && !ended_) {
+        ended_ = true;
+        result_ = result;
+        WakeMainThread();
+    }
+    Widget()->hide();
+}
+
+bool DialogWindow::MakeControls(const resource::Dialog& dialog, const QFont& font) {
+    const DialogUnits units(font);
+    for (const resource::Control& control : dialog.Controls) {
+        WindowInit init;
+        init.Parent = this;
+        init.Child = true;
+        init.ClassName = ClassNameOf(control);
+        init.Text = control.Text;
+        init.Id = static_cast<int>(control.Id);
+        init.Style = control.Style;
+        init.ExtendedStyle = control.ExtendedStyle;
+        init.Place = units.Pixels(control.X, control.Y, control.Width, control.Height);
+        init.Resource = control.TextResource;
+        if (MakeControl(init) == nullptr) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void DialogWindow::FocusFirstControl() {
+    if (Widget()->focusWidget() != nullptr) {
+        return;
+    }
+    for (const WindowPtr& child : Children()) {
+        if ((child->Style() & (StyleTabStop | WS_VISIBLE | StyleDisabled)) == (StyleTabStop | WS_VISIBLE)) {
+            child->Activate();
+            if (auto* edit = qobject_cast<QLineEdit*>(child->Widget())) {
+                edit->selectAll();
+            }
+            return;
+        }
+    }
+}
+
+WindowPtr MakePageDialog(WORD dialogTemplate, WindowObject& parent, DLGPROC procedure, LPARAM parameter) {
+    return MakeDialog(dialogTemplate, &parent, DialogWindow::Kind::Page, procedure, parameter);
+}
+
+}  // namespace layer
+
+INT_PTR DialogBoxParamW(HINSTANCE, LPCWSTR dialogTemplate, HWND owner, DLGPROC procedure, LPARAM parameter) {
+    return layer::OnMain([=]() -> INT_PTR {
+        const layer::WindowPtr asker = layer::FindWindowObject(owner);
+        const auto dialog =
+            layer::MakeDialog(layer::ResourceNumber(dialogTemplate), layer::TopOf(asker.get()),
+                              layer::DialogWindow::Kind::Modal, procedure, parameter);
+        if (dialog == nullptr) {
+            return -1;
+        }
+        if (!dialog->Ended()) {
+            dialog->SetVisible(true);
+        }
+        layer::RunModalLoop([&] { return dialog->Ended() || dialog->Gone(); });
+        layer::Destroy(*dialog);
+        return dialog->Result();
+    });
+}
+
+HWND CreateDialogParamW(HINSTANCE, LPCWSTR dialogTemplate, HWND owner, DLGPROC procedure, LPARAM parameter) {
+    return layer::OnMain([=]() -> HWND {
+        const layer::WindowPtr asker = layer::FindWindowObject(owner);
+        const auto dialog =
+            layer::MakeDialog(layer::ResourceNumber(dialogTemplate), layer::TopOf(asker.get()),
+                              layer::DialogWindow::Kind::Modeless, procedure, parameter);
+        if (dialog == nullptr) {
+            return nullptr;
+        }
+        if ((dialog->Style() & WS_VISIBLE) != 0) {
+            dialog->SetVisible(true);
+        }
+        return dialog->Handle();
+    });
+}
+
+BOOL EndDialog(HWND dialog, INT_PTR result) {
+    return layer::OnMain([=] {
+        const auto window = std::dynamic_pointer_cast<layer::DialogWindow>(layer::FindWindowObject(dialog));
+        if (window == nullptr) {
+            return FALSE;
+        }
+        window->End(result);
+        return TRUE;
+    });
+}

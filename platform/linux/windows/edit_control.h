@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QPlainTextEdit>
+
+#include "platform/linux/window_object.h"
+
+namespace layer {
+
+// One line. EN_CHANGE comes for every change, the program's own included. EM_LIMITTEXT holds for the user
+// only.
+class EditControl : public WindowObject {
+  public:
+    explicit EditControl(const WindowInit& init);
+    LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam) override;
+    std::u16string Text() const override;
+    void SetText(std::u16string text) override;
+
+  private:
+    void KeepLimit();
+
+    QLineEdit* edit_;
+    int limit_;
+};
+
+// Several lines. EN_CHANGE comes for the user's changes only.
+class TextControl : public WindowObject {
+  public:
+    explicit TextControl(const WindowInit& init);
+    std::u16string Text() const override;
+    void SetText(std::u16string text) override;
+
+  private:
+    QPlainTextEdit* edit_;
+    bool setting_ = false;
+};
+
+}  // namespace layer

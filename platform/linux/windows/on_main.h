@@ -1,0 +1,24 @@
+#pragma once
+
+#include <type_traits>
+
+#include "platform/linux/main_thread.h"
+#include "platform/linux/thread.h"
+
+namespace layer {
+
+// Runs the function on the main thread and returns its result; how every window call of the layer is made.
+template <class Function>
+auto OnMain(Function&& function) -> decltype(function()) {
+    using Result = decltype(function());
+    SuspendPoint();
+    if constexpr (std::is_void_v<Result>) {
+        RunOnMainThread([&] { function(); });
+    } else {
+        Result result{};
+        RunOnMainThread([&] { result = function(); });
+        return result;
+    }
+}
+
+}  // namespace layer

@@ -1,0 +1,39 @@
+#include "platform/linux/windows/program_resources.h"
+
+#include <algorithm>
+
+#include "platform/linux/thread.h"
+#include "resources/embedded.h"
+
+namespace layer {
+
+namespace {
+
+resource::Bytes Others;
+
+}  // namespace
+
+resource::Bytes ProgramResources() {
+    return Others.empty() ? resource::Bytes(CompiledResources()) : Others;
+}
+
+void UseResources(resource::Bytes resources) {
+    Others = resources;
+}
+
+}  // namespace layer
+
+int LoadStringW(HINSTANCE, UINT id, LPWSTR buffer, int size) {
+    layer::SuspendPoint();
+    if (buffer == nullptr || size <= 0) {
+        return 0;
+    }
+    std::u16string text;
+    if (id <= 0xFFFF) {
+        text = resource::FindString(layer::ProgramResources(), static_cast<std::uint16_t>(id)).value_or(u"");
+    }
+    const std::size_t length = std::min(text.size(), static_cast<std::size_t>(size) - 1);
+    std::copy_n(text.begin(), length, buffer);
+    buffer[length] = 0;
+    return static_cast<int>(length);
+}

@@ -1,0 +1,150 @@
+#include "platform/linux/windows/program_socket.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "platform/linux/windows/folder_lock.h"
+
+namespace layer {
+
+namespace {
+
+constexpr int Backlog = 64;
+
+// Addresses of sockets are short and paths of folders may be long; through a descriptor of the folder every
+// address is.
+class FolderAddress {
+  public:
+    explicit FolderAddress(const std::string& name)
+        : folder_(open(WindowsFolder().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+        address_.sun_family = AF_UNIX;
+        const int length = std::snprintf(address_.sun_path, sizeof address_.sun_path, "/proc/self/fd/%d/%s",
+                                         folder_.Number(), name.c_str());
+        usable_ = folder_ && length > 0 && static_cast<std::size_t>(length) < sizeof address_.sun_path;
+    }
+    bool Usable() const { return usable_; }
+    const sockaddr* Get() const { return reinterpret_cast<const sockaddr*>(&address_); }
+    static constexpr socklen_t Size = sizeof(sockaddr_un);
+
+  private:
+    Descriptor folder_;
+    sockaddr_un address_{};
+    bool usable_ = false;
+};
+
+Descriptor NewSocket() {
+    return Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+}
+
+}  // namespace
+
+Descriptor::~Descriptor() {
+    if (number_ >= 0) {
+        close(number_);
+    }
+}
+
+Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+}
+
+Descriptor ListenAs(const std::string& name) {
+    // A socket that is bound and does not listen yet looks like one of a dead program: names with a dot in
+    // front are nobody's.
+    const std::string hidden = "." + name;
+    const std::string folder = WindowsFolder() + "/";
+    const FolderAddress address(hidden);
+    Descriptor listening = NewSocket();
+    unlink((folder + hidden).c_str());
+    if (!address.Usable() || !listening ||
+        bind(listening.Number(), address.Get(), FolderAddress::Size) != 0 ||
+        listen(listening.Number(), Backlog) != 0 ||
+        rename((folder + hidden).c_str(), (folder + name).c_str()) != 0) {
+        unlink((folder + hidden).c_str());
+        return Descriptor();
+    }
+    return listening;
+}
+
+void RemoveSocket(const std::string& name) {
+    unlink((WindowsFolder() + "/" + name).c_str());
+}
+
+std::vector<std::string> ListPrograms() {
+    std::vector<std::string> names;
+    const std::string folder = WindowsFolder();
+    DIR* listing = opendir(folder.c_str());
+    if (listing == nullptr) {
+        return names;
+    }
+    while (const dirent* entry = readdir(listing)) {
+        struct stat status {};
+        if (entry->d_name[0] != '.' && fstatat(dirfd(listing), entry->d_name, &status, 0) == 0 &&
+            S_ISSOCK(status.st_mode)) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    closedir(listing);
+    return names;
+}
+
+Reached ConnectTo(const std::string& name, Descriptor& connection) {
+    const FolderAddress address(name);
+    connection = NewSocket();
+    if (!address.Usable() || !connection) {
+        return Reached::Busy;
+    }
+    if (connect(connection.Number(), address.Get(), FolderAddress::Size) == 0) {
+        return Reached::Yes;
+    }
+    if (errno == ECONNREFUSED) {
+        RemoveSocket(name);
+        return Reached::Dead;
+    }
+    return errno == ENOENT ? Reached::Dead : Reached::Busy;
+}
+
+bool LineConnection::Flush() {
+    while (!Out.empty()) {
+        const ssize_t sent = send(Socket.Number(), Out.data(), Out.size(), MSG_NOSIGNAL);
+        if (sent < 0) {
+            return errno == EAGAIN || errno == EINTR;
+        }
+        Out.erase(0, static_cast<std::size_t>(sent));
+    }
+    return true;
+}
+
+LineConnection::Got LineConnection::TakeLine(std::string& line) {
+    for (;;) {
+        const std::size_t end = In.find('\n');
+        if (end != std::string::npos) {
+            line = In.substr(0, end);
+            In.erase(0, end + 1);
+            return Got::Line;
+        }
+        if (In.size() > LongestLine) {
+            return Got::Closed;
+        }
+        char bytes[4096];
+        const ssize_t count = recv(Socket.Number(), bytes, sizeof bytes, 0);
+        if (count > 0) {
+            In.append(bytes, static_cast<std::size_t>(count));
+        } else if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
+            return Got::Nothing;
+        } else {
+            return Got::Closed;
+        }
+    }
+}
+
+}  // namespace layer

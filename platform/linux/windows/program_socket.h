@@ -1,0 +1,56 @@
+// Sockets between the programs of one terminal: one in the folder of windows for each program that has
+// windows. No Qt and no main thread in here; any thread.
+#pragma once
+
+#include <poll.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace layer {
+
+// The longest line that is taken from another program.
+inline constexpr std::size_t LongestLine = 128 * 1024;
+
+// A file descriptor that closes itself.
+class Descriptor {
+  public:
+    explicit Descriptor(int number = -1) : number_(number) {}
+    ~Descriptor();
+    Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
+    Descriptor& operator=(Descriptor&& other) noexcept;
+    int Number() const { return number_; }
+    explicit operator bool() const { return number_ >= 0; }
+
+  private:
+    int number_;
+};
+
+// A socket that listens in the folder under that name; none on failure. It appears there only when it is
+// ready.
+Descriptor ListenAs(const std::string& name);
+void RemoveSocket(const std::string& name);
+// The names of the sockets of all programs in the folder.
+std::vector<std::string> ListPrograms();
+
+enum class Reached { Yes, Busy, Dead };
+// Connects without waiting. Busy: it lives, and takes no more callers. Dead: nobody listens; the socket is
+// removed.
+Reached ConnectTo(const std::string& name, Descriptor& connection);
+
+// A line on its way out and a line on its way in, on a connection that never blocks.
+struct LineConnection {
+    Descriptor Socket;
+    std::string Out;  // not yet sent
+    std::string In;   // received, no line end yet
+
+    // Sends what the other side takes; false when the connection is broken.
+    bool Flush();
+    enum class Got { Line, Nothing, Closed };
+    // Takes the next line, without its end. Closed also for a line that is too long.
+    Got TakeLine(std::string& line);
+    short Events() const { return static_cast<short>(Out.empty() ? POLLIN : POLLIN | POLLOUT); }
+};
+
+}  // namespace layer

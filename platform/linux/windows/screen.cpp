@@ -1,0 +1,64 @@
+#include "platform/linux/windows/screen.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWindow>
+
+#include "platform/linux/window_object.h"
+#include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/window_manager.h"
+
+namespace layer {
+
+namespace {
+
+int Strip = 0;
+
+constexpr int LongestExposure = 300;  // milliseconds that a window server may take to show a new window
+
+}  // namespace
+
+bool FocusIsReal() {
+    const QString platform = QGuiApplication::platformName();
+    return platform == "xcb" || platform.startsWith("wayland");
+}
+
+bool HasWindowManager() {
+    const QString platform = QGuiApplication::platformName();
+    return platform.startsWith("wayland") || (platform == "xcb" && WindowManagerRuns());
+}
+
+void ReserveStrip(int height) {
+    Strip = height;
+}
+
+QRect WorkArea() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const QRect area = screen != nullptr ? screen->availableGeometry() : QRect(0, 0, 240, 320);
+    return area.adjusted(0, 0, 0, -Strip);
+}
+
+void PaintNow(QWidget* widget) {
+    QuietTime quiet;
+    const QWindow* window = widget->window()->windowHandle();
+    // A window that is new to the server cannot be painted before the server has said so.
+    if (window != nullptr && window->isVisible() && !window->isExposed()) {
+        QElapsedTimer waiting;
+        waiting.start();
+        while (!window->isExposed() && waiting.elapsed() < LongestExposure) {
+            QCoreApplication::processEvents(
+                QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers, 10);
+        }
+    }
+    widget->repaint();
+    for (QWidget* child : widget->findChildren<QWidget*>()) {
+        if (child->isVisible()) {
+            child->repaint();
+        }
+    }
+    QGuiApplication::sync();
+}
+
+}  // namespace layer

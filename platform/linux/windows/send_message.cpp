@@ -1,0 +1,109 @@
+// SendMessageW: to a window of this program, to one of another program, to all.
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <memory>
+
+#include "platform/linux/windows/listener.h"
+#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/other_programs.h"
+#include "platform/linux/windows/program_socket.h"
+#include "platform/linux/windows/registered_messages.h"
+
+namespace layer {
+
+namespace {
+
+// The most that a line takes once the bytes are written in base 64.
+constexpr DWORD MostData = 90 * 1024;
+
+// The message as it travels; false for one that does not leave the program.
+bool MakeLine(UINT message, WPARAM wParam, LPARAM lParam, WindowLine& line) {
+    line.wParam = wParam;
+    if (message == WM_COPYDATA) {
+        const auto* data = reinterpret_cast<const COPYDATASTRUCT*>(lParam);
+        if (data == nullptr || data->cbData > MostData || (data->cbData != 0 && data->lpData == nullptr)) {
+            return false;
+        }
+        line.Message = WM_COPYDATA;
+        line.DataNumber = data->dwData;
+        line.DataName = RegisteredName(static_cast<UINT>(data->dwData));
+        const auto* bytes = static_cast<const BYTE*>(data->lpData);
+        line.Data.assign(bytes, bytes + data->cbData);
+        return true;
+    }
+    line.lParam = lParam;
+    if (message == OpenSettingsRequest) {
+        line.Message = message;
+        return true;
+    }
+    line.Name = RegisteredName(message);
+    return !line.Name.empty();
+}
+
+LRESULT SendToOther(const RemoteWindow& window, UINT message, WPARAM wParam, LPARAM lParam) {
+    WindowLine line;
+    line.Window = window.Window;
+    if (!MakeLine(message, wParam, lParam, line)) {
+        return 0;
+    }
+    const auto answer = AskProgram(window.Program, WriteLine(line), LongestSend);
+    return answer ? static_cast<LRESULT>(ReadAnswer(*answer).Result) : 0;
+}
+
+// This program's own windows get a broadcast too, and count as one program more: when the main thread has not
+// come to the last one yet, they are left out.
+class OwnDelivery {
+  public:
+    explicit OwnDelivery(const WindowLine& line) {
+        if (OnMainThread()) {
+            DeliverLine(line);
+            return;
+        }
+        static std::atomic<bool> owing{false};
+        if (owing.exchange(true)) {
+            return;
+        }
+        done_ = std::make_shared<Descriptor>(eventfd(0, EFD_CLOEXEC));
+        PostToMainThread([line, done = done_] {
+            owing = false;
+            DeliverLine(line);
+            const std::uint64_t one = 1;
+            [[maybe_unused]] const auto written = write(done->Number(), &one, sizeof one);
+        });
+    }
+    int Done() const { return done_ != nullptr ? done_->Number() : -1; }
+
+  private:
+    std::shared_ptr<Descriptor> done_;
+};
+
+LRESULT Broadcast(UINT message, WPARAM wParam, LPARAM lParam) {
+    WindowLine line;
+    if (message == OpenSettingsRequest || !MakeLine(message, wParam, lParam, line)) {
+        return FALSE;
+    }
+    const OwnDelivery own(line);
+    AskOtherPrograms(WriteLine(line), LongestSend, own.Done());
+    return TRUE;
+}
+
+}  // namespace
+
+}  // namespace layer
+
+LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    layer::SuspendPoint();
+    layer::RemoteWindow other;
+    LRESULT result;
+    if (window == HWND_BROADCAST) {
+        result = layer::Broadcast(message, wParam, lParam);
+    } else if (layer::FindRemoteWindow(window, other)) {
+        result = layer::SendToOther(other, message, wParam, lParam);
+    } else {
+        return layer::OnMain([=] { return layer::Send(window, message, wParam, lParam); });
+    }
+    layer::SuspendPoint();
+    return result;
+}

@@ -1,0 +1,127 @@
+#include "platform/linux/start_windows.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QSocketNotifier>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+
+#include "platform/linux/thread.h"
+#include "platform/linux/window_object.h"
+#include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/tray_icon.h"
+#include "platform/linux/windows/user_window.h"
+
+namespace layer {
+
+namespace {
+
+int SignalPipe[2] = {-1, -1};
+bool CloseRequested = false;
+
+bool IsSet(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != 0;
+}
+
+void ChoosePlatform() {
+    if (IsSet("QT_QPA_PLATFORM")) {
+        return;
+    }
+    if (IsSet("DISPLAY")) {
+        // A display that cannot be reached leaves a program without windows rather than no program.
+        setenv("QT_QPA_PLATFORM", "xcb;offscreen", 1);
+    } else if (access("/dev/fb0", R_OK | W_OK) == 0) {
+        setenv("QT_QPA_PLATFORM", "linuxfb", 1);
+    } else {
+        setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    }
+}
+
+// The window that stands for the program is its first one.
+void CloseMainWindow() {
+    for (const WindowPtr& window : TopLevelWindows()) {
+        if (!CloseRequested && dynamic_cast<UserWindow*>(window.get()) != nullptr) {
+            CloseRequested = true;
+            RequestClose(*window);
+            return;
+        }
+    }
+    PostQuitMessage(0);
+}
+
+// Somebody outside wants the program to end: the session, a display server.
+class QuitFilter : public QObject {
+  public:
+    using QObject::QObject;
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() != QEvent::Quit) {
+            return false;
+        }
+        CloseMainWindow();
+        return true;
+    }
+};
+
+void NoteSignal(int) {
+    const int saved = errno;
+    const char byte = 0;
+    [[maybe_unused]] const auto written = write(SignalPipe[1], &byte, 1);
+    errno = saved;
+}
+
+// Qt ends the program by exit() when the display server dies. Threads still run then: do what the end does,
+// and leave without touching what they use.
+void EndAtOnce() {
+    if (!Ending()) {
+        BeginEnd();
+        _exit(1);
+    }
+}
+
+}  // namespace
+
+void StartWindows() {
+    if (QCoreApplication::instance() != nullptr) {
+        return;
+    }
+    SetMainThread();
+    ChoosePlatform();
+    // Qt keeps both; the command line is not read.
+    static char name[] = "vantrel";
+    static char* arguments[] = {name, nullptr};
+    static int count = 1;
+    // Never deleted: threads may still run when the program ends.
+    auto* application = new QApplication(count, arguments);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    application->installEventFilter(new QuitFilter(application));
+    RegisterBasicControls();
+    RegisterCommonControls();
+    OpenMailbox();
+}
+
+void TakeSignals() {
+    if (SignalPipe[0] >= 0 || pipe2(SignalPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
+        return;
+    }
+    auto* notifier = new QSocketNotifier(SignalPipe[0], QSocketNotifier::Read, qApp);
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier, [] {
+        char byte;
+        while (read(SignalPipe[0], &byte, 1) == 1) {
+            CloseMainWindow();
+        }
+    });
+    struct sigaction action {};
+    action.sa_handler = NoteSignal;
+    action.sa_flags = SA_RESTART;
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        sigaction(signal, &action, nullptr);
+    }
+    AtEnd(RemoveNotificationIcons);
+    std::atexit(EndAtOnce);
+}
+
+}  // namespace layer

@@ -1,0 +1,161 @@
+#include "platform/linux/windows/tray_icon.h"
+
+#include <QAbstractNativeEventFilter>
+#include <QApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QSystemTrayIcon>
+#include <QTimer>
+#include <memory>
+
+#include "platform/linux/window_object.h"
+#include "platform/linux/windows/images.h"
+#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/screen.h"
+#include "platform/shell.h"
+
+namespace layer {
+
+namespace {
+
+// X11 tells of a notification area that comes (a client message) or goes (a window destroyed). Both are
+// looked into after Qt has.
+class TrayWatcher : public QAbstractNativeEventFilter {
+  public:
+    explicit TrayWatcher(std::function<void()> changed) : changed_(std::move(changed)) {
+        delay_.setSingleShot(true);
+        QObject::connect(&delay_, &QTimer::timeout, &delay_, changed_);
+    }
+    bool nativeEventFilter(const QByteArray& type, void* message, qintptr*) override {
+        if (type == "xcb_generic_event_t" && message != nullptr) {
+            const int kind = *static_cast<const std::uint8_t*>(message) & 0x7F;
+            constexpr int destroyNotify = 17, clientMessage = 33;
+            if (kind == destroyNotify || kind == clientMessage) {
+                delay_.start(0);
+            }
+        }
+        return false;
+    }
+
+  private:
+    std::function<void()> changed_;
+    QTimer delay_;
+};
+
+class NotificationIcon {
+  public:
+    explicit NotificationIcon(const NOTIFYICONDATAW& data) : data_(data), watcher_([this] { Choose(); }) {
+        if ((data.uFlags & NIF_ICON) != 0) {
+            icon_ = IconOf(data.hIcon);
+        }
+        if ((data.uFlags & NIF_TIP) != 0) {
+            const auto end = std::find(std::begin(data.szTip), std::end(data.szTip), u'\0');
+            tip_ = QString::fromUtf16(data.szTip, end - std::begin(data.szTip));
+        }
+        tray_.setIcon(icon_);
+        tray_.setToolTip(tip_);
+        QObject::connect(&tray_, &QSystemTrayIcon::activated, &tray_, [this](auto) { Tapped(); });
+        // The area takes the icon by itself whenever there is one.
+        tray_.show();
+        Choose();
+        qApp->installNativeEventFilter(&watcher_);
+    }
+    ~NotificationIcon() { qApp->removeNativeEventFilter(&watcher_); }
+    NotificationIcon(const NotificationIcon&) = delete;
+    NotificationIcon& operator=(const NotificationIcon&) = delete;
+
+    bool Is(const NOTIFYICONDATAW& data) const { return data_.hWnd == data.hWnd && data_.uID == data.uID; }
+
+  private:
+    void Tapped() {
+        if ((data_.uFlags & NIF_MESSAGE) != 0) {
+            PostMessageW(data_.hWnd, data_.uCallbackMessage, data_.uID, WM_LBUTTONDOWN);
+        }
+    }
+    void Choose() {
+        if (QSystemTrayIcon::isSystemTrayAvailable()) {
+            standIn_.reset();
+        } else if (standIn_ == nullptr) {
+            standIn_ = std::make_unique<StandInIcon>(icon_, tip_, [this] { Tapped(); });
+        }
+    }
+
+    NOTIFYICONDATAW data_;
+    QIcon icon_;
+    QString tip_;
+    QSystemTrayIcon tray_;
+    std::unique_ptr<StandInIcon> standIn_;
+    TrayWatcher watcher_;
+};
+
+std::vector<std::unique_ptr<NotificationIcon>>& Icons() {
+    static auto* icons = new std::vector<std::unique_ptr<NotificationIcon>>;
+    return *icons;
+}
+
+BOOL AddIcon(const NOTIFYICONDATAW& data) {
+    for (const auto& icon : Icons()) {
+        if (icon->Is(data)) {
+            return FALSE;
+        }
+    }
+    Icons().push_back(std::make_unique<NotificationIcon>(data));
+    return TRUE;
+}
+
+BOOL DeleteIcon(const NOTIFYICONDATAW& data) {
+    return std::erase_if(Icons(), [&](const auto& icon) { return icon->Is(data); }) != 0 ? TRUE : FALSE;
+}
+
+}  // namespace
+
+void RemoveNotificationIcons() {
+    Icons().clear();
+}
+
+StandInIcon::StandInIcon(const QIcon& icon, const QString& tip, std::function<void()> tapped)
+    : QWidget(nullptr,
+              Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus),
+      icon_(icon),
+      tapped_(std::move(tapped)) {
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setToolTip(tip);
+    setWindowTitle(tip);
+    const QRect area = WorkArea();
+    ReserveStrip(Side);
+    setGeometry(area.right() + 1 - Side, area.bottom() + 1 - Side, Side, Side);
+    show();
+}
+
+StandInIcon::~StandInIcon() {
+    ReserveStrip(0);
+}
+
+void StandInIcon::mousePressEvent(QMouseEvent*) {
+    tapped_();
+}
+
+void StandInIcon::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().window());
+    icon_.paint(&painter, rect().adjusted(2, 2, -2, -2));
+}
+
+}  // namespace layer
+
+BOOL Shell_NotifyIconW(DWORD action, NOTIFYICONDATAW* data) {
+    return layer::OnMain([=] {
+        if (data->cbSize != sizeof(NOTIFYICONDATAW)) {
+            return FALSE;
+        }
+        switch (action) {
+            case NIM_ADD:
+                return IsWindow(data->hWnd) != FALSE ? layer::AddIcon(*data) : FALSE;
+            case NIM_DELETE:
+                return layer::DeleteIcon(*data);
+            default:
+                return FALSE;
+        }
+    });
+}

@@ -1,0 +1,40 @@
+// Handles of windows: this program's own, and those that stand for windows of other programs.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/linux/window_object.h"
+
+namespace layer {
+
+// A top-level window as other threads and programs may see it.
+struct WindowEntry {
+    HWND Handle = nullptr;
+    std::u16string ClassName;
+    std::u16string Title;
+};
+
+// Everything of Adopt and Destroy that concerns the table. Main thread.
+HWND EnterWindow(const WindowPtr& window);
+void LeaveWindow(HWND handle);
+void RenameWindow(HWND handle, const std::u16string& title);
+
+// Any thread: whether it is a window of this program, and the top-level ones that fit, the oldest first. A
+// null name fits every window; class names are compared without regard to case.
+bool IsOwnWindow(HWND handle);
+std::vector<WindowEntry> OwnTopLevelWindows(const std::u16string* className, const std::u16string* title);
+
+// A window of another program: its program's socket in the folder of windows, and its number there. Any
+// thread.
+struct RemoteWindow {
+    std::string Program;
+    std::uint64_t Window = 0;
+};
+HWND RemoteHandle(const RemoteWindow& window);
+bool FindRemoteWindow(HWND handle, RemoteWindow& window);
+
+// Class names compare without regard to the case of ASCII letters.
+bool SameClass(std::u16string_view left, std::u16string_view right);
+
+}  // namespace layer
