@@ -39,7 +39,7 @@ void HandleTrigger(bool pressed) {
         }
         ShellState.BarcodeReadActive = pressed ? 1 : 0;
     }
-    if (ShellState.RfidEnabled && pressed && !ShellState.RfidReadActive) {
+    if (ShellState.RfidEnabled && pressed && !ShellState.RfidReadActive && !RfidChannelInUse()) {
         StartRfid();
     }
 }
