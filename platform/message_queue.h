@@ -13,8 +13,8 @@ struct MSGQUEUEOPTIONS {
 
 // Creates or opens an end of the queue with the name; null on failure.
 HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options);
-// Takes the oldest message: FALSE when none came within the time, or when it is longer than the buffer (it is
-// then left in the queue).
+// Takes the oldest message: FALSE when none came within the time. A buffer that is shorter than the queue's
+// longest message is refused, and the message stays in the queue.
 BOOL ReadMsgQueue(HANDLE queue, LPVOID buffer, DWORD size, LPDWORD read, DWORD milliseconds, DWORD* flags);
 // Adds a message: FALSE when the queue stayed full for the time.
 BOOL WriteMsgQueue(HANDLE queue, LPVOID message, DWORD size, DWORD milliseconds, DWORD flags);

@@ -80,9 +80,17 @@ Descriptor OpenLocked(const std::string& path, int flags, bool alone, bool* miss
 }
 
 // The file that a chain of links ends at, existing or not; the path itself when it is no link.
-std::string LinkEnd(const std::string& path) {
-    char real[PATH_MAX];
-    return realpath(path.c_str(), real) != nullptr ? real : path;
+std::string LinkEnd(std::string path) {
+    char target[PATH_MAX];
+    for (int links = 0; links < 8 && realpath(path.c_str(), target) == nullptr; ++links) {
+        const ssize_t length = readlink(path.c_str(), target, sizeof target);
+        if (length <= 0 || static_cast<std::size_t>(length) == sizeof target) {
+            return path;
+        }
+        const std::string next(target, static_cast<std::size_t>(length));
+        path = next.front() == '/' ? next : path.substr(0, path.rfind('/') + 1) + next;
+    }
+    return realpath(path.c_str(), target) != nullptr ? target : path;
 }
 
 class DiskFile : public Stream {

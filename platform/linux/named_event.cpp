@@ -35,10 +35,7 @@ int WakeSignal() {
 }
 
 // Reading the value and posting are two steps; of all handles on all names only one does them at a time.
-std::mutex& SetMutex() {
-    static auto* mutex = new std::mutex;
-    return *mutex;
-}
+constinit std::mutex SetMutex;
 
 class NamedEvent : public Object, public Event {
   public:
@@ -47,7 +44,7 @@ class NamedEvent : public Object, public Event {
     ~NamedEvent() override { sem_close(semaphore_); }
 
     void Set() override {
-        std::scoped_lock lock(SetMutex());
+        std::scoped_lock lock(SetMutex);
         int value = 0;
         if (sem_getvalue(semaphore_, &value) == 0 && value == 0) {
             sem_post(semaphore_);

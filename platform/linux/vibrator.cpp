@@ -16,15 +16,8 @@ namespace {
 
 constexpr DWORD VibratorCode = 0x24321015;
 
-struct Vibrator {
-    std::mutex Mutex;
-    bool EndRegistered = false;
-};
-
-Vibrator& TheVibrator() {
-    static auto* vibrator = new Vibrator;
-    return *vibrator;
-}
+constinit std::mutex VibratorMutex;
+bool EndRegistered = false;  // under the mutex
 
 // The file may be a link to the kernel's: such a file is opened, written once and closed, never cut. One that
 // would block (a pipe that nobody reads) is left alone.
@@ -57,16 +50,15 @@ BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID, DWORD, L
         *returned = 0;
     }
     for (;;) {
-        layer::Vibrator& vibrator = layer::TheVibrator();
         {
-            std::scoped_lock lock(vibrator.Mutex);
+            std::scoped_lock lock(layer::VibratorMutex);
             // Asked inside the lock: once the end has switched it off, no thread switches it on again.
             if (!layer::ParkRequested()) {
-                if (!vibrator.EndRegistered) {
-                    vibrator.EndRegistered = true;
+                if (!layer::EndRegistered) {
+                    layer::EndRegistered = true;
                     layer::AtEnd([] {
-                        std::scoped_lock endLock(layer::TheVibrator().Mutex);
-                        layer::TheVibrator().EndRegistered = false;
+                        std::scoped_lock endLock(layer::VibratorMutex);
+                        layer::EndRegistered = false;
                         layer::WriteState('0');
                     });
                 }

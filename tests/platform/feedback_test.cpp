@@ -54,6 +54,7 @@ class NotingSound : public layer::SoundBackend {
 TEST(Sound, TheNewestWishCountsAndNoCallerWaits) {
     const TemporaryTerminal terminal;
     static Notes notes;
+    notes.Lines.clear();
     layer::InstallSound(std::make_unique<NotingSound>(notes));
     EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Default.wav"), nullptr, AsFile));
     layer::FinishSounds();

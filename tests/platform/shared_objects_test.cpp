@@ -9,6 +9,7 @@
 
 #include "platform/linux/terminal.h"
 #include "platform/message_queue.h"
+#include "tests/support/allocation_count.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"
 
@@ -162,6 +163,30 @@ TEST_F(SharedObjects, TheVibratorIsOffAtTheEnd) {
     }
     system.End();
     EXPECT_EQ(ReadWholeFile(Terminal.Path("VIBRATOR")), "0");
+}
+
+// What a scan's delivery calls takes nothing from the heap.
+TEST_F(SharedObjects, DeliveryCallsTakeNoMemory) {
+    MSGQUEUEOPTIONS options{sizeof options, 0, 1, 4232, TRUE};
+    const HANDLE reads = CreateMsgQueue(TEXT("TestQueue"), &options);
+    options.bReadAccess = FALSE;
+    const HANDLE writes = CreateMsgQueue(TEXT("TestQueue"), &options);
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, TEXT("TestEvent"));
+    const HANDLE local = CreateSemaphoreW(nullptr, 0, 1, nullptr);
+    std::array<char, 4232> record{};
+    DWORD size = 0;
+    DWORD flags = 0;
+    const CountAllocations allocations;
+    EXPECT_FALSE(ReadMsgQueue(reads, record.data(), record.size(), &size, 0, &flags));
+    EXPECT_TRUE(WriteMsgQueue(writes, record.data(), record.size(), 10, 0));
+    EXPECT_TRUE(EventModify(event, EVENT_SET));
+    EXPECT_EQ(WaitForSingleObject(local, 1), WAIT_TIMEOUT);
+    Sleep(1);
+    GetTickCount();
+    EXPECT_EQ(allocations.Count(), 0u);
+    for (const HANDLE handle : {reads, writes, event, local}) {
+        CloseHandle(handle);
+    }
 }
 
 TEST_F(SharedObjects, QueueEndsRefuseWhatTheyCannotDo) {

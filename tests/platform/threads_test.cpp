@@ -24,6 +24,12 @@ bool Eventually(const std::function<bool()>& holds) {
     return true;
 }
 
+void LetOthersRun(int turns) {
+    for (int turn = 0; turn < turns; ++turn) {
+        std::this_thread::yield();
+    }
+}
+
 // A thread that repeats one call until it is told to stop, and says how often the call succeeded.
 struct Repeater {
     std::function<bool()> Call;
@@ -93,6 +99,7 @@ TEST(Threads, ASuspendedThreadTakesNoEvent) {
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     Repeater repeater([event] { return WaitForSingleObject(event, 1) == WAIT_OBJECT_0; });
     for (int round = 0; round < 2000; ++round) {
+        LetOthersRun(round % 8);
         ASSERT_NE(SuspendThread(repeater.Thread), 0xFFFFFFFFu);
         EventModify(event, EVENT_SET);
         ASSERT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0) << round;
@@ -136,17 +143,18 @@ TEST(Threads, SuspensionLosesNoMessage) {
             int number = -1;
             DWORD size = 0;
             DWORD flags = 0;
-            if (!ReadMsgQueue(reads, &number, sizeof number, &size, 1, &flags)) {
+            if (!ReadMsgQueue(reads, &number, sizeof number, &size, 50, &flags)) {
                 return false;
             }
             arrived.push_back(number);
             return true;
         });
         for (int number = 0; number < Count; ++number) {
+            LetOthersRun(number % 16);
             SuspendThread(repeater.Thread);
-            const int before = repeater.Successes;
-            ASSERT_TRUE(WriteMsgQueue(writes, &number, sizeof number, before == number ? 0 : 5000, 0) ||
-                        before < number);
+            ASSERT_TRUE(WriteMsgQueue(writes, &number, sizeof number, 0, 0)) << number;
+            LetOthersRun(16);
+            ASSERT_FALSE(WriteMsgQueue(writes, &number, sizeof number, 0, 0)) << number << " was taken";
             ResumeThread(repeater.Thread);
             ASSERT_TRUE(Eventually([&] { return repeater.Successes == number + 1; }));
         }
@@ -200,7 +208,9 @@ TEST(Threads, WakeOnParkReachesEveryWait) {
         std::mutex Mutex;
         std::condition_variable Condition;
         bool Woken = false;
-        bool Wait() {
+        std::atomic<bool> Inside{false};
+        void Wait() {
+            Inside = true;
             const layer::WakeOnPark wake([this] {
                 std::scoped_lock lock(Mutex);
                 Woken = true;
@@ -211,7 +221,7 @@ TEST(Threads, WakeOnParkReachesEveryWait) {
                 Condition.wait(lock, [this] { return Woken; });
                 Woken = false;
             }
-            return true;
+            Inside = false;
         }
     } own;
     Repeater repeater([&own] {
@@ -219,21 +229,21 @@ TEST(Threads, WakeOnParkReachesEveryWait) {
         layer::SuspendPoint();
         return true;
     });
-    for (int round = 1; round <= 500; ++round) {
+    for (int round = 0; round < 500; ++round) {
         SuspendThread(repeater.Thread);
-        ResumeThread(repeater.Thread);
-        SuspendThread(repeater.Thread);
-        const int calls = repeater.Calls;
-        ResumeThread(repeater.Thread);
-        if (round % 100 == 0) {
-            SuspendThread(repeater.Thread);
-            ASSERT_TRUE(Eventually([&] { return repeater.Calls >= calls; }));
-            ResumeThread(repeater.Thread);
+        // It may be on its way into the next wait the first time one looks.
+        for (int look = 0; look < 3; ++look) {
+            ASSERT_TRUE(Eventually([&] { return !own.Inside; })) << round;
+            std::this_thread::yield();
         }
+        ResumeThread(repeater.Thread);
     }
     repeater.Stop = true;
-    SuspendThread(repeater.Thread);
-    ResumeThread(repeater.Thread);
+    EXPECT_TRUE(Eventually([&] {
+        SuspendThread(repeater.Thread);
+        ResumeThread(repeater.Thread);
+        return WaitForSingleObject(repeater.Thread, 0) == WAIT_OBJECT_0;
+    }));
 }
 
 TEST(Threads, ClosingAThreadsHandleDoesNotEndIt) {

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "platform/linux/shared_names.h"
 #include "platform/linux/terminal.h"
 
 TemporaryTerminal::TemporaryTerminal() {
@@ -20,6 +21,9 @@ TemporaryTerminal::TemporaryTerminal() {
 }
 
 TemporaryTerminal::~TemporaryTerminal() {
+    // A program that the test killed has left its shared objects to the next one that comes.
+    layer::UseTerminalFolder(folder_);
+    layer::JoinSharedNames();
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
 }
