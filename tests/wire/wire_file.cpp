@@ -172,6 +172,8 @@ class Reader {
             added.Line = line_;
             for (std::size_t i = 1; i < words.size(); ++i)
                 added.Name += (i > 1 ? "_" : "") + words[i];
+            std::erase_if(added.Name,
+                          [](char c) { return c != '_' && !std::isalnum(static_cast<unsigned char>(c)); });
             added.Commands = common_;
             cases_.push_back(added);
         } else if (words[0] == "port") {

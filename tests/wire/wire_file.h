@@ -1,4 +1,4 @@
-// Reads the files of wire conversations. docs in conversations.md beside them.
+// Reads the files of wire conversations; README.md tells what they hold.
 #pragma once
 
 #include <string>

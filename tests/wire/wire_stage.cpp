@@ -297,7 +297,7 @@ DWORD WireStage::CallByName(const Words& words) {
         return static_cast<DWORD>(SetPortLine(PortOf(At(words, 2)), ToNumber(At(words, 3))));
     if (name == "wait") {
         Let(ToNumber(At(words, 2)));
-        return 0;
+        return result_;  // of a timer's work
     }
     throw std::runtime_error("unknown call: " + name);
 }
