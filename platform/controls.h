@@ -8,7 +8,8 @@
 #include <prsht.h>
 #else
 
-using HIMAGELIST = HIMAGELIST_TAG*;
+struct IMAGELIST_TAG;
+using HIMAGELIST = IMAGELIST_TAG*;
 
 struct INITCOMMONCONTROLSEX {
     DWORD dwSize;
