@@ -1,0 +1,354 @@
+// The editors: captions, hints, limits, corrections while typing, and the ways out.
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <cctype>
+#include <fstream>
+#include <sstream>
+
+#include "app/settings_window.h"
+#include "app/shell_state.h"
+#include "platform/linux/windows/message_loop.h"
+#include "resources/resource.h"
+#include "settings/all_fields.h"
+#include "tests/ui/sheet_driver.h"
+#include "ui/editors.h"
+#include "ui/item_value.h"
+#include "ui/length_items.h"
+
+namespace {
+
+// ---- what each editor says
+
+struct EditorRow {
+    WORD Devices;
+    DWORD PageBase, Item;
+    std::string Mode, Editor, Caption, Hint;
+    int Characters;
+};
+
+std::vector<std::string> Columns(const std::string& line) {
+    std::vector<std::string> columns;
+    std::istringstream in(line + " |");
+    for (std::string column; std::getline(in, column, '|');) {
+        const std::size_t first = column.find_first_not_of(' ');
+        const std::size_t last = column.find_last_not_of(' ');
+        columns.push_back(first == std::string::npos ? "" : column.substr(first, last + 1 - first));
+    }
+    columns.resize(7);
+    return columns;
+}
+
+std::vector<EditorRow> ReadRows() {
+    std::ifstream file(std::string(VANTREL_UI_TESTS) + "/editors.txt");
+    std::vector<EditorRow> rows;
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line[0] == '#') {
+            continue;
+        }
+        const std::vector<std::string> column = Columns(line);
+        EditorRow row{Device1D,
+                      Page1D,
+                      static_cast<DWORD>(std::stoul(column[1], nullptr, 0)),
+                      column[2],
+                      column[3],
+                      column[5],
+                      column[6],
+                      std::stoi(column[4])};
+        if (column[0] != "1d") {
+            row.Devices = column[0] == "laser" ? DeviceLaser : DeviceImager;
+            row.PageBase = column[0] == "laser" ? PageLaser : PageImager;
+        }
+        if (row.Item >= 10000) {
+            row.PageBase = PageGeneral;
+        }
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+int MaxLengthOf(HWND dialog, int control) {
+    return qobject_cast<QLineEdit*>(WidgetOf(GetDlgItem(dialog, control)))->maxLength();
+}
+
+void RunEditor(const EditorRow& row, int dialog, DLGPROC procedure, const std::function<void(HWND)>& look) {
+    WithEditor(
+        [&] {
+            DialogBoxParamW(nullptr, MAKEINTRESOURCEW(dialog), ShellState.MainWindow, procedure,
+                            MAKELPARAM(row.Item, row.PageBase));
+        },
+        [&](HWND editor) {
+            look(editor);
+            SendMessageW(editor, WM_COMMAND, IDCANCEL, 0);
+        });
+}
+
+TEST_F(SheetTest, EditorsSayWhatTheyEdit) {
+    const std::vector<EditorRow> rows = ReadRows();
+    ASSERT_GT(rows.size(), 100u);
+    for (const EditorRow& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.PageBase << " " << row.Item << " mode " << row.Mode);
+        Fit(row.Devices);
+        if (row.Mode != "-") {
+            SetValue(*FindLengthItems(row.PageBase, row.Item).Mode, static_cast<WORD>(row.Mode[0]));
+        }
+        if (row.Editor == "text") {
+            RunEditor(row, IDD_TEXT_EDITOR, TextEditorProc, [&](HWND editor) {
+                EXPECT_EQ(CaptionOf(editor), row.Caption);
+                EXPECT_EQ(TextOf(editor, IDC_TEXT), row.Hint);
+                EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT), row.Characters);
+            });
+            continue;
+        }
+        const int chosen = ChooseNumberEditor(row.PageBase, row.Item);
+        if (row.Editor == "none") {
+            EXPECT_EQ(chosen, NoEditor);
+        } else if (row.Editor == "number") {
+            EXPECT_EQ(chosen, IDD_NUMBER_EDITOR);
+            RunEditor(row, IDD_NUMBER_EDITOR, NumberEditorProc, [&](HWND editor) {
+                EXPECT_EQ(CaptionOf(editor), row.Caption);
+                EXPECT_EQ(TextOf(editor, IDC_TEXT), row.Hint);
+                EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT), row.Characters);
+            });
+        } else {
+            EXPECT_EQ(chosen, IDD_PAIR_EDITOR);
+            RunEditor(row, IDD_PAIR_EDITOR, PairEditorProc, [&](HWND editor) {
+                EXPECT_EQ(CaptionOf(editor), row.Caption);
+                EXPECT_EQ(TextOf(editor, IDC_TEXT) + ", " + TextOf(editor, IDC_TEXT_2), row.Hint);
+                EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT), row.Characters);
+                EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT_2), row.Characters);
+            });
+        }
+    }
+}
+
+// ---- typing numbers
+
+struct Typing {
+    const char* What;
+    WORD Devices;
+    DWORD PageBase, Item;
+    WORD Start;
+    const char* Keys;
+    std::vector<const char*> Contents;  // of the edit after each key
+};
+
+std::vector<std::string> SplitKeys(const std::string& keys) {
+    std::vector<std::string> split;
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const std::size_t end = keys[i] == '[' ? keys.find(']', i) : i;
+        split.push_back(keys.substr(i, end + 1 - i));
+        i = end;
+    }
+    return split;
+}
+
+const Typing NumberTypings[] = {
+    {"below the minimum", DeviceImager, PageGeneral, 14247, 100, "[End][Backspace]", {"100", "79"}},
+    {"emptied", DeviceImager, PageGeneral, 14247, 100, "[All][Delete]", {"100", "79"}},
+    {"above the maximum", DeviceImager, PageGeneral, 14247, 79, "[Home]1", {"79", "127"}},
+    {"leading zero", Device1D, PageGeneral, 11005, 0, "[End]5", {"0", "5"}},
+    {"zeros in front", Device1D, PageGeneral, 11005, 7, "[Home]0", {"7", "7"}},
+    {"grows to the maximum", Device1D, PageGeneral, 11005, 1, "[End]29", {"1", "12", "127"}},
+    {"letters", Device1D, PageGeneral, 11005, 1, "[End]a-5", {"1", "1", "1", "15"}},
+    {"one digit", Device1D, PageGeneral, 11007, 3, "[All]9", {"3", "5"}},
+    {"opened beyond the limit", DeviceImager, PageGeneral, 14147, 48, "[End]", {"10"}},
+    {"opened below the limit", DeviceImager, PageGeneral, 13960, 0, "[End]", {"5"}},
+    {"packet reader's redundancy", DeviceLaser, PageLaser, 0x1050, 10, "[All]0", {"10", "1"}},
+    {"arrow keys stop at the limit", Device1D, PageGeneral, 11007, 4, "[Up][Up][Down]", {"5", "5", "4"}},
+};
+
+class NumberTypingTest : public SheetTest, public testing::WithParamInterface<Typing> {};
+
+TEST_P(NumberTypingTest, IsPutRightAtEveryKey) {
+    const Typing& typing = GetParam();
+    Fit(typing.Devices);
+    SetValue(*FindSetting(typing.PageBase, typing.Item), typing.Start);
+    const EditorRow row{typing.Devices, typing.PageBase, typing.Item, "", "", "", "", 0};
+    RunEditor(row, IDD_NUMBER_EDITOR, NumberEditorProc, [&](HWND editor) {
+        WidgetOf(GetDlgItem(editor, IDC_EDIT))->setFocus();
+        const std::vector<std::string> keys = SplitKeys(typing.Keys);
+        ASSERT_EQ(keys.size(), typing.Contents.size());
+        for (std::size_t i = 0; i < keys.size(); ++i) {
+            Type(keys[i]);
+            EXPECT_EQ(TextOf(editor, IDC_EDIT), typing.Contents[i]) << i << " " << keys[i];
+        }
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Typings, NumberTypingTest, testing::ValuesIn(NumberTypings), [](const auto& tested) {
+    std::string name = tested.param.What;
+    std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
+    return name;
+});
+
+TEST_F(SheetTest, PastedNumbersStayWithinTheLimits) {
+    Fit(Device1D);
+    const EditorRow row{Device1D, PageGeneral, 11005, "", "", "", "", 0};
+    RunEditor(row, IDD_NUMBER_EDITOR, NumberEditorProc, [&](HWND editor) {
+        for (const char* pasted :
+             {"99999999999999999999", "-3", "0x10", "12 monkeys", "\xD9\xA3\xD9\xA4", ""}) {
+            QApplication::clipboard()->setText(QString::fromUtf8(pasted));
+            Type("[All][Paste]");
+            bool isNumber = false;
+            const int number = QString::fromStdString(TextOf(editor, IDC_EDIT)).toInt(&isNumber);
+            EXPECT_TRUE(isNumber) << pasted;
+            EXPECT_GE(number, 0) << pasted;
+            EXPECT_LE(number, 127) << pasted;
+        }
+    });
+}
+
+// ---- results
+
+TEST_F(SheetTest, AnAcceptedNumberIsStoredAndShown) {
+    Open(DeviceLaser);
+    HWND tree = ShowPage("General");
+    HTREEITEM item = FindItem(tree, 12002);
+    TapAndEdit(tree, item, [](HWND) { Type("[All]25[Enter]"); });
+    EXPECT_EQ(Value(general::BarcodeDecodeTimeout), 25);
+    EXPECT_EQ(LineOf(tree, item), "# 12002 Barcode Decode Timeout :    2.5  sec.");
+    TapAndEdit(tree, item, [](HWND editor) {
+        Type("[All]99");
+        PressButton(editor, IDOK);
+    });
+    EXPECT_EQ(Value(general::BarcodeDecodeTimeout), 99);
+}
+
+TEST_F(SheetTest, SupplementaryRedundancyIsANumberOfItsOwn) {
+    Open(DeviceImager);
+    HWND tree = ShowPage("2D");
+    TapAndEdit(tree, FindItem(tree, 0x1050), [](HWND editor) {
+        EXPECT_EQ(CaptionOf(editor), "Supplementary Redundancy");
+        Type("[All]30[Enter]");
+    });
+    EXPECT_EQ(Value(engine::SupplementaryRedundancy), 30);
+    EXPECT_EQ(LineOf(tree, FindItem(tree, 0x1050)), "# 0x1050 Supplementary Redundancy :  30");
+}
+
+const struct {
+    const char* What;
+    void (*Leave)(HWND);
+} WaysOut[] = {
+    {"cancel button", [](HWND editor) { PressButton(editor, IDCANCEL); }},
+    {"Escape", [](HWND) { Type("[Escape]"); }},
+    {"close", [](HWND editor) { WidgetOf(editor)->window()->close(); }},
+};
+
+TEST_F(SheetTest, ALeftEditorChangesNothing) {
+    Open(Device1D);
+    SetText(general::PrefixCode, std::span(TEXT("old")));
+    HWND tree = ShowPage("General");
+    const std::string before = Dump(tree);
+    for (const auto& way : WaysOut) {
+        SCOPED_TRACE(way.What);
+        for (const DWORD item : {10009u, 10005u, 11005u}) {
+            if (!FindItem(tree, item)) {
+                continue;
+            }
+            TapAndEdit(tree, FindItem(tree, item), [&](HWND editor) {
+                Type("[All]7");
+                way.Leave(editor);
+            });
+        }
+        HWND symbologies = ShowPage("1D");
+        TapAndEdit(symbologies, FindItem(symbologies, 1307), [&](HWND editor) {
+            Type("[All]9");
+            way.Leave(editor);
+        });
+        tree = ShowPage("General");
+    }
+    WCHAR prefix[TextWords];
+    GetText(general::PrefixCode, prefix);
+    EXPECT_EQ(Narrow(prefix), "old");
+    EXPECT_EQ(Value(general::VibrateDuration), 2);
+    EXPECT_EQ(Value(decoder1d::Industrial25Length2), 127);
+    EXPECT_TRUE(World.MainMessages.empty());
+    EXPECT_EQ(Dump(tree), before);
+}
+
+struct PairCase {
+    const char* First;
+    const char* Second;
+    WORD Larger, Smaller;
+};
+
+TEST_F(SheetTest, APairIsStoredTheLargerFirst) {
+    Open(DeviceLaser);
+    HWND tree = ShowPage("1D");
+    Tap(tree, FindChoice(tree, 0x12FF, 3), Spot::Image);
+    for (const PairCase& pair :
+         {PairCase{"4", "20", 20, 4}, PairCase{"30", "6", 30, 6}, PairCase{"9", "9", 9, 9}}) {
+        // Both lengths open the same editor.
+        for (const DWORD tapped : {0x1213u, 0x1212u}) {
+            SetValue(engine::Code39Length1, 55);
+            SetValue(engine::Code39Length2, 2);
+            TapAndEdit(tree, FindItem(tree, tapped), [&](HWND editor) {
+                EXPECT_EQ(TextOf(editor, IDC_EDIT), "55");
+                EXPECT_EQ(TextOf(editor, IDC_EDIT_2), "2");
+                WidgetOf(GetDlgItem(editor, IDC_EDIT))->setFocus();
+                Type(std::string("[All]") + pair.First);
+                WidgetOf(GetDlgItem(editor, IDC_EDIT_2))->setFocus();
+                Type(std::string("[All]") + pair.Second + "[Enter]");
+            });
+            EXPECT_EQ(Value(engine::Code39Length1), pair.Larger);
+            EXPECT_EQ(Value(engine::Code39Length2), pair.Smaller);
+            EXPECT_EQ(LineOf(tree, FindItem(tree, 0x1213)),
+                      "# 0x1213 Maximum Length :  " + std::to_string(pair.Larger));
+            EXPECT_EQ(LineOf(tree, FindItem(tree, 0x1212)),
+                      "# 0x1212 Minimum Length :  " + std::to_string(pair.Smaller));
+        }
+    }
+}
+
+// ---- texts
+
+TEST_F(SheetTest, ATextIsStoredUpToItsLimit) {
+    Open(Device1D | DeviceRfid);
+    HWND tree = ShowPage("General");
+    const struct {
+        DWORD Item;
+        const char* Keys;
+        const char* Shown;
+    } texts[] = {
+        {10009, "[All]0123456789abc", "T 10009 Prefix Code :  0123456789"},
+        {10009, "[All]a b", "T 10009 Prefix Code :  a b"},
+        {10009, "[All][Delete]", "T 10009 Prefix Code :  <NULL>"},
+        {10010, "[All]x", "T 10010 Suffix Code :  x"},
+        {11004, "[All];", "T 11004 Delimiter :  ;"},
+        {11004, "[End]?", "T 11004 Delimiter :  ;"},
+        {11004, "[All][Delete]", "T 11004 Delimiter :  <NULL>"},
+    };
+    for (const auto& text : texts) {
+        TapAndEdit(tree, FindItem(tree, text.Item), [&](HWND) { Type(std::string(text.Keys) + "[Enter]"); });
+        EXPECT_EQ(LineOf(tree, FindItem(tree, text.Item)), text.Shown);
+    }
+    WCHAR prefix[TextWords];
+    GetText(general::PrefixCode, prefix);
+    EXPECT_EQ(prefix[0], 0);
+    EXPECT_EQ(Value(general::Delimiter), 0);
+}
+
+TEST_F(SheetTest, PastedTextIsCutBetweenCharacters) {
+    Open(Device1D | DeviceRfid);
+    HWND tree = ShowPage("General");
+    const struct {
+        DWORD Item;
+        const char16_t* Pasted;
+        const char16_t* Stored;
+    } texts[] = {
+        {10009, u"äöü€ß", u"äöü€ß"},
+        {10009, u"0123456789ABCDEF", u"0123456789"},
+        // A character of two words that only half fits is left out.
+        {10009, u"012345678\U0001F600", u"012345678"},
+        {11004, u"\U0001F600", u""},
+    };
+    for (const auto& text : texts) {
+        QApplication::clipboard()->setText(QString::fromUtf16(text.Pasted));
+        TapAndEdit(tree, FindItem(tree, text.Item), [&](HWND) { Type("[All][Delete][Paste][Enter]"); });
+        const ItemBuffer stored = ReadItem(PageGeneral, text.Item).Text;
+        EXPECT_EQ(std::u16string(stored.data()), text.Stored);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,166 @@
+// The sheet as a whole: its pages, its ways out, and what takes it away while it is used.
+#include <QPushButton>
+#include <QTabBar>
+#include <QTest>
+#include <algorithm>
+
+#include "app/settings_window.h"
+#include "app/shell_state.h"
+#include "platform/linux/window_object.h"
+#include "platform/linux/windows/message_loop.h"
+#include "resources/resource.h"
+#include "settings/all_fields.h"
+#include "tests/ui/sheet_driver.h"
+#include "ui/settings_sheet.h"
+
+namespace {
+
+QWidget* SheetWidget() {
+    return WidgetOf(ShellState.SettingsSheet);
+}
+
+void ClickButton(const char* text) {
+    for (QPushButton* button : SheetWidget()->findChildren<QPushButton*>()) {
+        QString shown = button->text();
+        if (shown.remove('&') == text && button->isVisible()) {
+            QTest::mouseClick(button, Qt::LeftButton);
+            layer::PumpMessages();
+            return;
+        }
+    }
+    FAIL() << "no button " << text;
+}
+
+// As the main window does it.
+void DestroySheet() {
+    if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
+        DestroyWindow(sheet);
+    }
+}
+
+TEST_F(SheetTest, HasAPagePerReaderAndOpensOnTheGeneralOne) {
+    const struct {
+        WORD Devices;
+        std::vector<std::string> Pages;
+    } terminals[] = {{Device1D, {"1D", "General"}},
+                     {DeviceLaser | DeviceRfid, {"1D", "General"}},
+                     {DeviceImager, {"2D", "General"}},
+                     {DeviceRfid, {"General"}},
+                     {Device1D | DeviceImager, {"1D", "2D", "General"}}};
+    for (const auto& terminal : terminals) {
+        Open(terminal.Devices);
+        auto* tabs = SheetWidget()->findChild<QTabBar*>();
+        std::vector<std::string> pages;
+        for (int i = 0; i < tabs->count(); ++i) {
+            pages.push_back(tabs->tabText(i).toStdString());
+        }
+        EXPECT_EQ(pages, terminal.Pages);
+        EXPECT_EQ(tabs->currentIndex(), tabs->count() - 1);
+        EXPECT_EQ(tabs->shape(), QTabBar::RoundedSouth);
+        DestroySheet();
+        layer::PumpMessages();
+    }
+}
+
+TEST_F(SheetTest, SwitchesTheReadersOffAndKeepsWhatTheyHold) {
+    Fit(Device1D);
+    ShellState.BarcodeEnabled = 1;
+    ShellState.RfidEnabled = 1;
+    Open();
+    EXPECT_EQ(DWORD{ShellState.BarcodeEnabled}, 0u);
+    EXPECT_EQ(DWORD{ShellState.RfidEnabled}, 0u);
+    EXPECT_FALSE(Changed(general::GoodReadBeep));
+    SetValue(general::GoodReadBeep, '7');
+    EXPECT_TRUE(Changed(general::GoodReadBeep));
+
+    // Opened again before the change was applied: it still has to be.
+    DestroySheet();
+    Open();
+    EXPECT_TRUE(Changed(general::GoodReadBeep));
+    ShellState.SettingsUnapplied = 0;
+    DestroySheet();
+    Open();
+    EXPECT_FALSE(Changed(general::GoodReadBeep));
+}
+
+TEST_F(SheetTest, OkAppliesOnceAndMayTakeTheSheetAway) {
+    World.OnMain = [](UINT message) {
+        if (message == WM_APPLYSETTINGS) {
+            DestroySheet();
+        }
+    };
+    for (const bool onOtherPage : {false, true}) {
+        World.MainMessages.clear();
+        Open(Device1D);
+        if (onOtherPage) {
+            ShowPage("1D");
+        }
+        HWND sheet = ShellState.SettingsSheet;
+        ClickButton("OK");
+        EXPECT_EQ(World.MainMessages, std::vector<UINT>{WM_APPLYSETTINGS});
+        EXPECT_FALSE(IsWindow(sheet));
+    }
+}
+
+TEST_F(SheetTest, EveryWayOfCancellingClosesTheProgram) {
+    World.OnMain = [](UINT message) {
+        if (message == WM_CLOSE) {
+            DestroySheet();
+        }
+    };
+    const std::function<void()> ways[] = {
+        [] { ClickButton("Cancel"); },
+        [] { Type("[Escape]"); },
+        [] { SheetWidget()->window()->close(); },
+    };
+    for (const auto& cancel : ways) {
+        World.MainMessages.clear();
+        Open(DeviceImager);
+        ShowPage("2D");
+        ShowPage("General");
+        cancel();
+        layer::PumpMessages();
+        ASSERT_FALSE(World.MainMessages.empty());
+        EXPECT_EQ(World.MainMessages.front(), static_cast<UINT>(WM_CLOSE));
+        EXPECT_EQ(std::count(World.MainMessages.begin(), World.MainMessages.end(), WM_APPLYSETTINGS), 0);
+    }
+}
+
+// ---- what happens while an editor is open
+
+TEST_F(SheetTest, ASecondStartReplacesTheSheetUnderAnEditor) {
+    Open(Device1D);
+    HWND old = ShellState.SettingsSheet;
+    HWND tree = ShowPage("General");
+    TapAndEdit(tree, FindItem(tree, 10009), [&](HWND) {
+        Type("[All]lost");
+        OpenSettings(ShellState.MainWindow);
+        EXPECT_FALSE(IsWindow(old));
+        EXPECT_TRUE(IsWindow(ShellState.SettingsSheet));
+    });
+    layer::PumpMessages();
+    tree = ShowPage("General");
+    EXPECT_EQ(LineOf(tree, FindItem(tree, 10009)), "T 10009 Prefix Code :  <NULL>");
+    EXPECT_EQ(static_cast<HWND>(ShellState.EditorDialog), nullptr);
+}
+
+TEST_F(SheetTest, TheEndOfTheProgramTakesTheEditorAlong) {
+    for (const DWORD item : {10009u, 10005u}) {
+        Open(Device1D);
+        HWND tree = ShowPage("General");
+        TapAndEdit(tree, FindItem(tree, item), [&](HWND editor) {
+            // As the main window's clean-up does it: the sheet first.
+            DestroySheet();
+            if (HWND open = ShellState.EditorDialog.Exchange(nullptr)) {
+                EndDialog(open, IDCANCEL);
+            }
+            PostQuitMessage(0);
+            EXPECT_FALSE(IsWindow(editor) && IsWindowVisible(editor));
+        });
+        layer::ForgetQuit();
+        layer::PumpMessages();
+    }
+    EXPECT_EQ(Value(general::VibrateDuration), 2);
+}
+
+}  // namespace

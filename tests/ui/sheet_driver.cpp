@@ -1,0 +1,325 @@
+#include "tests/ui/sheet_driver.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QTabBar>
+#include <QTest>
+#include <QTimer>
+#include <map>
+
+#include "app/shell_state.h"
+#include "app/trigger.h"
+#include "firmware/upgrade.h"
+#include "platform/linux/start_windows.h"
+#include "platform/linux/window_object.h"
+#include "platform/linux/windows/message_loop.h"
+#include "resources/resource.h"
+#include "settings/defaults.h"
+#include "ui/settings_sheet.h"
+
+Outside World;
+
+// What the key sequence leads to is told elsewhere.
+DWORD UpgradeFirmware(HWND owner) {
+    EXPECT_EQ(owner, static_cast<HWND>(ShellState.SettingsSheet));
+    ++World.Upgrades;
+    return 0;
+}
+
+namespace {
+
+LRESULT CALLBACK TestMainProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_TIMER:
+            KillTimer(window, LOWORD(wParam));
+            HandleTimer(LOWORD(wParam));
+            return 0;
+        case WM_CLOSE:
+        case WM_APPLYSETTINGS:
+        case WM_OPENSETTINGS:
+            World.MainMessages.push_back(message);
+            if (World.OnMain) {
+                World.OnMain(message);
+            }
+            return 0;
+        default:
+            return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+void RegisterMainClass() {
+    static const bool registered = [] {
+        WNDCLASSW windowClass = {};
+        windowClass.lpfnWndProc = TestMainProc;
+        windowClass.lpszClassName = WindowClassName;
+        return RegisterClassW(&windowClass) != 0;
+    }();
+    ASSERT_TRUE(registered);
+}
+
+HIMAGELIST LoadImages() {
+    HIMAGELIST images = ImageList_Create(15, 15, ILC_MASK, 7, 0);
+    HBITMAP bitmap = LoadBitmapW(nullptr, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
+    ImageList_AddMasked(images, bitmap, RGB(0, 255, 0));
+    DeleteObject(bitmap);
+    return images;
+}
+
+HWND FindDescendant(const layer::WindowObject& window, int id) {
+    for (const layer::WindowPtr& child : window.Children()) {
+        if (child->Id() == id) {
+            return child->Handle();
+        }
+        if (HWND found = FindDescendant(*child, id)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+HTREEITEM Next(HWND tree, WPARAM relation, HTREEITEM item) {
+    return reinterpret_cast<HTREEITEM>(
+        SendMessageW(tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
+}
+
+HTREEITEM FindUnder(HWND tree, HTREEITEM first, DWORD parameter) {
+    for (HTREEITEM item = first; item; item = NextAfter(tree, item)) {
+        TreeItem read;
+        if (ReadTreeItem(tree, item, read) && read.Parameter == parameter) {
+            return item;
+        }
+        if (HTREEITEM found = FindUnder(tree, FirstChildOf(tree, item), parameter)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+void DumpUnder(HWND tree, HTREEITEM first, int depth, std::string& out) {
+    for (HTREEITEM item = first; item; item = NextAfter(tree, item)) {
+        out += std::string(static_cast<std::size_t>(4 * depth), ' ') + LineOf(tree, item) + "\n";
+        DumpUnder(tree, FirstChildOf(tree, item), depth + 1, out);
+    }
+}
+
+// The tree and the model that shows it have the same order.
+QModelIndex IndexOf(HWND tree, HTREEITEM item) {
+    int row = 0;
+    for (HTREEITEM before = PreviousBefore(tree, item); before; before = PreviousBefore(tree, before)) {
+        ++row;
+    }
+    HTREEITEM parent = ParentOf(tree, item);
+    const QModelIndex parentIndex = parent ? IndexOf(tree, parent) : QModelIndex();
+    return ViewOf(tree)->model()->index(row, 0, parentIndex);
+}
+
+}  // namespace
+
+SheetTest::SheetTest() {
+    layer::StartWindows();
+    RegisterMainClass();
+    World = {};
+    HWND window = CreateWindowExW(0, WindowClassName, WindowTitle, 0, 0, 0, 240, 294, nullptr, nullptr,
+                                  nullptr, nullptr);
+    ShellState.MainWindow = window;
+    ShellState.StateImages = LoadImages();
+    ShellState.SettingsUnapplied = 0;
+    ShellState.UpgradeKeyArmed = 0;
+    ShellState.InitDone = 1;
+    PreviewSound = [](int sound) { World.Sounds.push_back(sound); };
+}
+
+SheetTest::~SheetTest() {
+    if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
+        DestroyWindow(sheet);
+    }
+    DestroyWindow(ShellState.MainWindow);
+    layer::PumpMessages();
+    ImageList_Destroy(ShellState.StateImages);
+    EXPECT_EQ(static_cast<HWND>(ShellState.EditorDialog), nullptr);
+}
+
+void SheetTest::Fit(WORD deviceFlags) {
+    for (Relaxed<WORD>& word : GeneralSettings) {
+        word = 0;
+    }
+    DeviceFlags = deviceFlags;
+    ResetSettings(ResetAllGroups);
+    BuildPageLists();
+}
+
+void SheetTest::Open() {
+    ASSERT_TRUE(ShowSettingsSheet(ShellState.MainWindow));
+    layer::PumpMessages();
+}
+
+HWND SheetTest::ShowPage(const char* title) {
+    const layer::WindowPtr sheet = layer::FindWindowObject(ShellState.SettingsSheet);
+    auto* tabs = sheet->Widget()->findChild<QTabBar*>();
+    for (int i = 0; i < tabs->count(); ++i) {
+        if (tabs->tabText(i) == title) {
+            QTest::mouseClick(tabs, Qt::LeftButton, {}, tabs->tabRect(i).center());
+        }
+    }
+    layer::PumpMessages();
+    static const std::map<std::string, int> trees = {
+        {"1D", IDC_TREE_1D}, {"2D", IDC_TREE_2D}, {"General", IDC_TREE_GENERAL}};
+    return FindDescendant(*sheet, trees.at(title));
+}
+
+std::string Narrow(const WCHAR* text) {
+    return QString::fromUtf16(text).toStdString();
+}
+
+HTREEITEM FindItem(HWND tree, DWORD itemId) {
+    return FindUnder(tree, Next(tree, TVGN_ROOT, nullptr), itemId);
+}
+
+HTREEITEM FindChoice(HWND tree, DWORD listId, DWORD parameter) {
+    return FindByParameter(tree, FirstChildOf(tree, FindItem(tree, listId)), parameter);
+}
+
+std::string LineOf(HWND tree, HTREEITEM item) {
+    static const char* const images[] = {"?", "[ ]", "[x]", "( )", "(*)", "T", "#", "+"};
+    WCHAR text[128] = {};
+    TVITEMW read = {};
+    read.mask = TVIF_HANDLE | TVIF_TEXT;
+    read.hItem = item;
+    read.pszText = text;
+    read.cchTextMax = 128;
+    TreeItem known;
+    if (!ReadTreeItem(tree, item, known) ||
+        !SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&read))) {
+        return "unreadable";
+    }
+    const bool packetReaders = known.Parameter >= 0x1000 && known.Parameter <= 0x1DFF;
+    const QString number = packetReaders
+                               ? QString("0x%1").arg(QString::number(known.Parameter, 16).toUpper(), 4, u'0')
+                               : QString::number(known.Parameter);
+    return std::string(images[static_cast<std::size_t>(known.Image) % 8]) + " " + number.toStdString() + " " +
+           Narrow(text);
+}
+
+std::vector<std::string> ChildrenOf(HWND tree, HTREEITEM item) {
+    std::vector<std::string> lines;
+    for (HTREEITEM child = FirstChildOf(tree, item); child; child = NextAfter(tree, child)) {
+        lines.push_back(LineOf(tree, child));
+    }
+    return lines;
+}
+
+std::string Dump(HWND tree) {
+    std::string out;
+    DumpUnder(tree, Next(tree, TVGN_ROOT, nullptr), 1, out);
+    return out;
+}
+
+QWidget* WidgetOf(HWND window) {
+    return layer::FindWindowObject(window)->Widget();
+}
+
+QAbstractItemView* ViewOf(HWND tree) {
+    QWidget* widget = WidgetOf(tree);
+    auto* view = qobject_cast<QAbstractItemView*>(widget);
+    return view ? view : widget->findChild<QAbstractItemView*>();
+}
+
+void Tap(HWND tree, HTREEITEM item, Spot spot) {
+    ASSERT_NE(item, nullptr);
+    QAbstractItemView* view = ViewOf(tree);
+    const QModelIndex index = IndexOf(tree, item);
+    view->scrollTo(index);
+    layer::PumpMessages();
+    const QRect row = view->visualRect(index);
+    const UINT wanted = spot == Spot::Image ? TVHT_ONITEMSTATEICON : TVHT_ONITEMLABEL;
+    for (int x = 0; x < view->viewport()->width(); ++x) {
+        const QPoint inView(x, row.center().y());
+        const QPoint onScreen = view->viewport()->mapToGlobal(inView);
+        TVHITTESTINFO hit = {};
+        hit.pt = {onScreen.x(), onScreen.y()};
+        ScreenToClient(tree, &hit.pt);
+        SendMessageW(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+        if (hit.hItem == item && (hit.flags & wanted)) {
+            QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, inView + QPoint(2, 0));
+            layer::PumpMessages();
+            return;
+        }
+    }
+    FAIL() << "nowhere to tap on " << LineOf(tree, item);
+}
+
+void WithEditor(const std::function<void()>& start, const std::function<void(HWND)>& work) {
+    constexpr int patience = 2000;  // milliseconds for an editor to close
+    HWND edited = nullptr;
+    QElapsedTimer since;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        HWND editor = ShellState.EditorDialog;
+        if (!edited && editor) {
+            edited = editor;
+            since.start();
+            work(editor);
+        } else if (edited && since.elapsed() > patience && IsWindow(edited)) {
+            ADD_FAILURE() << "the editor was left open";
+            SendMessageW(edited, WM_COMMAND, IDCANCEL, 0);
+        }
+    });
+    watch.start(1);
+    start();
+    EXPECT_NE(edited, nullptr) << "no editor opened";
+}
+
+void TapAndEdit(HWND tree, HTREEITEM item, const std::function<void(HWND)>& work) {
+    WithEditor([&] { Tap(tree, item, Spot::Label); }, work);
+}
+
+void Type(const std::string& keys) {
+    static const std::map<std::string, int> names = {{"Backspace", Qt::Key_Backspace},
+                                                     {"Delete", Qt::Key_Delete},
+                                                     {"Home", Qt::Key_Home},
+                                                     {"End", Qt::Key_End},
+                                                     {"Left", Qt::Key_Left},
+                                                     {"Up", Qt::Key_Up},
+                                                     {"Down", Qt::Key_Down},
+                                                     {"Enter", Qt::Key_Return},
+                                                     {"Escape", Qt::Key_Escape},
+                                                     {"Tab", Qt::Key_Tab},
+                                                     {"Space", Qt::Key_Space},
+                                                     {"F2", Qt::Key_F2},
+                                                     {"F7", Qt::Key_F7}};
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        QWidget* focus = QApplication::focusWidget();
+        ASSERT_NE(focus, nullptr);
+        if (keys[i] != '[') {
+            QTest::keyClick(focus, keys[i]);
+            continue;
+        }
+        const std::size_t end = keys.find(']', i);
+        const std::string name = keys.substr(i + 1, end - i - 1);
+        if (name == "All") {
+            QTest::keyClick(focus, Qt::Key_A, Qt::ControlModifier);
+        } else if (name == "Paste") {
+            QTest::keyClick(focus, Qt::Key_V, Qt::ControlModifier);
+        } else {
+            QTest::keyClick(focus, static_cast<Qt::Key>(names.at(name)));
+        }
+        i = end;
+    }
+}
+
+void PressButton(HWND dialog, int id) {
+    HWND button = GetDlgItem(dialog, id);
+    ASSERT_NE(button, nullptr);
+    QTest::mouseClick(WidgetOf(button), Qt::LeftButton);
+}
+
+std::string TextOf(HWND dialog, int control) {
+    WCHAR text[128] = {};
+    GetDlgItemTextW(dialog, control, text, 128);
+    return Narrow(text);
+}
+
+std::string CaptionOf(HWND window) {
+    return Narrow(layer::FindWindowObject(window)->Text().c_str());
+}
