@@ -1,9 +1,12 @@
 // vantrel-watch: prints each scan of the terminal as one line of JSON.
 #include "tools/watch.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <string_view>
 
+#include "platform/linux/thread.h"
 #include "tools/arguments.h"
 
 namespace {
@@ -36,5 +39,9 @@ int main(int count, char** arguments) {
             return 2;
         }
     }
-    return messages ? WatchMessages(options) : WatchEvent(options);
+    const int code = messages ? WatchMessages(options) : WatchEvent(options);
+    // Gives the shared names and the socket back.
+    layer::BeginEnd();
+    std::fflush(nullptr);
+    _exit(code);
 }

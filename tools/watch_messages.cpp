@@ -1,6 +1,8 @@
 // A consumer of the broadcasts: a window that never shows itself.
 #include <cstdio>
+#include <cstdlib>
 
+#include "platform/linux/start_windows.h"
 #include "platform/window.h"
 #include "tools/record_json.h"
 #include "tools/watch.h"
@@ -67,6 +69,10 @@ LRESULT CALLBACK WatchProc(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 }  // namespace
 
 int WatchMessages(const WatchOptions& options) {
+    // The window is never shown, so any display will do, and none is asked for.
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    layer::StartWindows();
+    layer::TakeSignals();
     TheWatch.Options = options;
     TheWatch.MsgDecode = RegisterWindowMessageW(TEXT("WM_DECODE"));
     WNDCLASSW windowClass{};

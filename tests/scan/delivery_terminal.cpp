@@ -8,6 +8,7 @@
 
 #include "app/shell_state.h"
 #include "platform/linux/keyboard_backend.h"
+#include "platform/linux/start_windows.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/message_queue.h"
 #include "settings/all_fields.h"
@@ -43,7 +44,6 @@ LRESULT CALLBACK LoggingProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
     if (message == WM_COPYDATA) {
         const auto& copy = *reinterpret_cast<const COPYDATASTRUCT*>(lParam);
         EXPECT_EQ(copy.dwData, ShellState.MsgDecode);
-        EXPECT_EQ(reinterpret_cast<HWND>(wParam), ShellState.MainWindow);
         Current->CopiedRecord.assign(static_cast<const char*>(copy.lpData), copy.cbData);
         Current->KeysBeforeCopy = Current->Keys->Events().size();
         Current->Messages.push_back("copydata");
@@ -119,6 +119,7 @@ std::string KeyLog::Text() const {
 }
 
 DeliveryTerminal::DeliveryTerminal(WORD devices, layer::Clock* clock) : Keys(new KeyLog) {
+    layer::StartWindows();
     layer::InstallClock(clock);
     layer::InstallKeyboard(std::make_unique<LoggedKeyboard>(*Keys));
     ResetSettings(devices);
