@@ -18,6 +18,10 @@ void StartRfid() {
         return;
     }
     ShellState.RfidReadActive = 1;
+    // The read may be over already; its thread has then taken back a mark that was not there yet.
+    if (!RfidChannelInUse()) {
+        ShellState.RfidReadActive = 0;
+    }
 }
 
 void HandleTrigger(bool pressed) {
