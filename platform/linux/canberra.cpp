@@ -1,5 +1,10 @@
 #include <canberra.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
 #include "platform/linux/sound_backend.h"
 
 namespace layer {
@@ -8,10 +13,24 @@ namespace {
 
 constexpr std::uint32_t SoundId = 1;
 
+bool Exists(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::exists(path, error);
+}
+
+// Whether there is anything to play on. Without a device the sound libraries fail as well, but each attempt
+// fills standard error with their complaints.
+bool AnyDevice() {
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    return std::getenv("PULSE_SERVER") != nullptr ||
+           (runtime != nullptr && Exists(std::string(runtime) + "/pulse/native")) ||
+           Exists("/dev/snd/controlC0") || Exists("/dev/snd/controlC1") || Exists("/dev/dsp");
+}
+
 class CanberraSound : public SoundBackend {
   public:
     void Play(const std::string& path) override {
-        if (context_ == nullptr && !Open()) {
+        if (context_ == nullptr && (!AnyDevice() || !Open())) {
             return;
         }
         // A failure (no device, no sound server, no such file) is silence; the next sound tries anew, since a
