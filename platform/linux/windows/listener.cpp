@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <list>
 #include <mutex>
 #include <thread>
@@ -137,13 +138,18 @@ void TakeAnswers(Listener& listener) {
     }
 }
 
-void TakeCaller(Listener& listener) {
-    Descriptor socket(accept4(listener.Socket.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-    if (socket && listener.Callers.size() < MostCallers) {
-        Caller& caller = listener.Callers.emplace_back();
-        caller.Number = ++listener.LastCaller;
-        caller.Connection.Socket = std::move(socket);
-        caller.HeardLast = SteadyClock::now();
+void TakeCallers(Listener& listener) {
+    for (;;) {
+        Descriptor socket(accept4(listener.Socket.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (!socket) {
+            return;
+        }
+        if (listener.Callers.size() < MostCallers) {
+            Caller& caller = listener.Callers.emplace_back();
+            caller.Number = ++listener.LastCaller;
+            caller.Connection.Socket = std::move(socket);
+            caller.HeardLast = SteadyClock::now();
+        }
     }
 }
 
@@ -170,7 +176,7 @@ void Serve() {
             caller = ServeCaller(*caller, events) ? std::next(caller) : listener.Callers.erase(caller);
         }
         if (ready > 0 && (files[1].revents & POLLIN) != 0) {
-            TakeCaller(listener);
+            TakeCallers(listener);
         }
         if (ready > 0 && (files[0].revents & POLLIN) != 0) {
             TakeAnswers(listener);
@@ -204,6 +210,8 @@ bool StartListening() {
     listener.Stop = false;
     listener.Thread = std::thread(Serve);
     AtEnd(StopListening);
+    // A program that ends by itself leaves no socket either.
+    static const bool atExit [[maybe_unused]] = std::atexit(StopListening) == 0;
     return true;
 }
 

@@ -14,6 +14,7 @@
 #include "platform/linux/windows/menus.h"
 #include "platform/linux/windows/message_box.h"
 #include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/window_table.h"
 
 namespace layer {
 
@@ -332,7 +333,7 @@ LRESULT DispatchMessageW(const MSG* message) {
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     layer::SuspendPoint();
     // Only windows of this program are posted to.
-    if (IsWindow(window) == FALSE) {
+    if (!layer::IsOwnWindow(window)) {
         return FALSE;
     }
     {

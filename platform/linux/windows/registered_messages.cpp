@@ -7,6 +7,7 @@
 #include <fstream>
 #include <map>
 #include <mutex>
+#include <set>
 
 #include "platform/linux/terminal.h"
 #include "platform/linux/thread.h"
@@ -31,6 +32,16 @@ Registry& Registered() {
     return *registry;
 }
 
+// Letter case does not matter in this table.
+std::u16string Lower(std::u16string_view name) {
+    std::u16string lower(name);
+    for (char16_t& character : lower) {
+        character =
+            character >= u'A' && character <= u'Z' ? static_cast<char16_t>(character + 32) : character;
+    }
+    return lower;
+}
+
 UINT NumberIn(const Numbers& numbers, std::u16string_view name) {
     for (const auto& [number, known] : numbers) {
         if (SameClass(known, name)) {
@@ -40,13 +51,12 @@ UINT NumberIn(const Numbers& numbers, std::u16string_view name) {
     return 0;
 }
 
-// FNV-1a over the name, letter case aside as everywhere in this table.
+// FNV-1a over the name.
 UINT Hash(std::u16string_view name) {
     std::uint32_t hash = 2166136261u;
-    for (char16_t character : name) {
-        const char16_t lower = character >= u'A' && character <= u'Z' ? character + 32 : character;
-        hash = (hash ^ (lower & 0xFF)) * 16777619u;
-        hash = (hash ^ (lower >> 8)) * 16777619u;
+    for (const char16_t character : Lower(name)) {
+        hash = (hash ^ (character & 0xFFu)) * 16777619u;
+        hash = (hash ^ (character >> 8)) * 16777619u;
     }
     return FirstRegistered + (hash ^ (hash >> 16)) % (LastRegistered - FirstRegistered + 1);
 }
@@ -55,28 +65,37 @@ std::string FileName() {
     return WindowsFolder() + "/messages";
 }
 
-Numbers ReadFile() {
-    Numbers numbers;
+// What the file says; of lines that contradict each other the first counts.
+struct Agreed {
+    std::map<std::u16string, UINT> Numbers;  // by the name in lower case
+    std::set<UINT> Taken;
+};
+
+Agreed ReadFile() {
+    Agreed agreed;
     std::ifstream file(FileName());
     std::string line;
-    while (numbers.size() <= LastRegistered - FirstRegistered && std::getline(file, line)) {
+    while (agreed.Taken.size() <= LastRegistered - FirstRegistered && std::getline(file, line)) {
         unsigned number = 0;
         int used = 0;
-        if (std::sscanf(line.c_str(), "%4x %n", &number, &used) == 1 && used > 0 &&
-            number >= FirstRegistered && number <= LastRegistered) {
-            const std::u16string name = FromUtf8(std::string_view(line).substr(used));
-            if (!name.empty() && name.size() <= LongestName && NumberIn(numbers, name) == 0) {
-                numbers.emplace(number, name);
-            }
+        if (std::sscanf(line.c_str(), "%4x %n", &number, &used) != 1 || used == 0 ||
+            number < FirstRegistered || number > LastRegistered) {
+            continue;
+        }
+        const std::u16string name =
+            Lower(FromUtf8(std::string_view(line).substr(static_cast<std::size_t>(used))));
+        if (!name.empty() && name.size() <= LongestName && !agreed.Numbers.contains(name) &&
+            agreed.Taken.insert(number).second) {
+            agreed.Numbers.emplace(name, number);
         }
     }
-    return numbers;
+    return agreed;
 }
 
-UINT FreeNumber(const Numbers& file, const Numbers& own, std::u16string_view name) {
+UINT FreeNumber(const Agreed& agreed, const Numbers& own, std::u16string_view name) {
     UINT number = Hash(name);
     for (UINT tries = 0; tries <= LastRegistered - FirstRegistered; ++tries) {
-        if (!file.contains(number) && !own.contains(number)) {
+        if (!agreed.Taken.contains(number) && !own.contains(number)) {
             return number;
         }
         number = number == LastRegistered ? FirstRegistered : number + 1;
@@ -86,11 +105,11 @@ UINT FreeNumber(const Numbers& file, const Numbers& own, std::u16string_view nam
 
 UINT AgreeOnNumber(const Numbers& own, const std::u16string& name) {
     const FolderLock lock;
-    const Numbers file = ReadFile();
-    if (const UINT number = NumberIn(file, name); number != 0) {
-        return number;
+    const Agreed agreed = ReadFile();
+    if (const auto known = agreed.Numbers.find(Lower(name)); known != agreed.Numbers.end()) {
+        return known->second;
     }
-    const UINT number = FreeNumber(file, own, name);
+    const UINT number = FreeNumber(agreed, own, name);
     if (number != 0) {
         char text[16];
         std::snprintf(text, sizeof text, "%04X ", number);

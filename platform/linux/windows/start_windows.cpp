@@ -66,6 +66,15 @@ class QuitFilter : public QObject {
     }
 };
 
+QtMessageHandler StandardHandler = nullptr;
+
+// Platforms without a window manager say at every window that they have none.
+void HandleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    if (!text.startsWith(QLatin1String("This plugin does not support"))) {
+        StandardHandler(type, context, text);
+    }
+}
+
 void NoteSignal(int) {
     const int saved = errno;
     const char byte = 0;
@@ -90,6 +99,7 @@ void StartWindows() {
     }
     SetMainThread();
     ChoosePlatform();
+    StandardHandler = qInstallMessageHandler(HandleQtMessage);
     // Qt keeps both; the command line is not read.
     static char name[] = "vantrel";
     static char* arguments[] = {name, nullptr};

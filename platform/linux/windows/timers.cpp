@@ -5,6 +5,7 @@
 
 #include "platform/linux/thread.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/window_table.h"
 
 namespace layer {
 
@@ -62,7 +63,7 @@ bool TakeDueTimer(MSG& message) {
     TimerTable& table = Table();
     std::scoped_lock lock(table.Mutex);
     // Set by another thread while its window was going.
-    std::erase_if(table.Timers, [](const Timer& timer) { return IsWindow(timer.Window) == FALSE; });
+    std::erase_if(table.Timers, [](const Timer& timer) { return !IsOwnWindow(timer.Window); });
     const auto first = std::min_element(table.Timers.begin(), table.Timers.end(),
                                         [](const Timer& a, const Timer& b) { return a.Due < b.Due; });
     if (first == table.Timers.end() || first->Due > now) {
@@ -90,7 +91,7 @@ int UntilNextTimer() {
 
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) {
     layer::SuspendPoint();
-    if (IsWindow(window) == FALSE) {
+    if (!layer::IsOwnWindow(window)) {
         return 0;
     }
     // The platform's shortest and longest periods.

@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <map>
 
+#include "platform/linux/start_windows.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/single_instance.h"
 #include "platform/linux/windows/window_table.h"
@@ -112,6 +113,8 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass) {
 HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y,
                      int width, int height, HWND parent, HMENU, HINSTANCE, LPVOID) {
     return layer::OnMain([&]() -> HWND {
+        // A program with a main function of its own begins here.
+        layer::StartWindows();
         const layer::WindowClass* windowClass = className != nullptr ? layer::FindClass(className) : nullptr;
         const layer::WindowPtr owner = layer::FindWindowObject(parent);
         if (windowClass == nullptr || (parent != nullptr && owner == nullptr)) {

@@ -1,0 +1,334 @@
+// Dialogs, menus and boxes, clicked as a user does.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+#include <QTimer>
+#include <thread>
+
+#include "platform/linux/start_windows.h"
+#include "platform/linux/window_object.h"
+#include "platform/linux/windows/message_loop.h"
+#include "platform/shell.h"
+#include "resources/resource.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+constexpr UINT TrayMessage = WM_USER + 2;
+
+std::vector<std::pair<UINT, WPARAM>> Seen;
+std::function<INT_PTR(HWND, UINT, WPARAM, LPARAM)> DialogHandler;
+LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_COMMAND || message == TrayMessage) {
+        Seen.emplace_back(message, wParam);
+        return 0;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    return DialogHandler ? DialogHandler(dialog, message, wParam, lParam) : 0;
+}
+
+QWidget* WidgetOf(HWND window) {
+    const layer::WindowPtr object = layer::FindWindowObject(window);
+    return object != nullptr ? object->Widget() : nullptr;
+}
+
+// The message box that shows the text, or any.
+QMessageBox* ShownBox(const QString& text = {}) {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* box = qobject_cast<QMessageBox*>(widget);
+        if (box != nullptr && box->isVisible() && (text.isEmpty() || box->informativeText() == text)) {
+            return box;
+        }
+    }
+    return nullptr;
+}
+
+// Runs the step once the modal loop that comes next waits for input.
+void Then(std::function<void()> step) {
+    QTimer::singleShot(0, qApp, std::move(step));
+}
+
+class DialogsTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        layer::StartWindows();
+        Seen.clear();
+        WNDCLASSW windowClass{};
+        windowClass.lpfnWndProc = Procedure;
+        windowClass.lpszClassName = TEXT("DialogsTest");
+        RegisterClassW(&windowClass);
+        window_ = CreateWindowExW(0, TEXT("DialogsTest"), TEXT("test"), WS_VISIBLE, 0, 0, 240, 294, nullptr,
+                                  nullptr, nullptr, nullptr);
+        ASSERT_NE(window_, nullptr);
+    }
+    void TearDown() override {
+        DialogHandler = nullptr;
+        DestroyWindow(window_);
+        layer::ForgetQuit();
+        layer::PumpMessages();
+    }
+    // Runs the text editor; the procedure ends it with the id of OK or Cancel.
+    INT_PTR RunEditor(std::function<void(HWND)> begin, std::function<void(HWND)> act,
+                      WORD number = IDD_TEXT_EDITOR) {
+        DialogHandler = [=, this](HWND dialog, UINT message, WPARAM wParam, LPARAM) -> INT_PTR {
+            if (message == WM_INITDIALOG) {
+                begin(dialog);
+                Then([=] { act(dialog); });
+                return 1;
+            }
+            if (message == WM_COMMAND) {
+                commands_.emplace_back(LOWORD(wParam), HIWORD(wParam));
+                if (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL) {
+                    GetDlgItemTextW(dialog, IDC_EDIT, text_, 40);
+                    EndDialog(dialog, LOWORD(wParam));
+                }
+                return 1;
+            }
+            return 0;
+        };
+        text_[0] = 0;
+        commands_.clear();
+        return DialogBoxParamW(nullptr, MAKEINTRESOURCEW(number), window_, DialogProcedure, 0);
+    }
+
+    TemporaryTerminal terminal_;
+    HWND window_ = nullptr;
+    WCHAR text_[40] = {};
+    std::vector<std::pair<int, int>> commands_;
+};
+
+TEST_F(DialogsTest, EveryWayToEndADialog) {
+    const auto nothing = [](HWND) {};
+    const auto edit = [](HWND dialog) { return WidgetOf(GetDlgItem(dialog, IDC_EDIT)); };
+    EXPECT_EQ(
+        RunEditor(nothing, [&](HWND d) { QTest::mouseClick(WidgetOf(GetDlgItem(d, IDOK)), Qt::LeftButton); }),
+        IDOK);
+    EXPECT_EQ(
+        RunEditor(nothing,
+                  [&](HWND d) { QTest::mouseClick(WidgetOf(GetDlgItem(d, IDCANCEL)), Qt::LeftButton); }),
+        IDCANCEL);
+    EXPECT_EQ(RunEditor(nothing, [&](HWND d) { QTest::keyClick(edit(d), Qt::Key_Return); }), IDOK);
+    EXPECT_EQ(RunEditor(nothing, [&](HWND d) { QTest::keyClick(edit(d), Qt::Key_Escape); }), IDCANCEL);
+    EXPECT_EQ(RunEditor(nothing, [&](HWND d) { WidgetOf(d)->close(); }), IDCANCEL)
+        << "closing cancels where the procedure leaves it";
+    EXPECT_EQ(RunEditor(nothing, [&](HWND d) { DestroyWindow(d); }), IDCANCEL);
+    EXPECT_EQ(RunEditor([](HWND d) { EndDialog(d, 77); }, nothing), 77) << "before it was shown";
+    EXPECT_EQ(RunEditor(nothing, [](HWND) { PostQuitMessage(0); }), IDCANCEL);
+    layer::ForgetQuit();
+    EXPECT_EQ(RunEditor(nothing, [&](HWND) { DestroyWindow(window_); }), IDCANCEL) << "its owner goes";
+    EXPECT_EQ(DialogBoxParamW(nullptr, MAKEINTRESOURCEW(9999), nullptr, DialogProcedure, 0), -1);
+}
+
+TEST_F(DialogsTest, EditControlsTellOfEveryChangeAndKeepLimits) {
+    const auto type = [](HWND dialog, const char* keys) {
+        QTest::keyClicks(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), QString::fromLatin1(keys));
+    };
+    RunEditor(
+        [](HWND dialog) {
+            SendDlgItemMessageW(dialog, IDC_EDIT, EM_LIMITTEXT, 5, 0);
+            SetDlgItemTextW(dialog, IDC_EDIT, TEXT("ab"));
+        },
+        [&](HWND dialog) {
+            EXPECT_EQ(WidgetOf(dialog)->focusWidget(), WidgetOf(GetDlgItem(dialog, IDC_EDIT)));
+            QTest::keyClick(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), Qt::Key_End);
+            type(dialog, "cdefgh");
+            QTest::keyClick(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), Qt::Key_Return);
+        });
+    EXPECT_EQ(std::u16string(text_), u"abcde");
+    const std::pair<int, int> change{IDC_EDIT, EN_CHANGE};
+    EXPECT_EQ(std::count(commands_.begin(), commands_.end(), change), 4) << "one by the program, three typed";
+
+    RunEditor(
+        [](HWND dialog) {
+            SetDlgItemTextW(dialog, IDC_EDIT, TEXT("longer than that"));
+            SendDlgItemMessageW(dialog, IDC_EDIT, EM_LIMITTEXT, 3, 0);
+        },
+        [&](HWND dialog) {
+            WCHAR text[40];
+            EXPECT_EQ(GetDlgItemTextW(dialog, IDC_EDIT, text, 7), 6u) << "as much as fits";
+            EXPECT_EQ(std::u16string(text), u"longer");
+            EXPECT_EQ(GetDlgItemTextW(dialog, IDC_EDIT, text, 40), 16u) << "the limit is the user's";
+            SetDlgItemTextW(dialog, IDC_EDIT, TEXT("ok"));
+            QTest::keyClick(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), Qt::Key_End);
+            type(dialog, "!!");
+            QTest::keyClick(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), Qt::Key_Return);
+        });
+    EXPECT_EQ(std::u16string(text_), u"ok!");
+}
+
+TEST_F(DialogsTest, NumbersInEdits) {
+    struct Case {
+        LPCWSTR Text;
+        bool Unsigned, Signed;
+        UINT Value;
+        INT SignedValue;
+    };
+    const Case cases[] = {
+        {TEXT("12"), true, true, 12, 12},         {TEXT("  007x"), true, true, 7, 7},
+        {TEXT("-3"), false, true, 0, -3},         {TEXT("4294967295"), true, false, 4294967295u, 0},
+        {TEXT("4294967296"), false, false, 0, 0}, {TEXT("-2147483648"), false, true, 0, INT_MIN},
+        {TEXT(""), false, false, 0, 0},           {TEXT("x1"), false, false, 0, 0},
+        {TEXT("-"), false, false, 0, 0},
+    };
+    RunEditor([](HWND) {},
+              [&](HWND dialog) {
+                  for (const Case& test : cases) {
+                      SetDlgItemTextW(dialog, IDC_EDIT, test.Text);
+                      BOOL good = 5;
+                      EXPECT_EQ(GetDlgItemInt(dialog, IDC_EDIT, &good, FALSE), test.Value);
+                      EXPECT_EQ(good, test.Unsigned ? TRUE : FALSE);
+                      EXPECT_EQ(static_cast<INT>(GetDlgItemInt(dialog, IDC_EDIT, &good, TRUE)),
+                                test.SignedValue);
+                      EXPECT_EQ(good, test.Signed ? TRUE : FALSE);
+                  }
+                  SetDlgItemInt(dialog, IDC_EDIT, static_cast<UINT>(-5), TRUE);
+                  EXPECT_EQ(GetDlgItemInt(dialog, 4711, nullptr, TRUE), 0u);
+                  EndDialog(dialog, 1);
+              });
+}
+
+// The button of a dialog is clicked, its dialog goes while the click is handled, and another loop runs on
+// top.
+TEST_F(DialogsTest, ADialogMayGoInsideItsOwnNotification) {
+    DialogHandler = [this](HWND dialog, UINT message, WPARAM wParam, LPARAM) -> INT_PTR {
+        if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+            DestroyWindow(dialog);
+            Then([] { QTest::mouseClick(ShownBox()->button(QMessageBox::Ok), Qt::LeftButton); });
+            Seen.emplace_back(0, MessageBoxW(window_, TEXT("gone"), TEXT("box"), MB_OK));
+            return 1;
+        }
+        return 0;
+    };
+    const HWND dialog =
+        CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_CAUTION), window_, DialogProcedure, 0);
+    ASSERT_NE(dialog, nullptr);
+    QPointer<QWidget> button = WidgetOf(GetDlgItem(dialog, IDOK));
+    QTest::mouseClick(button, Qt::LeftButton);
+    ASSERT_EQ(Seen.size(), 1u);
+    EXPECT_EQ(Seen[0].second, static_cast<WPARAM>(IDOK));
+    layer::PumpMessages();
+    EXPECT_TRUE(button.isNull());
+}
+
+TEST_F(DialogsTest, SeveralLinesKeepTheirEnds) {
+    const HWND dialog =
+        CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_CAUTION), window_, DialogProcedure, 0);
+    SetDlgItemTextW(dialog, IDC_EDIT, TEXT("one\r\n\r\ntwo"));
+    WCHAR text[40];
+    GetDlgItemTextW(dialog, IDC_EDIT, text, 40);
+    EXPECT_EQ(std::u16string(text), u"one\r\n\r\ntwo");
+    QTest::keyClicks(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), "x");
+    GetDlgItemTextW(dialog, IDC_EDIT, text, 40);
+    EXPECT_EQ(std::u16string(text), u"one\r\n\r\ntwo") << "it is read-only";
+    DestroyWindow(dialog);
+}
+
+QMenu* OpenMenu() {
+    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+}
+
+TEST_F(DialogsTest, TheTrayMenu) {
+    const HMENU menu = GetSubMenu(LoadMenuW(nullptr, MAKEINTRESOURCEW(IDM_TRAY)), 0);
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(CheckMenuItem(menu, IDM_BC_READER, MF_BYCOMMAND | MF_CHECKED), 0u);
+    EnableMenuItem(menu, IDM_RFID_READER, MF_BYCOMMAND | MF_GRAYED);
+    EXPECT_EQ(CheckMenuItem(menu, 4711, MF_CHECKED), 0xFFFFFFFFu);
+    Then([] {
+        QMenu* open = OpenMenu();
+        ASSERT_NE(open, nullptr);
+        const auto actions = open->actions();
+        ASSERT_EQ(actions.size(), 7);
+        EXPECT_TRUE(actions[0]->isChecked());
+        EXPECT_FALSE(actions[1]->isEnabled());
+        EXPECT_TRUE(actions[2]->isSeparator());
+        const QRect screen = QApplication::primaryScreen()->geometry();
+        EXPECT_TRUE(screen.contains(open->geometry())) << "clamped";
+        QTest::mouseClick(open, Qt::LeftButton, {}, open->actionGeometry(actions[1]).center());
+        EXPECT_TRUE(open->isVisible()) << "a grey item is nothing to choose";
+        QTest::mouseClick(open, Qt::LeftButton, {}, open->actionGeometry(actions[5]).center());
+    });
+    EXPECT_TRUE(TrackPopupMenuEx(menu, TPM_RIGHTALIGN | TPM_BOTTOMALIGN, 10, 20, window_, nullptr));
+    layer::PumpMessages();
+    ASSERT_EQ(Seen.size(), 1u);
+    EXPECT_EQ(Seen[0], (std::pair<UINT, WPARAM>{WM_COMMAND, IDM_ABOUT}));
+
+    // Escape, quitting and destroying end it with nothing chosen.
+    const std::function<void()> ends[] = {[] { QTest::keyClick(OpenMenu(), Qt::Key_Escape); },
+                                          [] { PostQuitMessage(0); }, [=] { DestroyMenu(menu); }};
+    for (const auto& end : ends) {
+        Then(end);
+        TrackPopupMenuEx(menu, 0, 10, 20, window_, nullptr);
+        layer::ForgetQuit();
+        layer::PumpMessages();
+    }
+    EXPECT_EQ(Seen.size(), 1u);
+    EXPECT_FALSE(TrackPopupMenuEx(menu, 0, 10, 20, window_, nullptr)) << "it has been destroyed";
+}
+
+TEST_F(DialogsTest, TheStandInIconIsTapped) {
+    NOTIFYICONDATAW icon{};
+    icon.cbSize = sizeof icon;
+    icon.hWnd = window_;
+    icon.uID = 990;
+    icon.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
+    icon.uCallbackMessage = TrayMessage;
+    icon.hIcon = LoadIconW(nullptr, MAKEINTRESOURCEW(IDI_TRAY));
+    ASSERT_NE(icon.hIcon, nullptr);
+    std::fill(std::begin(icon.szTip), std::end(icon.szTip), u'x');  // a tip without an end
+    ASSERT_TRUE(Shell_NotifyIconW(NIM_ADD, &icon));
+    EXPECT_FALSE(Shell_NotifyIconW(NIM_ADD, &icon)) << "it is there already";
+    layer::PumpMessages();
+    QWidget* standIn = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->windowTitle() == QString(64, u'x')) {
+            standIn = widget;
+        }
+    }
+    ASSERT_NE(standIn, nullptr);
+    EXPECT_FALSE(layer::WorkArea().intersects(standIn->geometry()));
+    QTest::mouseClick(standIn, Qt::LeftButton);
+    layer::PumpMessages();
+    ASSERT_EQ(Seen.size(), 1u);
+    EXPECT_EQ(Seen[0], (std::pair<UINT, WPARAM>{TrayMessage, 990}));
+    EXPECT_TRUE(Shell_NotifyIconW(NIM_DELETE, &icon));
+    EXPECT_FALSE(Shell_NotifyIconW(NIM_DELETE, &icon));
+    DestroyIcon(icon.hIcon);
+}
+
+TEST_F(DialogsTest, BoxesOfSeveralThreadsEndInAnyOrder) {
+    const auto ask = [&](LPCWSTR text) {
+        EXPECT_EQ(MessageBoxW(window_, text, TEXT("Error Msg"), MB_OK), IDOK);
+    };
+    std::thread first(ask, TEXT("first"));
+    std::thread second(ask, TEXT("second"));
+    const auto dismiss = [](const QString& text) {
+        QMessageBox* box = ShownBox(text);
+        ASSERT_NE(box, nullptr);
+        QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+    };
+    const auto wait = [](const std::function<bool()>& done) {
+        for (int i = 0; i < 1000 && !done(); ++i) {
+            layer::PumpMessages();
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    };
+    wait([] { return ShownBox("first") != nullptr && ShownBox("second") != nullptr; });
+    // Whichever was opened first: its thread goes on while the other box stays.
+    dismiss("first");
+    first.join();
+    EXPECT_NE(ShownBox("second"), nullptr);
+    dismiss("second");
+    second.join();
+}
+
+}  // namespace

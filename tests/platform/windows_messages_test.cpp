@@ -1,0 +1,299 @@
+// The message loop: timers, carried calls, quitting, windows that go while they are being told something.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "platform/linux/start_windows.h"
+#include "platform/linux/window_object.h"
+#include "platform/linux/windows/message_loop.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+using Handler = std::function<LRESULT(HWND, UINT, WPARAM, LPARAM)>;
+Handler Handle;
+
+LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    return Handle ? Handle(window, message, wParam, lParam) : DefWindowProcW(window, message, wParam, lParam);
+}
+
+class MessagesTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        layer::StartWindows();
+        layer::InstallClock(&clock_);
+        clock_.AddSource(layer::WindowTimers());
+        WNDCLASSW windowClass{};
+        windowClass.lpfnWndProc = Procedure;
+        windowClass.lpszClassName = TEXT("MessagesTest");
+        RegisterClassW(&windowClass);
+        window_ = CreateWindowExW(0, TEXT("MessagesTest"), TEXT("test"), 0, 0, 0, 20, 20, nullptr, nullptr,
+                                  nullptr, nullptr);
+        ASSERT_NE(window_, nullptr);
+    }
+    void TearDown() override {
+        Handle = nullptr;
+        DestroyWindow(window_);
+        layer::ForgetQuit();
+        layer::PumpMessages();
+        clock_.RemoveSource(layer::WindowTimers());
+        layer::InstallClock(nullptr);
+    }
+    // Notes the ids of timers and the wParam of private messages, in order.
+    void NoteEvents() {
+        Handle = [this](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
+            if (message == WM_TIMER || message >= WM_USER) {
+                seen_.push_back(wParam);
+            }
+            return 0;
+        };
+    }
+    std::vector<WPARAM> Advance(std::uint64_t milliseconds) {
+        seen_.clear();
+        clock_.Advance(milliseconds);
+        layer::PumpMessages();
+        return seen_;
+    }
+
+    TemporaryTerminal terminal_;
+    layer::ManualClock clock_;
+    HWND window_ = nullptr;
+    std::vector<WPARAM> seen_;
+};
+
+using Ids = std::vector<WPARAM>;
+
+TEST_F(MessagesTest, TimersFireWhenDue) {
+    NoteEvents();
+    SetTimer(window_, 1, 100, nullptr);
+    SetTimer(window_, 2, 30, nullptr);
+    EXPECT_EQ(Advance(29), Ids{});
+    EXPECT_EQ(Advance(1), Ids{2});
+    EXPECT_EQ(Advance(70), (Ids{2, 1})) << "the one due first comes first, and once however late";
+    EXPECT_TRUE(KillTimer(window_, 2));
+    EXPECT_FALSE(KillTimer(window_, 2));
+    EXPECT_EQ(Advance(100), Ids{1});
+    SetTimer(window_, 1, 100, nullptr);
+    EXPECT_EQ(Advance(60), Ids{});
+    SetTimer(window_, 1, 100, nullptr);
+    EXPECT_EQ(Advance(60), Ids{}) << "set again, it starts anew";
+    EXPECT_EQ(Advance(40), Ids{1});
+    SetTimer(window_, 3, 0, nullptr);
+    EXPECT_EQ(Advance(9), Ids{}) << "the platform's shortest period is 10 ms";
+    EXPECT_EQ(Advance(1), Ids{3});
+}
+
+TEST_F(MessagesTest, PostedMessagesComeBeforeTimersAndQuittingAfterThem) {
+    NoteEvents();
+    SetTimer(window_, 1, 10, nullptr);
+    clock_.Advance(50);
+    PostQuitMessage(5);
+    PostMessageW(window_, WM_USER, 100, 0);
+    PostMessageW(window_, WM_USER, 101, 0);
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
+        DispatchMessageW(&message);
+    }
+    EXPECT_EQ(seen_, (Ids{100, 101}));
+    EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
+    EXPECT_EQ(message.wParam, 5u);
+}
+
+TEST_F(MessagesTest, AThreadWaitsForTheAnswerOfTheMainThread) {
+    std::vector<int> order;
+    std::thread::id handler;
+    Handle = [&](HWND, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+        if (message == WM_USER) {
+            handler = std::this_thread::get_id();
+            order.push_back(static_cast<int>(wParam));
+            return lParam + 1;
+        }
+        return 0;
+    };
+    std::atomic<LRESULT> answer{0};
+    std::thread other([&] {
+        answer = SendMessageW(window_, WM_USER, 1, 41);
+        SendMessageW(window_, WM_USER, 2, 0);
+        PostQuitMessage(0);
+    });
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
+        DispatchMessageW(&message);
+    }
+    other.join();
+    EXPECT_EQ(answer, 42);
+    EXPECT_EQ(order, (std::vector{1, 2}));
+    EXPECT_EQ(handler, std::this_thread::get_id());
+}
+
+TEST_F(MessagesTest, ATimerSetByAThreadWakesTheLoop) {
+    layer::InstallClock(nullptr);
+    NoteEvents();
+    Handle = [](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
+        if (message == WM_TIMER) {
+            PostQuitMessage(0);
+        }
+        return 0;
+    };
+    std::thread other([&] { SetTimer(window_, 9, 20, nullptr); });
+    MSG message{};
+    EXPECT_FALSE([&] {
+        while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
+            DispatchMessageW(&message);
+        }
+        return false;
+    }());
+    other.join();
+    layer::InstallClock(&clock_);
+}
+
+// A sent message of a thread that arrives while a handler waits in a loop of its own is handled there.
+TEST_F(MessagesTest, CarriedCallsRunInsideNestedLoops) {
+    std::vector<WPARAM> handled;
+    std::thread second;
+    Handle = [&](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
+        if (message == WM_USER) {
+            handled.push_back(wParam);
+            if (wParam == 1) {
+                second = std::thread([&] { SendMessageW(window_, WM_USER, 2, 0); });
+                layer::RunModalLoop([&] { return handled.size() == 2; });
+                handled.push_back(3);
+            }
+        }
+        return 0;
+    };
+    std::thread first([&] {
+        SendMessageW(window_, WM_USER, 1, 0);
+        PostQuitMessage(0);
+    });
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
+        DispatchMessageW(&message);
+    }
+    first.join();
+    second.join();
+    EXPECT_EQ(handled, (Ids{1, 2, 3}));
+}
+
+TEST_F(MessagesTest, QuittingEndsEveryNestedLoop) {
+    std::vector<std::string> ended;
+    std::atomic<int> threadsBox{-1};
+    std::thread other;
+    Handle = [&](HWND window, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
+        if (message != WM_USER) {
+            return DefWindowProcW(window, message, wParam, 0);
+        }
+        switch (wParam) {
+            case 1:
+                PostMessageW(window, WM_USER, 2, 0);
+                MessageBoxW(window, TEXT("first"), TEXT("box"), MB_OK);
+                ended.emplace_back("box");
+                break;
+            case 2:
+                PostMessageW(window, WM_USER, 3, 0);
+                layer::RunModalLoop([] { return false; });
+                ended.emplace_back("loop");
+                break;
+            default:
+                other = std::thread(
+                    [&] { threadsBox = MessageBoxW(nullptr, TEXT("second"), TEXT("box"), MB_OK); });
+                PostMessageW(window, WM_CLOSE, 0, 0);
+                break;
+        }
+        return 0;
+    };
+    PostMessageW(window_, WM_USER, 1, 0);
+    Handler inner = Handle;
+    Handle = [&, inner](HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+        if (message == WM_DESTROY) {
+            PostQuitMessage(3);
+            return 0;
+        }
+        return inner(window, message, wParam, lParam);
+    };
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
+        DispatchMessageW(&message);
+    }
+    EXPECT_EQ(message.wParam, 3u);
+    EXPECT_EQ(ended, (std::vector<std::string>{"loop", "box"}));
+    // The box of the other thread may come up only now: it must not stay.
+    PostQuitMessage(3);
+    for (int i = 0; i < 500 && threadsBox < 0; ++i) {
+        layer::PumpMessages();
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    other.join();
+    EXPECT_EQ(threadsBox, 0);
+}
+
+TEST_F(MessagesTest, AWindowIsGoneForItsCallersOnceItIsDestroyed) {
+    Handle = [](HWND window, UINT message, WPARAM, LPARAM) -> LRESULT {
+        if (message == WM_USER) {
+            DestroyWindow(window);
+            EXPECT_FALSE(IsWindow(window));
+            EXPECT_EQ(SendMessageW(window, WM_USER, 0, 0), 0);
+            EXPECT_EQ(SetTimer(window, 1, 10, nullptr), 0u);
+            return 8;
+        }
+        if (message == WM_DESTROY) {
+            DestroyWindow(window);  // once is enough
+        }
+        return 0;
+    };
+    EXPECT_EQ(SendMessageW(window_, WM_USER, 0, 0), 8);
+    EXPECT_FALSE(PostMessageW(window_, WM_USER, 0, 0));
+}
+
+TEST_F(MessagesTest, ADestroyedWindowTakesTheWindowsItOwnsAlong) {
+    const HWND owned = CreateWindowExW(0, TEXT("MessagesTest"), TEXT("owned"), 0, 0, 0, 20, 20, window_,
+                                       nullptr, nullptr, nullptr);
+    std::vector<HWND> destroyed;
+    Handle = [&](HWND window, UINT message, WPARAM, LPARAM) -> LRESULT {
+        if (message == WM_DESTROY) {
+            EXPECT_TRUE(IsWindow(window));
+            destroyed.push_back(window);
+        }
+        return 0;
+    };
+    DestroyWindow(window_);
+    EXPECT_EQ(destroyed, (std::vector{window_, owned}));
+    EXPECT_FALSE(IsWindow(owned));
+}
+
+// The main window is shown without taking the focus, so that a start in the background stays there.
+TEST_F(MessagesTest, AWindowIsInFrontOnlyOnceItIsBroughtThere) {
+    ShowWindow(window_, SW_SHOWNORMAL);
+    layer::PumpMessages();
+    EXPECT_EQ(GetForegroundWindow(), nullptr);
+    EXPECT_TRUE(SetForegroundWindow(window_));
+    layer::PumpMessages();
+    EXPECT_EQ(GetForegroundWindow(), window_);
+    ShowWindow(window_, SW_HIDE);
+    layer::PumpMessages();
+    EXPECT_EQ(GetForegroundWindow(), nullptr);
+    ShowWindow(window_, SW_SHOWNORMAL);
+    layer::PumpMessages();
+    EXPECT_EQ(GetForegroundWindow(), nullptr);
+}
+
+TEST_F(MessagesTest, PlacesAreMappedBetweenWindowAndScreen) {
+    SetWindowPos(window_, HWND_TOP, 30, 40, 50, 60, SWP_SHOWWINDOW);
+    RECT place{};
+    ASSERT_TRUE(GetWindowRect(window_, &place));
+    EXPECT_EQ((std::vector{place.left, place.top, place.right, place.bottom}),
+              (std::vector<LONG>{30, 40, 80, 100}));
+    POINT points[2] = {{1, 2}, {3, 4}};
+    MapWindowPoints(window_, nullptr, points, 2);
+    EXPECT_EQ(points[1].x, 33);
+    EXPECT_EQ(points[1].y, 44);
+    ScreenToClient(window_, points);
+    EXPECT_EQ(points[0].x, 1);
+    SetWindowPos(window_, HWND_TOP, 9, 9, 20, 21, SWP_NOMOVE | SWP_NOZORDER);
+    GetWindowRect(window_, &place);
+    EXPECT_EQ((std::vector{place.left, place.top, place.right, place.bottom}),
+              (std::vector<LONG>{30, 40, 50, 61}));
+}
+
+}  // namespace

@@ -1,0 +1,390 @@
+// Messages between programs: the lines, the sockets, broadcasts, searches, numbers that all agree on.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <map>
+#include <thread>
+
+#include "platform/linux/start_windows.h"
+#include "platform/linux/terminal.h"
+#include "platform/linux/windows/listener.h"
+#include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/other_programs.h"
+#include "platform/linux/windows/program_socket.h"
+#include "platform/linux/windows/registered_messages.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::vector<std::string> Received;
+
+LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_COPYDATA) {
+        const auto* data = reinterpret_cast<const COPYDATASTRUCT*>(lParam);
+        Received.push_back("data " + std::to_string(data->dwData) + " " +
+                           std::string(static_cast<const char*>(data->lpData), data->cbData));
+        return 9;
+    }
+    if (message >= WM_USER) {
+        const std::u16string name = layer::RegisteredName(message);
+        Received.push_back((name.empty() ? std::to_string(message) : layer::ToUtf8(name)) + " " +
+                           std::to_string(wParam) + " " + std::to_string(lParam));
+        return 11;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+// Sends lines to a program as one written in another language would.
+class Caller {
+  public:
+    explicit Caller(const std::string& program) {
+        layer::Reached reached = layer::Reached::Busy;
+        while (reached == layer::Reached::Busy) {
+            reached = layer::ConnectTo(program, connection_.Socket);
+        }
+        EXPECT_EQ(reached, layer::Reached::Yes);
+    }
+    void Send(const std::string& text) {
+        connection_.Out += text;
+        EXPECT_TRUE(connection_.Flush());
+    }
+    // The same to one that may have hung up.
+    void Offer(const std::string& text) {
+        connection_.Out += text;
+        connection_.Flush();
+    }
+    // The next line, "closed", or "nothing" after the time.
+    std::string Next(std::chrono::milliseconds longest = 3000ms) {
+        const auto until = std::chrono::steady_clock::now() + longest;
+        std::string line;
+        while (std::chrono::steady_clock::now() < until) {
+            layer::PumpMessages();
+            connection_.Flush();
+            switch (connection_.TakeLine(line)) {
+                case layer::LineConnection::Got::Line:
+                    return line;
+                case layer::LineConnection::Got::Closed:
+                    return "closed";
+                case layer::LineConnection::Got::Nothing:
+                    std::this_thread::sleep_for(1ms);
+            }
+        }
+        return "nothing";
+    }
+
+  private:
+    layer::LineConnection connection_;
+};
+
+class ProgramsTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        layer::StartWindows();
+        layer::StopListening();
+        layer::ForgetRegisteredMessages();
+        Received.clear();
+        WNDCLASSW windowClass{};
+        windowClass.lpfnWndProc = Procedure;
+        windowClass.lpszClassName = TEXT("ProgramsTest");
+        RegisterClassW(&windowClass);
+        window_ = CreateWindowExW(0, TEXT("ProgramsTest"), TEXT("here"), 0, 0, 0, 20, 20, nullptr, nullptr,
+                                  nullptr, nullptr);
+        ASSERT_NE(window_, nullptr);
+        ping_ = RegisterWindowMessageW(TEXT("TEST_PING"));
+    }
+    void TearDown() override {
+        DestroyWindow(window_);
+        layer::PumpMessages();
+        layer::StopListening();
+    }
+    // Broadcasts in a thread, as a receive thread does, while the main thread pumps or sleeps.
+    std::chrono::milliseconds BroadcastInThread(bool pump) {
+        const auto start = std::chrono::steady_clock::now();
+        std::atomic<bool> done{false};
+        std::thread sender([&] {
+            SendMessageW(HWND_BROADCAST, ping_, 5, 6);
+            done = true;
+        });
+        while (!done) {
+            if (pump) {
+                layer::PumpMessages();
+            }
+            std::this_thread::sleep_for(1ms);
+        }
+        sender.join();
+        return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
+                                                                     start);
+    }
+    std::string Windows(const std::string& name) const { return terminal_.Path("windows/" + name); }
+
+    TemporaryTerminal terminal_;
+    HWND window_ = nullptr;
+    UINT ping_ = 0;
+};
+
+std::string ChildName(const ChildProcess& child) {
+    for (const std::string& program : layer::ListPrograms()) {
+        if (program.starts_with(std::to_string(child.Id()) + "-")) {
+            return program;
+        }
+    }
+    return {};
+}
+
+TEST_F(ProgramsTest, LinesFromOutside) {
+    const std::string window = std::to_string(reinterpret_cast<std::uintptr_t>(window_));
+    struct Case {
+        const char* What;
+        std::string Line;
+        const char* Answer;
+        std::vector<std::string> Received;
+    };
+    const Case cases[] = {
+        {"found by class and title",
+         R"({"find":{"class":"programstest","title":"here"}})",
+         "\"window\":",
+         {}},
+        {"another title", R"({"find":{"class":"ProgramsTest","title":"Here"}})", R"("window":0)", {}},
+        {"a registered message",
+         R"({"message":"TEST_PING","wParam":3,"lParam":-4})",
+         R"("result":11)",
+         {"TEST_PING 3 -4"}},
+        {"to one window",
+         R"({"message":"TEST_PING","window":)" + window + "}",
+         R"("result":11)",
+         {"TEST_PING 0 0"}},
+        {"to a window that is not there", R"({"message":"TEST_PING","window":77})", R"("result":0)", {}},
+        {"to another class", R"({"message":"TEST_PING","class":"Other"})", R"("result":0)", {}},
+        {"a name that nobody registered here", R"({"message":"WM_NEVER"})", R"("result":0)", {}},
+        {"bytes",
+         R"({"message":"WM_COPYDATA","number":12,"data":"aGVsbG8="})",
+         R"("result":9)",
+         {"data 12 hello"}},
+        {"no bytes", R"({"message":"WM_COPYDATA"})", R"("result":9)", {"data 0 "}},
+        {"the settings, please",
+         R"({"message":1028,"class":"ProgramsTest","title":"here"})",
+         R"("result":11)",
+         {"1028 0 0"}},
+        {"the settings of everybody", R"({"message":1028})", "error", {}},
+        {"another private message", R"({"message":1025,"window":)" + window + "}", "error", {}},
+        {"a message of the system", R"({"message":16,"window":)" + window + "}", "error", {}},
+        {"bytes that are not base 64", R"({"message":"WM_COPYDATA","data":"####"})", "error", {}},
+        {"a number that is none", R"({"message":"TEST_PING","wParam":"7"})", "error", {}},
+        {"half a number", R"({"message":"TEST_PING","wParam":0.5})", "error", {}},
+        {"a number too large", R"({"message":"TEST_PING","lParam":1e30})", "error", {}},
+        {"no message", R"({"wParam":1})", "error", {}},
+        {"no object", R"([1,2])", "error", {}},
+        {"nothing", "", "error", {}},
+        {"bytes of all kinds", "\x01\xFF{\x80}", "error", {}},
+        {"a deep nest", std::string(5000, '['), "error", {}},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.What);
+        Received.clear();
+        Caller caller(layer::OwnProgram());
+        caller.Send(test.Line + "\n");
+        EXPECT_THAT(caller.Next(), HasSubstr(test.Answer));
+        EXPECT_EQ(Received, test.Received);
+    }
+}
+
+TEST_F(ProgramsTest, LinesInPiecesTooLongOrTooMany) {
+    Caller slow(layer::OwnProgram());
+    slow.Send(R"({"message":"TEST)");
+    EXPECT_EQ(slow.Next(50ms), "nothing");
+    slow.Send("_PING\"}\n{\"message\":\"TEST_PING\",\"wParam\":2}\n");
+    EXPECT_THAT(slow.Next(), HasSubstr("result"));
+    EXPECT_THAT(slow.Next(), HasSubstr("result"));
+    EXPECT_THAT(Received, ElementsAre("TEST_PING 0 0", "TEST_PING 2 0"));
+
+    Caller endless(layer::OwnProgram());
+    // The listener reads while this is written, and lets go before all is there.
+    const std::string piece(16 * 1024, ' ');
+    std::string answer;
+    for (int i = 0; i < 20 && answer != "closed"; ++i) {
+        endless.Offer(piece);
+        answer = endless.Next(20ms);
+    }
+    EXPECT_EQ(answer, "closed");
+
+    std::vector<std::unique_ptr<Caller>> crowd;
+    for (int i = 0; i < 70; ++i) {
+        crowd.push_back(std::make_unique<Caller>(layer::OwnProgram()));
+    }
+    EXPECT_EQ(crowd.back()->Next(), "closed");
+    crowd.clear();
+    std::this_thread::sleep_for(20ms);
+    Caller late(layer::OwnProgram());
+    late.Send("{\"message\":\"TEST_PING\"}\n");
+    EXPECT_THAT(late.Next(), HasSubstr("result"));
+}
+
+TEST_F(ProgramsTest, AnotherProgramIsFoundAndSentTo) {
+    ChildProcess child({WINDOWS_CHILD, "serve", "Elsewhere", "there \xC3\xA4"});
+    ASSERT_EQ(child.ReadLine(), "ready");
+    EXPECT_EQ(FindWindowW(TEXT("Elsewhere"), TEXT("there")), nullptr);
+    const HWND window = FindWindowW(TEXT("Elsewhere"), TEXT("there \u00E4"));
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(IsWindow(window));
+    EXPECT_FALSE(PostMessageW(window, ping_, 0, 0));
+
+    EXPECT_EQ(SendMessageW(window, ping_, 1, -2), 42);
+    EXPECT_EQ(child.ReadLine(), "message ping 1 -2");
+    char bytes[] = {'a', 'b'};
+    COPYDATASTRUCT data{ping_, sizeof bytes, bytes};
+    EXPECT_EQ(SendMessageW(window, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), 7);
+    char line[32];
+    std::snprintf(line, sizeof line, "data %X ab", ping_);
+    EXPECT_EQ(child.ReadLine(), line);
+    EXPECT_EQ(SendMessageW(window, WM_USER + 4, 0, 0), 42);
+    EXPECT_EQ(child.ReadLine(), "message 1028 0 0");
+    EXPECT_EQ(SendMessageW(window, WM_CLOSE, 0, 0), 0) << "does not leave the program";
+    EXPECT_EQ(SendMessageW(window, RegisterWindowMessageW(TEXT("TEST_LEAVE")), 0, 0), 42);
+    EXPECT_THAT(child.ReadLine().value_or(""), HasSubstr("message"));
+    EXPECT_EQ(child.ReadLine(), "left");
+    EXPECT_EQ(child.Wait(), 0);
+    EXPECT_EQ(SendMessageW(window, ping_, 0, 0), 0);
+    EXPECT_EQ(FindWindowW(TEXT("Elsewhere"), TEXT("there \u00E4")), nullptr);
+}
+
+TEST_F(ProgramsTest, ABroadcastReachesAllButThoseThatOweAnAnswer) {
+    layer::LongestSend = 300ms;
+    ChildProcess good({WINDOWS_CHILD, "serve", "Good", "good"});
+    ChildProcess stuck({WINDOWS_CHILD, "serve", "Stuck", "stuck"});
+    ASSERT_EQ(good.ReadLine(), "ready");
+    ASSERT_EQ(stuck.ReadLine(), "ready");
+
+    EXPECT_LT(BroadcastInThread(true), 250ms);
+    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+    EXPECT_EQ(stuck.ReadLine(), "message ping 5 6");
+    EXPECT_THAT(Received, ElementsAre("TEST_PING 5 6")) << "the program's own windows, once";
+
+    stuck.Signal(SIGSTOP);
+    EXPECT_GE(BroadcastInThread(true), 300ms);
+    EXPECT_EQ(good.ReadLine(), "message ping 5 6") << "at once, whoever is stuck";
+    EXPECT_LT(BroadcastInThread(true), 250ms) << "who owes an answer is left out";
+    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+
+    stuck.Signal(SIGCONT);
+    EXPECT_EQ(stuck.ReadLine(), "message ping 5 6");
+    std::this_thread::sleep_for(100ms);
+    EXPECT_LT(BroadcastInThread(true), 250ms);
+    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+    EXPECT_EQ(stuck.ReadLine(), "message ping 5 6") << "it has answered, and is back";
+
+    // A dead program's socket is still there, and cleared away.
+    const std::string dead = ChildName(stuck);
+    ASSERT_FALSE(dead.empty());
+    stuck.Signal(SIGKILL);
+    stuck.Wait();
+    EXPECT_TRUE(std::filesystem::exists(Windows(dead)));
+    EXPECT_LT(BroadcastInThread(true), 250ms);
+    EXPECT_FALSE(std::filesystem::exists(Windows(dead)));
+    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+
+    // The main thread is busy: the others get it all the same, and the second time nobody waits for it.
+    EXPECT_GE(BroadcastInThread(false), 300ms);
+    EXPECT_LT(BroadcastInThread(false), 250ms);
+    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+    layer::LongestSend = 5000ms;
+}
+
+TEST_F(ProgramsTest, ProgramsThatAnswerAnythingDoNoHarm) {
+    layer::LongestSearch = 300ms;
+    for (const std::string answer : {"{\"window\":\"x\"}\n", "{}\n", "\xFF\n", "garbage\n", ""}) {
+        SCOPED_TRACE(answer);
+        layer::Descriptor socket = layer::ListenAs("odd");
+        ASSERT_TRUE(socket);
+        std::thread odd([&] {
+            pollfd waiting{socket.Number(), POLLIN, 0};
+            poll(&waiting, 1, 3000);
+            const layer::Descriptor caller(accept(socket.Number(), nullptr, nullptr));
+            send(caller.Number(), answer.data(), answer.size(), MSG_NOSIGNAL);
+        });
+        EXPECT_EQ(FindWindowW(TEXT("Odd"), nullptr), nullptr);
+        odd.join();
+    }
+    layer::LongestSearch = 2000ms;
+}
+
+// The listener of the documentation, as it stands there.
+TEST_F(ProgramsTest, TheListenerOfTheDocumentationWorks) {
+    const std::string page = ReadWholeFile(DOCUMENTATION);
+    const std::size_t start = page.find("```python\n") + 10;
+    ASSERT_LT(start, page.size());
+    WriteWholeFile(terminal_.Path("listener.py"), page.substr(start, page.find("```", start) - start));
+    ChildProcess python({"/usr/bin/env", "python3", terminal_.Path("listener.py")});
+    for (int i = 0; i < 500 && !std::filesystem::exists(Windows("listener")); ++i) {
+        std::this_thread::sleep_for(10ms);
+    }
+    EXPECT_LT(BroadcastInThread(true), 2000ms);
+    EXPECT_EQ(python.ReadLine(), "TEST_PING 5 None");
+    char bytes[] = {'h', 'i'};
+    COPYDATASTRUCT data{ping_, sizeof bytes, bytes};
+    SendMessageW(HWND_BROADCAST, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data));
+    EXPECT_EQ(python.ReadLine(), "WM_COPYDATA 0 aGk=");
+}
+
+TEST_F(ProgramsTest, NumbersOfRegisteredMessagesAreTheSameEverywhere) {
+    const UINT decode = RegisterWindowMessageW(TEXT("WM_DECODE"));
+    EXPECT_GE(decode, 0xC000u);
+    EXPECT_LE(decode, 0xFFFFu);
+    EXPECT_EQ(RegisterWindowMessageW(TEXT("wm_decode")), decode) << "letter case aside";
+    EXPECT_EQ(RegisterWindowMessageW(TEXT("")), 0u);
+    EXPECT_EQ(RegisterWindowMessageW(TEXT("two\nlines")), 0u);
+
+    // Enough names that some meet on one number: all differ, and another program has the same.
+    std::vector<std::string> command = {WINDOWS_CHILD, "register"};
+    std::map<UINT, std::string> numbers;
+    for (int i = 0; i < 250; ++i) {
+        const std::string name = "NAME_" + std::to_string(i);
+        const UINT number = RegisterWindowMessageW(layer::FromUtf8(name).c_str());
+        EXPECT_TRUE(numbers.emplace(number, name).second) << name << " has the number of " << numbers[number];
+        command.push_back(name);
+    }
+    ChildProcess child(command);
+    for (int i = 0; i < 250; ++i) {
+        const UINT number = static_cast<UINT>(std::stoul(child.ReadLine().value_or("0"), nullptr, 16));
+        EXPECT_EQ(numbers[number], "NAME_" + std::to_string(i));
+    }
+}
+
+TEST_F(ProgramsTest, ADamagedListOfNumbersIsReadForWhatItIsWorth) {
+    layer::ForgetRegisteredMessages();
+    WriteWholeFile(Windows("messages"),
+                   "zzzz nothing\nC000\n1234 TOO_LOW\nC123 GOOD\nC124 GOOD\nC123 SECOND\n\xFF\xFE\n");
+    EXPECT_EQ(RegisterWindowMessageW(TEXT("GOOD")), 0xC123u);
+    const UINT second = RegisterWindowMessageW(TEXT("SECOND"));
+    EXPECT_GE(second, 0xC000u);
+    EXPECT_NE(second, 0xC123u);
+    EXPECT_GE(RegisterWindowMessageW(TEXT("TOO_LOW")), 0xC000u);
+}
+
+TEST_F(ProgramsTest, OfProgramsThatStartTogetherOneIsFirst) {
+    for (int round = 0; round < 3; ++round) {
+        std::vector<std::unique_ptr<ChildProcess>> children;
+        for (int i = 0; i < 6; ++i) {
+            children.push_back(std::make_unique<ChildProcess>(
+                std::vector<std::string>{WINDOWS_CHILD, "serve", "Only", "one"}));
+        }
+        int first = 0;
+        for (const auto& child : children) {
+            const auto line = child->ReadLine(20000);
+            first += line == "ready" ? 1 : 0;
+            EXPECT_THAT(line.value_or("nothing"), testing::AnyOf("ready", "found", "late"));
+        }
+        EXPECT_EQ(first, 1);
+    }
+}
+
+}  // namespace
