@@ -9,6 +9,8 @@
 #include "app/shell_state.h"
 #include "platform/linux/keyboard_backend.h"
 #include "platform/linux/start_windows.h"
+#include "platform/linux/terminal.h"
+#include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/message_queue.h"
 #include "settings/all_fields.h"
@@ -18,6 +20,8 @@
 namespace {
 
 constexpr DWORD RecordSize = 4232;
+
+constexpr const char* TriggerMessages[] = {"WM_USER1DOWN", "WM_USER1UP", "WM_USER2DOWN", "WM_USER2UP"};
 
 DeliveryTerminal* Current = nullptr;
 
@@ -57,6 +61,12 @@ LRESULT CALLBACK LoggingProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
         KillTimer(window, wParam);
         Current->Messages.push_back("timer " + std::to_string(wParam));
         return 0;
+    }
+    for (const char* name : TriggerMessages) {
+        if (message == RegisterWindowMessageW(layer::FromUtf8(name).c_str())) {
+            Current->Messages.push_back(name);
+            return 0;
+        }
     }
     return DefWindowProcW(window, message, wParam, lParam);
 }
@@ -123,6 +133,9 @@ DeliveryTerminal::DeliveryTerminal(WORD devices, layer::Clock* clock) : Keys(new
     layer::InstallClock(clock);
     layer::InstallKeyboard(std::make_unique<LoggedKeyboard>(*Keys));
     ResetSettings(devices);
+    for (const char* name : TriggerMessages) {
+        RegisterWindowMessageW(layer::FromUtf8(name).c_str());
+    }
     ShellState.MsgDecode = RegisterWindowMessageW(TEXT("WM_DECODE"));
     ShellState.DecodeEventHandle = CreateEventW(nullptr, FALSE, FALSE, TEXT("DecodeEvent"));
     ShellState.QueueWriter = QueueEnd(FALSE);
@@ -147,6 +160,8 @@ DeliveryTerminal::~DeliveryTerminal() {
     DestroyWindow(window_);
     layer::PumpMessages();
     ShellState.MainWindow = nullptr;
+    // The next test has another folder, and its own socket in it.
+    layer::StopListening();
     for (Relaxed<HANDLE>* end : {&ShellState.QueueWriter, &ShellState.QueueReader}) {
         if (const HANDLE handle = end->Exchange(nullptr)) {
             CloseMsgQueue(handle);

@@ -51,7 +51,7 @@ class DeliveryTerminal {
     const std::string& Path() const { return terminal_.Folder(); }
 
     KeyLog* Keys;
-    // What the main window has been sent: "copydata", "decode 7", "timer 924".
+    // What the main window has been sent: "copydata", "decode 7", "timer 924", "WM_USER1DOWN".
     std::vector<std::string> Messages;
     std::string CopiedRecord;
     std::size_t KeysBeforeCopy = 0;
