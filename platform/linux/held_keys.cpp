@@ -37,6 +37,19 @@ bool DownOn(Display* display, XID id, KeyCode key) {
     return down;
 }
 
+bool DownOnRealKeyboard(Display* display, KeyCode key) {
+    bool down = false;
+    int count = 0;
+    XDeviceInfo* devices = XListInputDevices(display, &count);
+    for (int i = 0; i < count && !down; ++i) {
+        if (devices[i].use == IsXExtensionKeyboard && !IsXtest(devices[i]))
+            down = DownOn(display, devices[i].id, key);
+    }
+    if (devices != nullptr)
+        XFreeDeviceList(devices);
+    return down;
+}
+
 }  // namespace
 
 unsigned XtestDevice(Display* display) {
@@ -52,6 +65,11 @@ unsigned XtestDevice(Display* display) {
     return found;
 }
 
+void PressSynthetic(Display* display, KeyCode key) {
+    XTestFakeKeyEvent(display, key, False, CurrentTime);
+    XTestFakeKeyEvent(display, key, True, CurrentTime);
+}
+
 HeldKeys::HeldKeys(Display* display, XkbDescPtr map, KeyCode typed) : display_(display), typed_(typed) {
     char down[32] = {};
     XQueryKeymap(display, down);
@@ -61,22 +79,9 @@ HeldKeys::HeldKeys(Display* display, XkbDescPtr map, KeyCode typed) : display_(d
         if (!BitSet(down, code) || HeldModifier(map, code) == 0)
             continue;
         keys_[count_] = code;
-        real_[count_] = DownOnRealKeyboard(code);
+        real_[count_] = DownOnRealKeyboard(display, code);
         ++count_;
     }
-}
-
-bool HeldKeys::DownOnRealKeyboard(KeyCode key) const {
-    bool down = false;
-    int count = 0;
-    XDeviceInfo* devices = XListInputDevices(display_, &count);
-    for (int i = 0; i < count && !down; ++i) {
-        if (devices[i].use == IsXExtensionKeyboard && !IsXtest(devices[i]))
-            down = DownOn(display_, devices[i].id, key);
-    }
-    if (devices != nullptr)
-        XFreeDeviceList(devices);
-    return down;
 }
 
 void HeldKeys::Release() const {
@@ -86,14 +91,25 @@ void HeldKeys::Release() const {
         XTestFakeKeyEvent(display_, typed_, False, CurrentTime);
 }
 
-void HeldKeys::Restore() const {
+void HeldKeys::Restore(std::bitset<256>& again) const {
     for (int i = 0; i < count_; ++i) {
-        if (real_[i] && !DownOnRealKeyboard(keys_[i]))
+        if (real_[i] && !DownOnRealKeyboard(display_, keys_[i]))
             continue;
-        XTestFakeKeyEvent(display_, keys_[i], True, CurrentTime);
+        PressSynthetic(display_, keys_[i]);
+        again.set(keys_[i], real_[i]);
         // Let go of between the question and the answer: then nobody else would ever release it.
-        if (real_[i] && !DownOnRealKeyboard(keys_[i]))
+        if (real_[i] && !DownOnRealKeyboard(display_, keys_[i]))
             XTestFakeKeyEvent(display_, keys_[i], False, CurrentTime);
+    }
+}
+
+void HeldKeys::Forget(Display* display, std::bitset<256>& again) {
+    for (unsigned key = 0; again.any() && key < again.size(); ++key) {
+        const auto code = static_cast<KeyCode>(key);
+        if (!again.test(key) || DownOnRealKeyboard(display, code))
+            continue;
+        XTestFakeKeyEvent(display, code, False, CurrentTime);
+        again.reset(key);
     }
 }
 

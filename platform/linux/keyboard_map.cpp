@@ -93,4 +93,38 @@ KeyCode SpareKey(XkbDescPtr map, const bool (&taken)[256]) {
     return 0;
 }
 
+SpareType TypeForSpareKeys(XkbDescPtr map) {
+    const unsigned third = ThirdLevelModifier(map);
+    for (int i = 0; third != 0 && i < map->map->num_types; ++i) {
+        const XkbKeyTypeRec& type = map->map->types[i];
+        if (type.num_levels != MaxLevels || type.mods.mask != (ShiftMask | third))
+            continue;
+        bool fits = true;
+        for (int k = 0; k < type.map_count; ++k) {
+            const XkbKTMapEntryRec& entry = type.map[k];
+            const unsigned level =
+                (entry.mods.mask & ShiftMask ? 1u : 0u) + (entry.mods.mask & third ? 2u : 0u);
+            fits &= !entry.active || entry.level == level;
+        }
+        if (fits)
+            return {i, MaxLevels};
+    }
+    return {XkbTwoLevelIndex, 2};
+}
+
+void GiveSymbols(Display* display, XkbDescPtr map, KeyCode key, const SpareType& type,
+                 const KeySym (&symbols)[MaxLevels]) {
+    int types[XkbNumKbdGroups] = {type.type, type.type, type.type, type.type};
+    if (XkbChangeTypesOfKey(map, key, 1, XkbGroup1Mask, types, nullptr) != Success)
+        return;
+    for (int level = 0; level < type.levels; ++level)
+        XkbKeySymsPtr(map, key)[level] = symbols[level];
+    XkbMapChangesRec changes{};
+    changes.changed = XkbKeySymsMask;
+    changes.first_key_sym = key;
+    changes.num_key_syms = 1;
+    map->device_spec = XkbUseCoreKbd;
+    XkbChangeMap(display, map, &changes);
+}
+
 }  // namespace layer

@@ -22,4 +22,15 @@ unsigned HeldModifier(XkbDescPtr map, KeyCode key);
 // A key without any symbol or modifier that `taken` does not hold back, or 0.
 KeyCode SpareKey(XkbDescPtr map, const bool (&taken)[256]);
 
+inline constexpr int MaxLevels = 4;
+struct SpareType {
+    int type;    // index in the map
+    int levels;  // symbols of a key: plain, Shift, third level, both
+};
+// The type that gives a spare key the most levels without any use of Caps Lock.
+SpareType TypeForSpareKeys(XkbDescPtr map);
+// Puts the symbols on the key, for every keyboard of the server.
+void GiveSymbols(Display* display, XkbDescPtr map, KeyCode key, const SpareType& type,
+                 const KeySym (&symbols)[MaxLevels]);
+
 }  // namespace layer

@@ -7,7 +7,7 @@
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 
-#include <cstring>
+#include <bitset>
 #include <vector>
 
 #include "platform/keyboard.h"
@@ -26,15 +26,17 @@ constexpr unsigned AllModifiers = 0xFF;
 
 class XtestKeyboard : public KeyboardBackend {
   public:
-    ~XtestKeyboard() override { ReleaseAll(); }
+    ~XtestKeyboard() override;
     bool Connect();
     void Key(BYTE key, bool up) override;
     void ReleaseAll() override;
 
   private:
+    // A key without symbols of its own, and those that it has been lent.
     struct Borrowed {
         KeyCode key;
-        KeySym symbol;
+        KeySym symbols[MaxLevels];
+        int used;
     };
 
     void Disconnect();
@@ -46,6 +48,7 @@ class XtestKeyboard : public KeyboardBackend {
     bool Borrow(KeySym symbol);
     void Emit(const KeyChoice& choice, const XkbStateRec& state);
     void Fake(KeyCode key, bool down) { XTestFakeKeyEvent(connection_.Get(), key, down, CurrentTime); }
+    void Press(KeyCode key) { PressSynthetic(connection_.Get(), key); }
 
     XConnection connection_;
     XkbDescPtr map_ = nullptr;
@@ -55,7 +58,13 @@ class XtestKeyboard : public KeyboardBackend {
     std::uint64_t lastTry_ = 0;
     bool shift_ = false;
     std::vector<Borrowed> borrowed_;
+    std::bitset<256> again_;  // modifiers pressed again for the user
 };
+
+XtestKeyboard::~XtestKeyboard() {
+    ReleaseAll();
+    Disconnect();
+}
 
 bool XtestKeyboard::Connect() {
     lastTry_ = CurrentClock().Now();
@@ -101,6 +110,11 @@ void XtestKeyboard::FetchMap() {
         XkbFreeKeyboard(map_, 0, True);
     map_ = fresh;
     stale_ = false;
+    // A new layout takes back what was lent.
+    std::erase_if(borrowed_, [&](const Borrowed& lent) {
+        return XkbKeyNumGroups(map_, lent.key) == 0 ||
+               XkbKeySymEntry(map_, lent.key, 0, 0) != lent.symbols[0];
+    });
 }
 
 // The map may have changed since the last key.
@@ -149,28 +163,32 @@ bool XtestKeyboard::Choose(const KeyMeaning& meaning, unsigned locked, int group
 }
 
 // Puts the symbol on a key that has none. It stays there: a client may look at the map only when it gets
-// round to the key event, and must then still find it.
+// round to the key event, and must then still find it. A key takes as many symbols as it can.
 bool XtestKeyboard::Borrow(KeySym symbol) {
-    bool taken[256] = {};
-    for (const Borrowed& key : borrowed_)
-        taken[key.key] = true;
-    Display* display = connection_.Get();
-    KeyCode key = SpareKey(map_, taken);
-    if (key == 0) {
-        if (borrowed_.empty())
-            return false;
-        key = borrowed_.front().key;
-        borrowed_.erase(borrowed_.begin());
+    const SpareType type = TypeForSpareKeys(map_);
+    if (borrowed_.empty() || borrowed_.back().used >= type.levels) {
+        bool taken[256] = {};
+        for (const Borrowed& key : borrowed_)
+            taken[key.key] = true;
+        KeyCode key = SpareKey(map_, taken);
+        if (key == 0) {
+            if (borrowed_.empty())
+                return false;
+            key = borrowed_.front().key;
+            borrowed_.erase(borrowed_.begin());
+        }
+        borrowed_.push_back({key, {}, 0});
     }
-    KeySym symbols[] = {symbol, symbol};
-    XChangeKeyboardMapping(display, key, 2, symbols, 1);
-    borrowed_.push_back({key, symbol});
+    Borrowed& lent = borrowed_.back();
+    lent.symbols[lent.used++] = symbol;
+    GiveSymbols(connection_.Get(), map_, lent.key, type, lent.symbols);
     FetchMap();
     return connection_.Usable();
 }
 
 void XtestKeyboard::Emit(const KeyChoice& choice, const XkbStateRec& state) {
     Display* display = connection_.Get();
+    HeldKeys::Forget(display, again_);
     const HeldKeys held(display, map_, choice.key);
     held.Release();
     if (state.latched_mods != 0)
@@ -190,21 +208,23 @@ void XtestKeyboard::Emit(const KeyChoice& choice, const XkbStateRec& state) {
     if (locks != state.locked_mods)
         XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, locks);
     for (int i = 0; i < count; ++i)
-        Fake(pressed[i], true);
-    Fake(choice.key, true);
+        Press(pressed[i]);
+    Press(choice.key);
     Fake(choice.key, false);
     for (int i = count; i-- > 0;)
         Fake(pressed[i], false);
     if (locks != state.locked_mods)
         XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, state.locked_mods);
-    held.Restore();
+    held.Restore(again_);
     XFlush(display);
 }
 
 void XtestKeyboard::ReleaseAll() {
     shift_ = false;
-    if (!connection_.Usable() || borrowed_.empty())
+    if (!connection_.Usable())
         return;
+    HeldKeys::Forget(connection_.Get(), again_);
+    TakeNews();
     KeySym none[] = {NoSymbol};
     for (const Borrowed& key : borrowed_)
         XChangeKeyboardMapping(connection_.Get(), key.key, 1, none, 1);

@@ -1,5 +1,5 @@
 # Serial ports and synthetic keys.
-pkg_check_modules(VANTREL_KEYS REQUIRED IMPORTED_TARGET x11 xtst xi)
+pkg_check_modules(VANTREL_KEYS REQUIRED IMPORTED_TARGET GLOBAL x11 xtst xi)
 
 vantrel_library(vantrel_platform_serial
   linux/held_keys.cpp

@@ -9,12 +9,20 @@ namespace {
 
 std::atomic<Display*> ours{nullptr};
 XErrorHandler othersHandler = nullptr;
+XIOErrorHandler othersLoss = nullptr;
 
 // A request that the server refuses must not end the program, which is Xlib's habit.
 int OnError(Display* display, XErrorEvent* error) {
     if (display == ours.load() || othersHandler == nullptr)
         return 0;
     return othersHandler(display, error);
+}
+
+// Nor must a server that has gone; only for other connections that is somebody else's decision.
+int OnIoError(Display* display) {
+    if (display == ours.load() || othersLoss == nullptr)
+        return 0;
+    return othersLoss(display);
 }
 
 }  // namespace
@@ -34,6 +42,8 @@ bool XConnection::Open() {
     ours = display_;
     if (const XErrorHandler previous = XSetErrorHandler(OnError); previous != OnError)
         othersHandler = previous;
+    if (const XIOErrorHandler previous = XSetIOErrorHandler(OnIoError); previous != OnIoError)
+        othersLoss = previous;
     XSetIOErrorExitHandler(display_, &XConnection::OnLost, this);
     return true;
 }

@@ -334,7 +334,7 @@ void WireStage::Settle() const {
             return;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    throw std::runtime_error("a thread neither waits nor ends");
+    complain_(0, "a thread neither waits nor ends");
 }
 
 void WireStage::Same(int line, const std::string& what, std::uint64_t expected, std::uint64_t got) {

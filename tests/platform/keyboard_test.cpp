@@ -1,0 +1,147 @@
+// Turns, parking and the trace of synthetic keys; no X server.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <bitset>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+
+#include "platform/kernel.h"
+#include "platform/keyboard.h"
+#include "platform/linux/clock.h"
+#include "platform/linux/keyboard_backend.h"
+#include "platform/linux/thread.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+struct Events {
+    std::vector<std::pair<BYTE, bool>> List;
+    std::bitset<256> Down;
+    int Released = 0;
+};
+
+class RecordingKeyboard : public layer::KeyboardBackend {
+  public:
+    explicit RecordingKeyboard(Events& events) : events_(events) {}
+    void Key(BYTE key, bool up) override {
+        events_.List.push_back({key, up});
+        events_.Down.set(key, !up);
+    }
+    void ReleaseAll() override {
+        events_.Down.reset();
+        ++events_.Released;
+    }
+
+  private:
+    Events& events_;
+};
+
+class Keyboard : public testing::Test {
+  protected:
+    Keyboard() { layer::InstallKeyboard(std::make_unique<RecordingKeyboard>(events_)); }
+    ~Keyboard() override { layer::InstallKeyboard(nullptr); }
+    Events events_;
+};
+
+void Down(BYTE key) {
+    keybd_event(key, 0, 0, 0);
+}
+void Up(BYTE key) {
+    keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
+}
+
+TEST_F(Keyboard, StrokesOfTwoThreadsDoNotInterleave) {
+    constexpr int Count = 500;
+    auto typist = [](BYTE key) {
+        for (int i = 0; i < Count; ++i) {
+            Down(VK_SHIFT);
+            Down(key);
+            Up(key);
+            Up(VK_SHIFT);
+        }
+    };
+    std::thread one(typist, BYTE{'A'}), two(typist, BYTE{'B'});
+    one.join();
+    two.join();
+    ASSERT_EQ(events_.List.size(), 8u * Count);
+    for (std::size_t i = 0; i < events_.List.size(); i += 4) {
+        EXPECT_EQ(events_.List[i], (std::pair<BYTE, bool>{VK_SHIFT, false}));
+        EXPECT_EQ(events_.List[i + 1].first, events_.List[i + 2].first);
+        EXPECT_EQ(events_.List[i + 3], (std::pair<BYTE, bool>{VK_SHIFT, true}));
+    }
+}
+
+TEST_F(Keyboard, ThreadThatEndsWithAKeyDownLetsGo) {
+    std::thread([] {
+        Down(VK_SHIFT);
+        Down('A');
+    }).join();
+    EXPECT_EQ(events_.Released, 1);
+    Down('B');  // and nobody waits for it
+    Up('B');
+    EXPECT_EQ(events_.List.back(), (std::pair<BYTE, bool>{'B', true}));
+}
+
+std::atomic<int> steps;
+
+DWORD WINAPI PressTab(LPVOID) {
+    Down(VK_TAB);
+    ++steps;
+    Sleep(50);
+    Up(VK_TAB);
+    ++steps;
+    Down('A');
+    Up('A');
+    ++steps;
+    return 0;
+}
+
+TEST_F(Keyboard, NobodyParksWithAKeyDown) {
+    steps = 0;
+    const HANDLE thread = CreateThread(nullptr, 0, PressTab, nullptr, 0, nullptr);
+    while (steps < 1)
+        std::this_thread::yield();
+    SuspendThread(thread);
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    EXPECT_EQ(steps, 2);  // Tab is up, and the next key did not go down
+    ResumeThread(thread);
+    EXPECT_EQ(WaitForSingleObject(thread, 2000), WAIT_OBJECT_0);
+    EXPECT_EQ(events_.List.size(), 4u);
+    EXPECT_TRUE(events_.Down.none());
+    CloseHandle(thread);
+}
+
+TEST_F(Keyboard, EndOfTheProgramLetsGoOfEveryKey) {
+    Down(VK_SHIFT);
+    layer::RunEndWork();
+    EXPECT_TRUE(events_.Down.none());
+    Up(VK_SHIFT);
+}
+
+TEST(KeyTrace, OneLineForEachEvent) {
+    TemporaryTerminal terminal;
+    const std::string file = terminal.Path("keys");
+    WriteWholeFile(file, "before\n");
+    setenv("VANTREL_KEYBOARD", ("trace:" + file).c_str(), 1);
+    layer::InstallKeyboard(nullptr);
+    layer::ManualClock clock;
+    layer::InstallClock(&clock);
+    Down(VK_SHIFT);
+    Down('A');
+    Sleep(5);
+    Up('A');
+    Up(VK_SHIFT);
+    Down(VK_OEM_7);
+    layer::RunEndWork();
+    Up(VK_OEM_7);
+    EXPECT_EQ(
+        ReadWholeFile(file),
+        "before\n1000 10 down\n1000 41 down\n1005 41 up\n1005 10 up\n1005 DE down\n1005 DE up\n1005 DE up\n");
+    layer::InstallClock(nullptr);
+    layer::InstallKeyboard(nullptr);
+    unsetenv("VANTREL_KEYBOARD");
+}
+
+}  // namespace

@@ -1,0 +1,224 @@
+// Synthetic keys on a real X server, seen by a real client: the right character under every layout and state
+// of the keyboard.
+#include <X11/keysym.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "platform/keyboard.h"
+#include "platform/linux/keyboard_backend.h"
+#include "tests/platform/x_client.h"
+
+namespace {
+
+struct Stroke {
+    char Character;
+    BYTE Key;
+    bool Shift;
+};
+
+// Keys as they are typed for a scan.
+std::vector<Stroke> AllStrokes() {
+    std::vector<Stroke> strokes;
+    for (char c = 'a'; c <= 'z'; ++c) {
+        const auto key = static_cast<BYTE>(c - 'a' + 'A');
+        strokes.push_back({c, key, false});
+        strokes.push_back({static_cast<char>(key), key, true});
+    }
+    const char* digits = "0123456789";
+    const char* shifted = ")!@#$%^&\0(";
+    for (int i = 0; i < 10; ++i) {
+        strokes.push_back({digits[i], static_cast<BYTE>('0' + i), false});
+        if (shifted[i] != 0)
+            strokes.push_back({shifted[i], static_cast<BYTE>('0' + i), true});
+    }
+    const Stroke others[] = {
+        {'\r', VK_RETURN, false},   {' ', VK_SPACE, false},     {'*', VK_MULTIPLY, false},
+        {'+', VK_ADD, false},       {';', VK_OEM_1, false},     {':', VK_OEM_1, true},
+        {'=', VK_OEM_PLUS, false},  {',', VK_OEM_COMMA, false}, {'<', VK_OEM_COMMA, true},
+        {'-', VK_OEM_MINUS, false}, {'_', VK_OEM_MINUS, true},  {'.', VK_OEM_PERIOD, false},
+        {'>', VK_OEM_PERIOD, true}, {'/', VK_OEM_2, false},     {'?', VK_OEM_2, true},
+        {'`', VK_OEM_3, false},     {'~', VK_OEM_3, true},      {'[', VK_OEM_4, false},
+        {'{', VK_OEM_4, true},      {'\\', VK_OEM_5, false},    {'|', VK_OEM_5, true},
+        {']', VK_OEM_6, false},     {'}', VK_OEM_6, true},      {'\'', VK_OEM_7, false},
+        {'"', VK_OEM_7, true}};
+    strokes.insert(strokes.end(), std::begin(others), std::end(others));
+    return strokes;
+}
+
+void Type(const Stroke& stroke) {
+    if (stroke.Shift)
+        keybd_event(VK_SHIFT, 0, 0, 0);
+    keybd_event(stroke.Key, 0, 0, 0);
+    keybd_event(stroke.Key, 0, KEYEVENTF_KEYUP, 0);
+    if (stroke.Shift)
+        keybd_event(VK_SHIFT, 0, KEYEVENTF_KEYUP, 0);
+}
+
+void Type(const std::string& text) {
+    const auto strokes = AllStrokes();
+    for (const char c : text) {
+        for (const Stroke& stroke : strokes) {
+            if (stroke.Character == c)
+                Type(stroke);
+        }
+    }
+}
+
+class XtestKeyboard : public testing::Test {
+  protected:
+    XtestKeyboard() {
+        setenv("VANTREL_KEYBOARD", "xtest", 1);
+        layer::InstallKeyboard(nullptr);
+    }
+    ~XtestKeyboard() override {
+        layer::InstallKeyboard(nullptr);
+        unsetenv("VANTREL_KEYBOARD");
+    }
+    static void Layout(const std::string& arguments) {
+        ASSERT_EQ(std::system(("setxkbmap " + arguments).c_str()), 0);
+    }
+    void ExpectAll(const std::string& what) {
+        std::string expected;
+        for (const Stroke& stroke : AllStrokes()) {
+            Type(stroke);
+            expected += stroke.Character;
+        }
+        EXPECT_EQ(client_.Typed(expected.size()), expected) << what;
+    }
+
+    XServer server_;
+    XClient client_;
+};
+
+TEST_F(XtestKeyboard, EveryKeyUnderEveryLayout) {
+    for (const char* layout : {"us", "de", "fr", "de -variant nodeadkeys", "us -variant dvorak", "ru", "gr",
+                               "jp", "us -option caps:shiftlock"}) {
+        Layout(layout);
+        ExpectAll(layout);
+        EXPECT_FALSE(client_.AnyKeyDown());
+        EXPECT_EQ(client_.Modifiers(), 0u);
+    }
+}
+
+TEST_F(XtestKeyboard, LockedKeysStayLocked) {
+    for (const char* layout : {"us", "de", "fr", "ru"}) {
+        Layout(layout);
+        client_.Tap(XK_Caps_Lock);
+        client_.Tap(XK_Num_Lock);
+        const unsigned locked = client_.LockedModifiers();
+        ASSERT_NE(locked & LockMask, 0u);
+        ExpectAll(std::string(layout) + ", locked");
+        EXPECT_EQ(client_.LockedModifiers(), locked);
+        client_.Tap(XK_Caps_Lock);
+        client_.Tap(XK_Num_Lock);
+        EXPECT_EQ(client_.LockedModifiers(), 0u);
+    }
+}
+
+TEST_F(XtestKeyboard, SecondLayoutInForce) {
+    Layout("-layout us,ru,fr");
+    for (unsigned group = 0; group < 3; ++group) {
+        client_.LockGroup(group);
+        ExpectAll("group " + std::to_string(group));
+    }
+}
+
+TEST_F(XtestKeyboard, KeysHeldByTheUserAreRestored) {
+    for (const char* layout : {"us", "de"}) {
+        Layout(layout);
+        for (const bool real : {true, false}) {
+            for (const KeySym held : {XK_Shift_L, XK_Shift_R, XK_Control_L, XK_Alt_L, XK_Super_L}) {
+                client_.Hold(held, real);
+                const unsigned before = client_.Modifiers();
+                ASSERT_NE(before, 0u);
+                Type("aB1!");
+                keybd_event(VK_TAB, 0, 0, 0);
+                keybd_event(VK_TAB, 0, KEYEVENTF_KEYUP, 0);
+                EXPECT_EQ(client_.Typed(5), "aB1!<Tab>") << layout << " " << XKeysymToString(held) << real;
+                EXPECT_TRUE(client_.IsDown(held));
+                EXPECT_EQ(client_.Modifiers(), before);
+                client_.LetGo(held, real);
+                EXPECT_FALSE(client_.AnyKeyDown());
+                EXPECT_EQ(client_.Modifiers(), 0u);
+                Type("Z");
+                EXPECT_EQ(client_.Typed(1), "Z");
+                EXPECT_FALSE(client_.AnyKeyDown());
+            }
+        }
+    }
+}
+
+TEST_F(XtestKeyboard, KeyThatTheUserHoldsIsTypedOnce) {
+    Layout("us");
+    client_.Hold(XK_a);
+    client_.Typed(1);
+    Type("a");
+    EXPECT_EQ(client_.Typed(1), "a");
+    client_.LetGo(XK_a);
+    Type("a");
+    EXPECT_EQ(client_.Typed(1), "a");
+    EXPECT_FALSE(client_.AnyKeyDown());
+}
+
+TEST_F(XtestKeyboard, LayoutChangeBetweenTwoKeys) {
+    for (const char* layout : {"us", "de", "ru", "fr"}) {
+        Layout(layout);
+        Type("y;z/");
+        EXPECT_EQ(client_.Typed(4), "y;z/") << layout;
+    }
+}
+
+TEST_F(XtestKeyboard, TwoTypistsDoNotMixTheirShifts) {
+    Layout("us");
+    constexpr int Count = 100;
+    const Stroke capital{'A', 'A', true}, small{'b', 'B', false};
+    auto typist = [](const Stroke& stroke) {
+        for (int i = 0; i < Count; ++i)
+            Type(stroke);
+    };
+    std::thread one(typist, capital), two(typist, small);
+    one.join();
+    two.join();
+    const std::string typed = client_.Typed(2 * Count);
+    EXPECT_EQ(std::count(typed.begin(), typed.end(), 'A'), Count);
+    EXPECT_EQ(std::count(typed.begin(), typed.end(), 'b'), Count);
+    EXPECT_EQ(typed.size(), 2u * Count);
+}
+
+TEST_F(XtestKeyboard, EndTakesNothingWithIt) {
+    Layout("ru");
+    keybd_event(VK_SHIFT, 0, 0, 0);
+    keybd_event('A', 0, 0, 0);
+    EXPECT_EQ(client_.Typed(1), "A");
+    layer::InstallKeyboard(nullptr);
+    EXPECT_FALSE(client_.AnyKeyDown());
+    EXPECT_EQ(client_.Modifiers(), 0u);
+    keybd_event('A', 0, KEYEVENTF_KEYUP, 0);
+    keybd_event(VK_SHIFT, 0, KEYEVENTF_KEYUP, 0);
+    Type("x");
+    EXPECT_EQ(client_.Typed(1), "x");
+}
+
+TEST(XtestServer, LossAndReturnOfTheServer) {
+    auto server = std::make_unique<XServer>();
+    const std::string name = server->Name();
+    setenv("VANTREL_KEYBOARD", "xtest", 1);
+    layer::InstallKeyboard(nullptr);
+    Type("a");
+    server.reset();
+    for (int i = 0; i < 5; ++i)
+        Type("bC");
+    server = std::make_unique<XServer>(name);
+    XClient client;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    Type("dE");
+    EXPECT_EQ(client.Typed(2), "dE");
+    layer::InstallKeyboard(nullptr);
+    unsetenv("VANTREL_KEYBOARD");
+}
+
+}  // namespace

@@ -1,0 +1,150 @@
+#include "tests/platform/x_client.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XInput.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+#include <poll.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+
+constexpr int QuietTime = 100;  // milliseconds after which nothing more is expected
+
+bool WaitForEvent(Display* display, int milliseconds) {
+    if (XPending(display) > 0)
+        return true;
+    pollfd file{ConnectionNumber(display), POLLIN, 0};
+    return poll(&file, 1, milliseconds) > 0 && XPending(display) > 0;
+}
+
+}  // namespace
+
+XServer::XServer(const std::string& display) : name_(display) {
+    std::string command = "exec Xvfb " + display + " -screen 0 320x200x24 -nolisten tcp -noreset";
+    command += " -displayfd 1 2>/dev/null";
+    process_ = std::make_unique<ChildProcess>(std::vector<std::string>{"/bin/sh", "-c", command});
+    const auto number = process_->ReadLine(20000);
+    if (!number)
+        throw std::runtime_error("Xvfb does not start");
+    name_ = ":" + *number;
+    setenv("DISPLAY", name_.c_str(), 1);
+}
+
+XServer::~XServer() {
+    unsetenv("DISPLAY");
+}
+
+void XServer::Kill() {
+    process_.reset();
+}
+
+XClient::XClient() : display_(XOpenDisplay(nullptr)) {
+    if (display_ == nullptr)
+        throw std::runtime_error("no display");
+    window_ = XCreateSimpleWindow(display_, DefaultRootWindow(display_), 0, 0, 50, 50, 0, 0, 0);
+    XSelectInput(display_, window_, KeyPressMask | StructureNotifyMask);
+    XMapWindow(display_, window_);
+    XEvent event;
+    do {
+        XNextEvent(display_, &event);
+    } while (event.type != MapNotify);
+    XSetInputFocus(display_, window_, RevertToParent, CurrentTime);
+    XSync(display_, False);
+    int count = 0;
+    XDeviceInfo* devices = XListInputDevices(display_, &count);
+    for (int i = 0; i < count; ++i) {
+        if (devices[i].use == IsXExtensionKeyboard && std::strstr(devices[i].name, "XTEST") == nullptr)
+            keyboard_ = XOpenDevice(display_, devices[i].id);
+    }
+    XFreeDeviceList(devices);
+    if (keyboard_ == nullptr)
+        throw std::runtime_error("no real keyboard");
+}
+
+XClient::~XClient() {
+    XCloseDevice(display_, static_cast<XDevice*>(keyboard_));
+    XCloseDisplay(display_);
+}
+
+std::string XClient::Typed(std::size_t count) {
+    std::string text;
+    std::size_t keys = 0;
+    while (WaitForEvent(display_, keys < count ? 3000 : QuietTime)) {
+        XEvent event;
+        XNextEvent(display_, &event);
+        if (event.type == MappingNotify)
+            XRefreshKeyboardMapping(&event.xmapping);
+        if (event.type != KeyPress)
+            continue;
+        char buffer[16] = {};
+        KeySym symbol = NoSymbol;
+        const int length = XLookupString(&event.xkey, buffer, sizeof buffer, &symbol, nullptr);
+        if (IsModifierKey(symbol))
+            continue;
+        ++keys;
+        if (event.xkey.state & ControlMask)
+            text += "^";
+        if (event.xkey.state & (Mod1Mask | Mod4Mask))
+            text += "!";
+        const bool graphic = length == 1 && (buffer[0] >= ' ' || buffer[0] == '\r') && buffer[0] != 0x7F;
+        const char* name = XKeysymToString(symbol);
+        text += graphic ? std::string(buffer, 1)
+                        : "<" + std::string(name != nullptr ? name : "?") +
+                              (event.xkey.state & ShiftMask ? "+Shift>" : ">");
+    }
+    return text;
+}
+
+void XClient::Press(KeySym key, bool down, bool real) {
+    const KeyCode code = XKeysymToKeycode(display_, key);
+    if (real)
+        XTestFakeDeviceKeyEvent(display_, static_cast<XDevice*>(keyboard_), code, down, nullptr, 0,
+                                CurrentTime);
+    else
+        XTestFakeKeyEvent(display_, code, down, CurrentTime);
+    XSync(display_, False);
+}
+
+void XClient::Tap(KeySym key) {
+    Hold(key);
+    LetGo(key);
+}
+
+void XClient::LockGroup(unsigned group) {
+    XkbLockGroup(display_, XkbUseCoreKbd, group);
+    XSync(display_, False);
+}
+
+unsigned XClient::Modifiers() const {
+    XkbStateRec state{};
+    XkbGetState(display_, XkbUseCoreKbd, &state);
+    return state.mods;
+}
+
+unsigned XClient::LockedModifiers() const {
+    XkbStateRec state{};
+    XkbGetState(display_, XkbUseCoreKbd, &state);
+    return state.locked_mods;
+}
+
+bool XClient::AnyKeyDown() const {
+    char keys[32] = {};
+    XQueryKeymap(display_, keys);
+    for (const char bits : keys) {
+        if (bits != 0)
+            return true;
+    }
+    return false;
+}
+
+bool XClient::IsDown(KeySym key) const {
+    char keys[32] = {};
+    XQueryKeymap(display_, keys);
+    const KeyCode code = XKeysymToKeycode(display_, key);
+    return (keys[code / 8] >> (code % 8) & 1) != 0;
+}

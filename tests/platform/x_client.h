@@ -1,0 +1,55 @@
+// A bare X server of the test's own, and the client in front on it.
+#pragma once
+
+#include <X11/Xlib.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/child_process.h"
+
+// Runs Xvfb and makes it $DISPLAY.
+class XServer {
+  public:
+    // On a free display, or on the given one.
+    explicit XServer(const std::string& display = "");
+    ~XServer();
+    const std::string& Name() const { return name_; }
+    void Kill();
+
+  private:
+    std::unique_ptr<ChildProcess> process_;
+    std::string name_;
+};
+
+class XClient {
+  public:
+    XClient();
+    ~XClient();
+    XClient(const XClient&) = delete;
+    XClient& operator=(const XClient&) = delete;
+
+    // The characters that have been typed since the last call, as every client looks them up; ends when
+    // `count` have come or nothing comes any more. Keys without a character show as <name>, modifiers not at
+    // all; Control, Alt and the like show in front: ^C, !A.
+    std::string Typed(std::size_t count);
+
+    // What the user does. On the real keyboard, or on the one that programs use.
+    void Hold(KeySym key, bool real = true) { Press(key, true, real); }
+    void LetGo(KeySym key, bool real = true) { Press(key, false, real); }
+    void Tap(KeySym key);
+    void LockGroup(unsigned group);
+    // What the keyboard is like now.
+    unsigned Modifiers() const;
+    unsigned LockedModifiers() const;
+    bool AnyKeyDown() const;
+    bool IsDown(KeySym key) const;
+
+  private:
+    void Press(KeySym key, bool down, bool real);
+
+    Display* display_;
+    Window window_ = 0;
+    void* keyboard_ = nullptr;  // the real one
+};
