@@ -23,6 +23,8 @@ constexpr ErrorText ErrorTexts[] = {
     {ErrorInitialize, TEXT("Failed to initialize Corvin!!")},
     {ErrorConfigure, TEXT("Failed to configure!!")},
     {ErrorSaveSettings, TEXT("Failed to save configuration")},
+    {ErrorFirmwareRead, TEXT("Failed to read the firmware file!! (20025)")},
+    {ErrorProgressDialog, TEXT("Failed to show the download progress!! (20026)")},
     {ErrorEnterDownload, TEXT("Can not enter download mode!!")},
     {ErrorEraseFlash, TEXT("Failed to erase the flash memory!!")},
     {ErrorDownload, TEXT("Error on downloading!!")},

@@ -138,6 +138,11 @@ class DiskFile : public Stream {
         return static_cast<DWORD>(status.st_size);
     }
 
+    bool MoveTo(DWORD position) override {
+        std::scoped_lock lock(mutex_);
+        return file_ && lseek(file_.Number(), position, SEEK_SET) == static_cast<off_t>(position);
+    }
+
     void Close() override {
         std::scoped_lock lock(mutex_);
         if (!file_) {

@@ -81,3 +81,13 @@ DWORD GetFileSize(HANDLE file, LPDWORD sizeHigh) {
     const auto stream = layer::FindObjectAs<layer::Stream>(file);
     return stream != nullptr ? stream->Size() : INVALID_FILE_SIZE;
 }
+
+DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) {
+    layer::SuspendPoint();
+    const auto stream = layer::FindObjectAs<layer::Stream>(file);
+    if (stream == nullptr || distance < 0 || distanceHigh != nullptr || method != FILE_BEGIN) {
+        return INVALID_SET_FILE_POINTER;
+    }
+    const DWORD position = static_cast<DWORD>(distance);
+    return stream->MoveTo(position) ? position : INVALID_SET_FILE_POINTER;
+}

@@ -24,6 +24,8 @@ class Stream : public Object {
     virtual BOOL Read(void* buffer, DWORD size, DWORD& read) = 0;
     virtual BOOL Write(const void* buffer, DWORD size, DWORD& written) = 0;
     virtual DWORD Size() { return 0xFFFFFFFFu; }
+    // Where the next read or write begins; false where there are no places.
+    virtual bool MoveTo(DWORD) { return false; }
 };
 
 // Gives the object a handle; null when there is no room.

@@ -1,0 +1,127 @@
+#include "firmware/transfer.h"
+
+#include "app/error_messages.h"
+#include "app/shell_state.h"
+#include "firmware/decoder.h"
+#include "firmware/firmware_file.h"
+#include "firmware/firmware_frame.h"
+#include "firmware/srecord.h"
+#include "platform/controls.h"
+#include "resources/resource.h"
+
+namespace {
+
+constexpr DWORD BeforeEndFrame = 10;
+constexpr DWORD Percent = 100;
+
+struct Progress {
+    HWND Dialog;
+    DWORD Shown;
+};
+
+HWND OpenProgress(HWND owner) {
+    HWND dialog =
+        CreateDialogParamW(ShellState.Instance, MAKEINTRESOURCEW(IDD_DOWNLOAD_PROGRESS), owner, nullptr, 0);
+    if (dialog) {
+        SetWindowPos(dialog, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+        SendDlgItemMessageW(dialog, IDC_PROGRESS, PBM_SETRANGE, 0, MAKELPARAM(0, Percent));
+        SendDlgItemMessageW(dialog, IDC_PROGRESS, PBM_SETPOS, 0, 0);
+        UpdateWindow(dialog);
+    }
+    return dialog;
+}
+
+void ShowProgress(Progress& progress, DWORD total, DWORD size) {
+    // A file may grow while it is read.
+    const DWORD percent = total >= size ? Percent : static_cast<DWORD>(std::uint64_t{total} * Percent / size);
+    if (percent != progress.Shown) {
+        progress.Shown = percent;
+        SendDlgItemMessageW(progress.Dialog, IDC_PROGRESS, PBM_SETPOS, percent, 0);
+    }
+}
+
+DWORD SendRecord(FirmwareFrame& frame, const Srecord& record) {
+    if (MustSendBefore(frame, record)) {
+        if (SendFirmwareFrame(frame) != Success) {
+            return ErrorDownload;
+        }
+        ClearFrame(frame);
+    }
+    AddRecord(frame, record);
+    if (FullEnough(frame)) {
+        if (SendFirmwareFrame(frame) != Success) {
+            return ErrorDownload;
+        }
+        ClearFrame(frame);
+    }
+    return Success;
+}
+
+// Success with `over` set when the end record has been reached.
+DWORD SendChunk(SrecordReader& reader, FirmwareFrame& frame, std::span<const BYTE> bytes, bool& over) {
+    for (const BYTE byte : bytes) {
+        switch (FeedSrecord(reader, byte)) {
+            case SrecordStep::Record:
+                if (SendRecord(frame, reader.Record) != Success) {
+                    return ErrorDownload;
+                }
+                break;
+            case SrecordStep::End:
+                over = true;
+                return Success;
+            case SrecordStep::Bad:
+                return ErrorDownload;
+            case SrecordStep::More:
+                break;
+        }
+    }
+    return Success;
+}
+
+DWORD SendEnd(FirmwareFrame& frame) {
+    if (frame.Size != 0 && SendFirmwareFrame(frame) != Success) {
+        return ErrorDownload;
+    }
+    Sleep(BeforeEndFrame);
+    // The decoder may restart in the middle of its answer: what it says does not matter.
+    ReaderReply reply;
+    return FirmwareExchange(ShellState.BarcodePort, EndFrame, reply) ? Success : ErrorDownload;
+}
+
+DWORD SendFile(HANDLE file, Progress& progress) {
+    const DWORD size = GetFileSize(file, nullptr);
+    if (size == 0 || size == INVALID_FILE_SIZE) {
+        return ErrorDownload;
+    }
+    SrecordReader reader{};
+    FirmwareFrame frame{};
+    FileChunk chunk;
+    bool over = false;
+    for (DWORD total = 0; !over;) {
+        if (total >= size) {
+            return ErrorDownload;  // no end record
+        }
+        std::span<const BYTE> read;
+        if (const DWORD result = ReadFirmwareChunk(file, chunk, read); result != Success) {
+            return result;
+        }
+        total += static_cast<DWORD>(read.size());
+        ShowProgress(progress, total, size);
+        if (const DWORD result = SendChunk(reader, frame, read, over); result != Success) {
+            return result;
+        }
+    }
+    return SendEnd(frame);
+}
+
+}  // namespace
+
+DWORD TransferFirmwareFile(HWND owner, HANDLE file) {
+    Progress progress{OpenProgress(owner), 0};
+    if (!progress.Dialog) {
+        return ErrorProgressDialog;
+    }
+    const DWORD result = SendFile(file, progress);
+    DestroyWindow(progress.Dialog);
+    return result;
+}
