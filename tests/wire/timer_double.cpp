@@ -116,3 +116,12 @@ BOOL PlaySoundW(LPCWSTR name, HMODULE, DWORD) {
         ++soundsStopped;
     return TRUE;
 }
+
+// The pointer of a screen that nobody sees.
+HCURSOR LoadCursorW(HINSTANCE, LPCWSTR) {
+    return nullptr;
+}
+
+HCURSOR SetCursor(HCURSOR) {
+    return nullptr;
+}

@@ -1,5 +1,7 @@
 #include "tests/wire/wire_stage.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <deque>
@@ -11,6 +13,7 @@
 
 #include "app/error_messages.h"
 #include "app/shell_state.h"
+#include "firmware/decoder.h"
 #include "link/barcode_receiver.h"
 #include "link/detection.h"
 #include "link/message_handlers.h"
@@ -287,6 +290,26 @@ DWORD WireStage::CallByName(const Words& words) {
         return static_cast<DWORD>(DownloadLaserSettings());
     if (name == "DownloadImagerSettings")
         return static_cast<DWORD>(DownloadImagerSettings());
+    if (name == "FirmwareExchange") {
+        const auto bytes = ReadWireBytes(words, 2);
+        return static_cast<DWORD>(FirmwareExchange(ShellState.BarcodePort, bytes, reply_));
+    }
+    if (name == "QueryFirmwareVersion") {
+        std::array<BYTE, 32> version{};
+        const DWORD result = QueryFirmwareVersion(ShellState.BarcodePort, ToNumber(At(words, 2)), version);
+        const std::string_view all(reinterpret_cast<const char*>(version.data()), version.size());
+        value_ = all.substr(0, all.find('\0'));
+        return result;
+    }
+    if (name == "EnterDownloadMode")
+        return EnterDownloadMode();
+    if (name == "SendFirmwareFrame") {
+        FirmwareFrame frame{};
+        const auto bytes = ReadWireBytes(words, 2);
+        frame.Size = bytes.size();
+        std::copy(bytes.begin(), bytes.end(), frame.Bytes.begin());
+        return SendFirmwareFrame(frame);
+    }
     if (name == "SetRts") {
         SetRts(PortOf(At(words, 2)), argument(2) != 0);
         return 0;
