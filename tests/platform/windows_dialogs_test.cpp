@@ -290,7 +290,7 @@ TEST_F(DialogsTest, TheStandInIconIsTapped) {
     layer::PumpMessages();
     QWidget* standIn = nullptr;
     for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (widget->windowTitle() == QString(64, u'x')) {
+        if (widget->toolTip() == QString(64, u'x')) {
             standIn = widget;
         }
     }

@@ -20,7 +20,8 @@ class StaticControl : public WindowObject {
         if (kind == StaticIcon) {
             constexpr int side = 32;
             label_->setPixmap(LoadIconResource(init.Resource).pixmap(side, side));
-            label_->setScaledContents(false);
+            // Templates leave the size of an icon to the icon.
+            label_->setMinimumSize(side, side);
         }
         label_->setTextFormat(Qt::PlainText);
         const Qt::Alignment across = kind == StaticCentred ? Qt::AlignHCenter

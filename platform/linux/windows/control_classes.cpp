@@ -27,7 +27,7 @@ WindowPtr MakeControl(const WindowInit& init) {
         }
         const WindowPtr control = maker(init);
         if (control != nullptr) {
-            control->Widget()->setGeometry(init.Place);
+            control->SetPlace(init.Place);
             control->Widget()->setEnabled((init.Style & StyleDisabled) == 0);
             control->Widget()->setVisible((init.Style & WS_VISIBLE) != 0);
             Adopt(control);

@@ -35,8 +35,11 @@ DialogWidget::DialogWidget(QWidget* owner, WindowObject& window, DWORD style, bo
                 row->addWidget(button);
             }
         }
-    } else if (!closable_) {
-        setWindowFlag(Qt::WindowCloseButtonHint, false);
+    } else {
+        const Qt::WindowFlags buttons =
+            closable_ ? Qt::WindowFlags(Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint)
+                      : Qt::WindowFlags{};
+        setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | buttons);
     }
     client_ = new QWidget(this);
 }

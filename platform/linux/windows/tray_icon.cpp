@@ -53,6 +53,7 @@ class NotificationIcon {
             const auto end = std::find(std::begin(data.szTip), std::end(data.szTip), u'\0');
             tip_ = QString::fromUtf16(data.szTip, end - std::begin(data.szTip));
         }
+        QGuiApplication::setWindowIcon(icon_);
         tray_.setIcon(icon_);
         tray_.setToolTip(tip_);
         QObject::connect(&tray_, &QSystemTrayIcon::activated, &tray_, [this](auto) { Tapped(); });
@@ -121,7 +122,7 @@ StandInIcon::StandInIcon(const QIcon& icon, const QString& tip, std::function<vo
       tapped_(std::move(tapped)) {
     setAttribute(Qt::WA_ShowWithoutActivating);
     setToolTip(tip);
-    setWindowTitle(tip);
+    setWindowTitle(QStringLiteral("Notification icon"));
     const QRect area = WorkArea();
     ReserveStrip(Side);
     setGeometry(area.right() + 1 - Side, area.bottom() + 1 - Side, Side, Side);
