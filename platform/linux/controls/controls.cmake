@@ -1,3 +1,15 @@
 # Common controls: image lists, trees, up-downs, progress bars, the property sheet, the file dialog.
 target_sources(vantrel_platform_windows PRIVATE
-  linux/controls/common_controls.cpp)
+  linux/controls/common_controls.cpp
+  linux/controls/image_list.cpp
+  linux/controls/progress_control.cpp
+  linux/controls/property_sheet.cpp
+  linux/controls/sheet_layout.cpp
+  linux/controls/sheet_window.cpp
+  linux/controls/tab_control.cpp
+  linux/controls/tree_control.cpp
+  linux/controls/tree_item.cpp
+  linux/controls/tree_paint.cpp
+  linux/controls/tree_widget.cpp
+  linux/controls/updown_control.cpp
+  linux/controls/virtual_key.cpp)

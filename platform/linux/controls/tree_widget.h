@@ -1,0 +1,61 @@
+// How a tree view looks and what finger, mouse and keyboard do in it. Main thread.
+#pragma once
+
+#include <QTreeWidget>
+#include <functional>
+#include <vector>
+
+#include "platform/linux/controls/tree_item.h"
+
+namespace layer {
+
+struct TreeHit {
+    TreeItem* Item = nullptr;
+    UINT Flags = 0;  // TVHT_
+};
+
+// An item shows its button, its state image and its label, in this order. A tap on the button, or a double
+// tap on the label, folds and unfolds; every other tap is told. A finger that moves scrolls. Arrow keys, plus
+// and minus move about, Space and Enter tap the image of the current item.
+class TreeWidget : public QTreeWidget {
+  public:
+    TreeWidget(QWidget* parent, DWORD style);
+
+    // Called on a tap at a position on the screen; the widget may be gone from the screen afterwards.
+    std::function<void(const QPoint&)> Tapped;
+    // Called for every key that is pressed, before it has its effect; false: the tree has gone.
+    std::function<bool(WORD)> KeyPressed;
+
+    void SetImages(std::vector<QPixmap> images, const QSize& size);
+    // Position in the viewport.
+    TreeHit HitTest(const QPoint& position) const;
+    // Shows a changed text or image.
+    void ShowChange();
+
+  protected:
+    void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
+    int sizeHintForColumn(int column) const override;
+    bool viewportEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    friend class TreeDelegate;
+    QRect ImageRect(const QRect& item) const;  // empty without images
+    QRect LabelRect(const QRect& item, const QString& text) const;
+    QPoint TapPlace(const TreeItem& item) const;
+    void TapImage(const TreeItem& item);
+
+    DWORD style_;
+    std::vector<QPixmap> images_;
+    QSize imageSize_;
+    bool pressed_ = false, dragging_ = false;
+    QPoint pressedAt_, scrolledAt_;
+};
+
+}  // namespace layer
