@@ -185,6 +185,11 @@ void Serve() {
             }
         }
     }
+    // The message that ended the program has its answer too.
+    TakeAnswers(listener);
+    for (Caller& caller : listener.Callers) {
+        caller.Connection.Flush();
+    }
     listener.Callers.clear();
 }
 

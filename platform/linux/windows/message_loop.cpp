@@ -1,8 +1,12 @@
 #include "platform/linux/windows/message_loop.h"
 
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 #include <QCoreApplication>
 #include <QCursor>
 #include <QEvent>
+#include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
 #include <atomic>
@@ -20,15 +24,13 @@ namespace layer {
 
 namespace {
 
-const QEvent::Type WakeEvent = static_cast<QEvent::Type>(QEvent::registerEventType());
-
 // What other threads hand to the main thread. Never freed: threads outlive the end of WinMain.
 struct Mailbox {
     std::mutex Mutex;
     std::deque<std::function<void()>> Work;
     std::deque<MSG> Posted;
-    QObject* Hub = nullptr;
-    bool Woken = false;  // a wake event is under way
+    int Bell = -1;  // an event descriptor that wakes Qt's loop
+    bool Rung = false;
 };
 
 Mailbox& Box() {
@@ -101,25 +103,21 @@ void ServeLoopOfQt() {
     ArmAlarm();
 }
 
-class Hub : public QObject {
-  public:
-    bool event(QEvent* event) override {
-        if (event->type() != WakeEvent) {
-            return QObject::event(event);
-        }
-        {
-            std::scoped_lock lock(Box().Mutex);
-            Box().Woken = false;
-        }
-        if (Quiet == 0) {
-            RunOneWork();
-            if (InLoopOfQt()) {
-                ServeLoopOfQt();
-            }
-        }
-        return true;
+void AnswerBell() {
+    {
+        Mailbox& box = Box();
+        std::scoped_lock lock(box.Mutex);
+        std::uint64_t count;
+        [[maybe_unused]] const auto taken = read(box.Bell, &count, sizeof count);
+        box.Rung = false;
     }
-};
+    if (Quiet == 0) {
+        RunOneWork();
+        if (InLoopOfQt()) {
+            ServeLoopOfQt();
+        }
+    }
+}
 
 // Widgets destroyed outside of any event of Qt's would otherwise stay for ever. Only the outermost loop does
 // it: inside another one, a widget whose event is being handled may be among them.
@@ -174,17 +172,20 @@ void WaitForInput() {
 
 void OpenMailbox() {
     Mailbox& box = Box();
-    if (box.Hub != nullptr) {
+    if (Alarm != nullptr) {
         return;
     }
-    auto* hub = new Hub;
-    Alarm = new QTimer(hub);
+    // A descriptor rather than an event of Qt's: other threads then share nothing with Qt.
+    const int bell = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    auto* notifier = new QSocketNotifier(bell, QSocketNotifier::Read, qApp);
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier, AnswerBell);
+    Alarm = new QTimer(qApp);
     Alarm->setSingleShot(true);
     Alarm->setTimerType(Qt::PreciseTimer);
-    QObject::connect(Alarm, &QTimer::timeout, hub, [] { WakeMainThread(); });
+    QObject::connect(Alarm, &QTimer::timeout, Alarm, WakeMainThread);
     {
         std::scoped_lock lock(box.Mutex);
-        box.Hub = hub;
+        box.Bell = bell;
     }
     WakeMainThread();
 }
@@ -192,9 +193,10 @@ void OpenMailbox() {
 void WakeMainThread() {
     Mailbox& box = Box();
     std::scoped_lock lock(box.Mutex);
-    if (box.Hub != nullptr && !box.Woken) {
-        box.Woken = true;
-        QCoreApplication::postEvent(box.Hub, new QEvent(WakeEvent), Qt::HighEventPriority);
+    if (box.Bell >= 0 && !box.Rung) {
+        box.Rung = true;
+        const std::uint64_t one = 1;
+        [[maybe_unused]] const auto written = write(box.Bell, &one, sizeof one);
     }
 }
 

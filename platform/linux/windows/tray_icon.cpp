@@ -54,11 +54,14 @@ class NotificationIcon {
             tip_ = QString::fromUtf16(data.szTip, end - std::begin(data.szTip));
         }
         QGuiApplication::setWindowIcon(icon_);
-        tray_.setIcon(icon_);
-        tray_.setToolTip(tip_);
-        QObject::connect(&tray_, &QSystemTrayIcon::activated, &tray_, [this](auto) { Tapped(); });
-        // The area takes the icon by itself whenever there is one.
-        tray_.show();
+        // Only a display server has an area. It takes the icon by itself whenever there is one.
+        if (FocusIsReal()) {
+            tray_ = std::make_unique<QSystemTrayIcon>(icon_);
+            tray_->setToolTip(tip_);
+            QObject::connect(tray_.get(), &QSystemTrayIcon::activated, tray_.get(),
+                             [this](auto) { Tapped(); });
+            tray_->show();
+        }
         Choose();
         qApp->installNativeEventFilter(&watcher_);
     }
@@ -75,7 +78,7 @@ class NotificationIcon {
         }
     }
     void Choose() {
-        if (QSystemTrayIcon::isSystemTrayAvailable()) {
+        if (tray_ != nullptr && QSystemTrayIcon::isSystemTrayAvailable()) {
             standIn_.reset();
         } else if (standIn_ == nullptr) {
             standIn_ = std::make_unique<StandInIcon>(icon_, tip_, [this] { Tapped(); });
@@ -85,7 +88,7 @@ class NotificationIcon {
     NOTIFYICONDATAW data_;
     QIcon icon_;
     QString tip_;
-    QSystemTrayIcon tray_;
+    std::unique_ptr<QSystemTrayIcon> tray_;
     std::unique_ptr<StandInIcon> standIn_;
     TrayWatcher watcher_;
 };
