@@ -133,6 +133,10 @@ struct Typing {
     std::vector<const char*> Contents;  // of the edit after each key
 };
 
+void PrintTo(const Typing& typing, std::ostream* out) {
+    *out << typing.What;
+}
+
 std::vector<std::string> SplitKeys(const std::string& keys) {
     std::vector<std::string> split;
     for (std::size_t i = 0; i < keys.size(); ++i) {

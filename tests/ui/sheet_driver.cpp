@@ -257,6 +257,11 @@ void WithEditor(const std::function<void()>& start, const std::function<void(HWN
     QObject::connect(&watch, &QTimer::timeout, [&] {
         HWND editor = ShellState.EditorDialog;
         if (!edited && editor) {
+            // It is there before it is shown and has the focus.
+            QWidget* focus = QApplication::focusWidget();
+            if (!focus || focus->window() != WidgetOf(editor)->window()) {
+                return;
+            }
             edited = editor;
             since.start();
             work(editor);

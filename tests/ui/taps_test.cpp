@@ -245,6 +245,10 @@ struct KeySequence {
     int Upgrades;
 };
 
+void PrintTo(const KeySequence& sequence, std::ostream* out) {
+    *out << sequence.Devices << " " << sequence.Keys;
+}
+
 class UpgradeKeysTest : public SheetTest, public testing::WithParamInterface<KeySequence> {
   protected:
     UpgradeKeysTest() {
@@ -260,10 +264,8 @@ class UpgradeKeysTest : public SheetTest, public testing::WithParamInterface<Key
 
 TEST_P(UpgradeKeysTest, StartTheFirmwareUpgrade) {
     Open(GetParam().Devices);
-    Tap(ShowPage(GetParam().Devices == DeviceRfid     ? "General"
-                 : GetParam().Devices == DeviceImager ? "2D"
-                                                      : "1D"),
-        FindItem(ShowPage("General"), 10004), Spot::Label);
+    HWND tree = ShowPage("General");
+    Tap(tree, FindItem(tree, 10004), Spot::Label);
     const std::string keys = GetParam().Keys;
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (keys[i] == ',' || keys[i] == ';') {
