@@ -5,11 +5,13 @@
 #include "platform/keyboard.h"
 
 #include <bitset>
+#include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "platform/linux/keyboard_backend.h"
@@ -17,6 +19,9 @@
 
 namespace layer {
 namespace {
+
+constexpr int EndTries = 100;
+constexpr std::chrono::milliseconds EndPause{10};
 
 class NoKeyboard : public KeyboardBackend {
   public:
@@ -90,7 +95,14 @@ void MakeReady(Keyboard& keyboard) {
     keyboard.endRegistered = true;
     AtEnd([] {
         Keyboard& ending = TheKeyboard();
-        const std::lock_guard lock(ending.mutex);
+        std::unique_lock lock(ending.mutex, std::try_to_lock);
+        // A thread may hang in a display that does not answer; the program ends all the same.
+        for (int i = 0; i < EndTries && !lock.owns_lock(); ++i) {
+            std::this_thread::sleep_for(EndPause);
+            lock.try_lock();
+        }
+        if (!lock.owns_lock())
+            return;
         ending.over = Ending();
         ending.endRegistered = false;
         if (ending.backend)

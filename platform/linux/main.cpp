@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "platform/linux/keyboard_backend.h"
 #include "platform/linux/start_windows.h"
 #include "platform/linux/thread.h"
 #include "platform/window.h"
@@ -16,6 +17,7 @@ extern "C" __attribute__((weak)) void __gcov_dump();
 int main() {
     layer::StartWindows();
     layer::TakeSignals();
+    layer::PrepareKeyboard();
     static char instance;
     static char commandLine[] = "";
     const int code = WinMain(reinterpret_cast<HINSTANCE>(&instance), nullptr, commandLine, SW_SHOWNORMAL);

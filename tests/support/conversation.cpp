@@ -107,11 +107,6 @@ void Conversation::End() {
     active_ = false;
 }
 
-bool Conversation::Finished() {
-    const Lock lock(mutex_);
-    return steps_.empty() || failed_;
-}
-
 bool Conversation::Did(WireStep act) {
     if (!active_ || failed_)
         return true;

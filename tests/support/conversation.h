@@ -69,14 +69,12 @@ class Conversation : public layer::TimedSource {
     void Begin(std::vector<WireStep> steps, int line);
     // Ends it: complains about steps that have not happened.
     void End();
-    // Whether there is nothing more to come.
-    bool Finished();
-
     // For the ports. All with Mutex held through Lock.
     using Lock = std::unique_lock<std::mutex>;
     Lock Acquire() { return Lock(mutex_); }
     std::condition_variable& Changed() { return changed_; }
     layer::ManualClock& Time() { return clock_; }
+    bool AnythingLeft() const { return !steps_.empty() && !failed_; }
     WireInput& InputOf(int port) { return inputs_[port]; }
     // The system has done something; false when the script lets it fail.
     bool Did(WireStep act);

@@ -200,8 +200,14 @@ BOOL ScriptedPorts::Port::WaitEvent(DWORD& events) {
                 input.Broke = false;
             return TRUE;
         }
-        if (input.Unplugged)
+        if (input.Unplugged) {
+            // Fails again and again; once nothing more is to come, that would have no end.
+            const bool over = !Talk().AnythingLeft();
+            lock.unlock();
+            if (over && layer::OnMainThread())
+                state_->OnIdle();
             return FALSE;
+        }
         const auto news = [&] {
             return masksSet != masksSet_ || (Input().Broke && (mask_ & EV_BREAK)) ||
                    (!Input().Bytes.empty() && (mask_ & EV_RXCHAR)) || Input().Unplugged ||
