@@ -8,6 +8,7 @@ vantrel_library(vantrel_platform_serial
   linux/keyboard_trace.cpp
   linux/keyboard_xtest.cpp
   linux/line_marks.cpp
+  linux/receive_queue.cpp
   linux/serial.cpp
   linux/tty.cpp
   linux/tty_line.cpp

@@ -12,7 +12,7 @@
 #include <chrono>
 #include <mutex>
 
-#include "platform/linux/line_marks.h"
+#include "platform/linux/receive_queue.h"
 #include "platform/linux/serial_port.h"
 #include "platform/linux/terminal.h"
 #include "platform/linux/thread.h"
@@ -26,7 +26,6 @@ using Moment = std::chrono::steady_clock::time_point;
 using std::chrono::milliseconds;
 constexpr Moment Never = Moment::max();
 
-constexpr std::size_t QueueSize = 4096 + 512;  // a full read of 4096 bytes, and what a chunk may add
 // How long a wait on an unplugged port takes before it looks whether the reader is back, and fails.
 constexpr milliseconds UnpluggedPause{250};
 constexpr DWORD DefaultSpeed = 9600;
@@ -75,7 +74,6 @@ class Tty : public SerialPort {
     void Sleep(Lock& lock, int wake, const std::shared_ptr<TtyLine>& line, short events, Moment until);
     void WakeAll();
     Moment ReadEnd(DWORD size, Moment start) const;
-    DWORD Take(BYTE* buffer, DWORD size);
 
     const std::string path_;
     std::mutex writing_;             // one frame after the other; taken before mutex_
@@ -86,10 +84,7 @@ class Tty : public SerialPort {
     DWORD mask_ = 0;
     unsigned masksSet_ = 0, readsAborted_ = 0, writesAborted_ = 0;
     bool closed_ = false;
-    bool broke_ = false;  // a break came and was not reported yet
-    LineMarks marks_;
-    std::array<BYTE, QueueSize> queue_{};
-    std::size_t first_ = 0, count_ = 0;
+    ReceiveQueue queue_;
     Moment lastArrival_{};
     Sleeper* sleepers_ = nullptr;
 };
@@ -101,10 +96,8 @@ bool Tty::Pump(bool discardExcess) {
         return false;
     std::array<BYTE, 512> chunk;
     bool arrived = false;
-    while (count_ + 2 <= QueueSize || discardExcess) {
-        // A mark may turn one byte into two.
-        const std::size_t room = (QueueSize - count_) / 2;
-        const std::size_t wanted = discardExcess ? chunk.size() : std::min(chunk.size(), room);
+    while (queue_.Room() > 0 || discardExcess) {
+        const std::size_t wanted = discardExcess ? chunk.size() : std::min(chunk.size(), queue_.Room());
         const ssize_t got = read(line_->Fd(), chunk.data(), wanted);
         if (got < 0 && errno == EINTR)
             continue;
@@ -114,12 +107,7 @@ bool Tty::Pump(bool discardExcess) {
             Lose(line_);
             break;
         }
-        for (ssize_t i = 0; i < got; ++i) {
-            const LineMarks::Result result = marks_.Take(chunk[static_cast<std::size_t>(i)]);
-            broke_ |= result.broke;
-            for (int k = 0; k < result.count && count_ < QueueSize; ++k)
-                queue_[(first_ + count_++) % QueueSize] = result.bytes[k];
-        }
+        queue_.Add({chunk.data(), static_cast<std::size_t>(got)});
         arrived = true;
     }
     if (arrived) {
@@ -140,7 +128,7 @@ bool Tty::Reopen() {
         return false;
     line_->SetModemLines(state_.fDtrControl != DTR_CONTROL_DISABLE,
                          state_.fRtsControl != RTS_CONTROL_DISABLE);
-    marks_.Reset();
+    queue_.ForgetMark();
     return true;
 }
 
@@ -192,21 +180,12 @@ Moment Tty::ReadEnd(DWORD size, Moment start) const {
     if (interval == MAXDWORD && multiplier == 0 && constant == 0)
         return start;
     if (interval == MAXDWORD && multiplier == MAXDWORD)
-        return count_ > 0 ? start : start + milliseconds(constant);
+        return queue_.Count() > 0 ? start : start + milliseconds(constant);
     if (multiplier != 0 || constant != 0)
         end = start + milliseconds(std::uint64_t{multiplier} * size + constant);
-    if (interval != 0 && interval != MAXDWORD && count_ > 0)
+    if (interval != 0 && interval != MAXDWORD && queue_.Count() > 0)
         end = std::min(end, lastArrival_ + milliseconds(interval));
     return end;
-}
-
-DWORD Tty::Take(BYTE* buffer, DWORD size) {
-    const DWORD taken = static_cast<DWORD>(std::min<std::size_t>(size, count_));
-    for (DWORD i = 0; i < taken; ++i)
-        buffer[i] = queue_[(first_ + i) % QueueSize];
-    first_ = (first_ + taken) % QueueSize;
-    count_ -= taken;
-    return taken;
 }
 
 BOOL Tty::Read(void* buffer, DWORD size, DWORD& read) {
@@ -215,7 +194,7 @@ BOOL Tty::Read(void* buffer, DWORD size, DWORD& read) {
     const WakeOnPark onPark([wake] { WakeFd(wake); });
     const Moment start = Now();
     // A read never needs more than the queue can hold to be complete.
-    const DWORD wanted = std::min<DWORD>(size, QueueSize - 1);
+    const DWORD wanted = std::min<DWORD>(size, ReceiveQueue::Size - 1);
     Lock lock(mutex_);
     const unsigned aborted = readsAborted_;
     for (;;) {
@@ -228,14 +207,14 @@ BOOL Tty::Read(void* buffer, DWORD size, DWORD& read) {
         if (closed_ || aborted != readsAborted_)
             return FALSE;
         const bool live = Pump(false) || Reopen();
-        if (!live && count_ == 0)
+        if (!live && queue_.Count() == 0)
             return FALSE;
         const Moment end = ReadEnd(size, start);
-        if (count_ >= wanted || !live || Now() >= end) {
+        if (queue_.Count() >= wanted || !live || Now() >= end) {
             const Taking taking;
             if (!taking.Granted())
                 continue;
-            read = Take(static_cast<BYTE*>(buffer), size);
+            read = queue_.Take(static_cast<BYTE*>(buffer), size);
             return TRUE;
         }
         Sleep(lock, wake, line_, POLLIN, end);
@@ -344,8 +323,7 @@ BOOL Tty::Purge(DWORD flags) {
     if (flags & PURGE_RXCLEAR) {
         if (line_)
             line_->DiscardInput();
-        marks_.Reset();
-        count_ = 0;
+        queue_.Clear();
     }
     WakeAll();
     return TRUE;
@@ -356,7 +334,7 @@ BOOL Tty::SetMask(DWORD mask) {
     if (closed_)
         return FALSE;
     mask_ = mask;
-    broke_ = false;
+    queue_.Broke = false;
     ++masksSet_;
     WakeAll();
     return TRUE;
@@ -386,9 +364,9 @@ BOOL Tty::WaitEvent(DWORD& events) {
             continue;
         }
         const bool live = Pump((mask_ & EV_RXCHAR) == 0);
-        if (broke_ && (mask_ & EV_BREAK) != 0)
+        if (queue_.Broke && (mask_ & EV_BREAK) != 0)
             events |= EV_BREAK;
-        if (count_ > 0 && (mask_ & EV_RXCHAR) != 0)
+        if (queue_.Count() > 0 && (mask_ & EV_RXCHAR) != 0)
             events |= EV_RXCHAR;
         if (events != 0) {
             const Taking taking;
@@ -397,7 +375,7 @@ BOOL Tty::WaitEvent(DWORD& events) {
                 continue;
             }
             if (events & EV_BREAK)
-                broke_ = false;
+                queue_.Broke = false;
             return TRUE;
         }
         if (live || (waitedUnplugged && Reopen())) {
@@ -420,7 +398,7 @@ BOOL Tty::ClearError(DWORD& errors, COMSTAT& status) {
     status = COMSTAT{};
     if (closed_ || !Pump(false))
         return FALSE;
-    status.cbInQue = static_cast<DWORD>(count_);
+    status.cbInQue = static_cast<DWORD>(queue_.Count());
     status.cbOutQue = line_->Queued();
     return TRUE;
 }

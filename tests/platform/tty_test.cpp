@@ -14,7 +14,6 @@
 #include <numeric>
 #include <thread>
 
-#include "platform/linux/line_marks.h"
 #include "platform/linux/serial_port.h"
 #include "platform/serial.h"
 #include "tests/platform/pseudo_terminal.h"
@@ -318,10 +317,8 @@ TEST_F(TtyTest, KilledProgramFreesThePort) {
 TEST_F(TtyTest, LineStateReachesTheDevice) {
     DCB state{};
     ASSERT_TRUE(GetCommState(port_, &state));
-    const struct {
-        DWORD Rate;
-        unsigned Code;
-    } rates[] = {{9600, B9600}, {38400, B38400}, {57600, B57600}, {115200, B115200}};
+    const std::pair<DWORD, unsigned> rates[] = {
+        {9600, B9600}, {38400, B38400}, {57600, B57600}, {115200, B115200}};
     for (const auto& [rate, code] : rates) {
         state.BaudRate = rate;
         EXPECT_TRUE(SetCommState(port_, &state));
@@ -450,33 +447,6 @@ TEST_F(TtyTest, FramesOfTwoThreadsStayWhole) {
     ASSERT_EQ(all.size(), 2 * Size * Count);
     for (std::size_t i = 0; i < all.size(); i += Size)
         ASSERT_EQ(std::count(all.begin() + i, all.begin() + i + Size, all[i]), static_cast<long>(Size));
-}
-
-TEST(LineMarks, BreaksDoubledAndDamagedBytes) {
-    const struct {
-        Bytes In, Out;
-        int Breaks;
-    } cases[] = {
-        {{0x41, 0xFF, 0xFF, 0x42}, {0x41, 0xFF, 0x42}, 0},
-        {{0xFF, 0xFF, 0xFF, 0xFF, 0x00}, {0xFF, 0xFF, 0x00}, 0},
-        {{0xFF, 0xFF, 0x00, 0x00}, {0xFF, 0x00, 0x00}, 0},
-        {{0xFF, 0x00, 0x00}, {}, 1},
-        {{0x41, 0xFF, 0x00, 0x00, 0x42, 0xFF, 0x00, 0x00}, {0x41, 0x42}, 2},
-        {{0xFF, 0x00, 0x55, 0x00}, {0x55, 0x00}, 0},
-        {{0xFF, 0x41}, {0xFF, 0x41}, 0},
-    };
-    for (const auto& test : cases) {
-        layer::LineMarks marks;
-        Bytes out;
-        int breaks = 0;
-        for (const BYTE byte : test.In) {
-            const auto result = marks.Take(byte);
-            out.insert(out.end(), result.bytes, result.bytes + result.count);
-            breaks += result.broke;
-        }
-        EXPECT_EQ(out, test.Out);
-        EXPECT_EQ(breaks, test.Breaks);
-    }
 }
 
 }  // namespace
