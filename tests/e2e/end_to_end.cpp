@@ -1,0 +1,144 @@
+#include "tests/e2e/end_to_end.h"
+
+#include <mqueue.h>
+#include <semaphore.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+
+#include "platform/linux/terminal.h"
+#include "settings/defaults.h"
+#include "settings/record.h"
+#include "settings/settings_file.h"
+#include "tests/e2e/error_box.h"
+
+namespace {
+
+const char* const StopCommands[] = {"rx com1 04 E5", "command com1 OFF"};
+
+}  // namespace
+
+EndToEnd::EndToEnd() {
+    // Qt says a word about a machine that has none.
+    setenv("XDG_RUNTIME_DIR", Terminal.Folder().c_str(), 0);
+}
+
+void EndToEnd::TearDown() {
+    if (HasFailure()) {
+        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+        std::string name = std::string(test->test_suite_name()) + "." + test->name();
+        for (char& letter : name) {
+            letter = letter == '/' ? '-' : letter;
+        }
+        const std::filesystem::path folder = std::filesystem::path(VANTREL_PROGRAMS) / "../e2e-failures";
+        std::error_code ignored;
+        std::filesystem::create_directories(folder, ignored);
+        Desktop.Save(folder / (name + ".ppm"));
+        WriteWholeFile(folder / (name + ".log"), Wire ? Wire->Log() : "");
+    }
+    Running.reset();
+    Wire.reset();
+}
+
+void EndToEnd::FitReaders(const std::string& barcode, const std::string& rfid,
+                          const std::vector<std::string>& options) {
+    std::vector<std::string> words = {"--barcode", barcode, "--rfid", rfid};
+    words.insert(words.end(), options.begin(), options.end());
+    Wire.reset();
+    Wire = std::make_unique<Readers>(words);
+    BarcodeFitted = barcode != "none";
+}
+
+void EndToEnd::WriteSettings(WORD devices, const std::vector<SettingValue>& values) {
+    DeviceFlags = devices;
+    ResetSettings(ResetAllGroups);
+    for (const auto& [setting, value] : values) {
+        SetValue(*setting, value);
+    }
+    ASSERT_EQ(SaveSettings(), 1);
+}
+
+WORD EndToEnd::SettingsWord(std::size_t offset) const {
+    const std::string file = ReadWholeFile(SettingsPath());
+    if (file.size() < offset + 2) {
+        ADD_FAILURE() << "the settings file has " << file.size() << " bytes";
+        return 0;
+    }
+    return static_cast<WORD>(static_cast<BYTE>(file[offset]) | static_cast<BYTE>(file[offset + 1]) << 8);
+}
+
+void EndToEnd::Start(const std::vector<std::string>& environment) {
+    Desktop.BringToFront();
+    Running = std::make_unique<Vantrel>(environment);
+}
+
+bool EndToEnd::WaitUntilReady(int milliseconds) {
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    Wire->Forget();
+    while (std::chrono::steady_clock::now() < until) {
+        if (!BarcodeFitted) {
+            // With an RFID reader alone only a press shows; the read that it starts has to end again.
+            Trigger({"down"});
+            if (Wire->Saw("event opened com2", 100) && Wire->Saw("event searching com2", 1000)) {
+                return true;
+            }
+            continue;
+        }
+        // A release does nothing but tell the reader to stop.
+        Trigger({"up"});
+        for (int tries = 0; tries < 10; ++tries) {
+            for (const char* stop : StopCommands) {
+                if (Wire->Saw(stop, 0)) {
+                    return true;
+                }
+            }
+            Wire->Saw("no such line", 10);
+        }
+    }
+    return false;
+}
+
+void EndToEnd::StartReady(const std::vector<std::string>& environment) {
+    Start(environment);
+    ASSERT_TRUE(WaitUntilReady());
+}
+
+bool EndToEnd::PressTrigger() {
+    for (int tries = 0; tries < 20; ++tries) {
+        Trigger({"down"});
+        for (int waits = 0; waits < 10; ++waits) {
+            if (Wire->Saw("decoding com1 on", 10) || Wire->Saw("command com1 ON", 0)) {
+                return true;
+            }
+        }
+        Trigger({"up"});
+    }
+    return false;
+}
+
+std::string EndToEnd::Scan(const std::string& label, std::size_t typed) {
+    Wire->Forget();
+    Wire->Command("label " + label);
+    EXPECT_TRUE(PressTrigger());
+    EXPECT_TRUE(Wire->Saw("event decode-sent"));
+    std::string text = Desktop.Typed(typed);
+    Trigger({"up"});
+    return text;
+}
+
+void EndToEnd::ExpectNothingLeft() {
+    const std::string prefix = "/vantrel-" + layer::TerminalIdentity() + "-";
+    sem_t* event = sem_open((prefix + "DecodeEvent").c_str(), 0);
+    EXPECT_EQ(event, SEM_FAILED) << "the event's name is still there";
+    const mqd_t queue = mq_open((prefix + "QuenraDataQueue").c_str(), O_RDONLY);
+    EXPECT_EQ(queue, static_cast<mqd_t>(-1)) << "the queue's name is still there";
+    for (const auto& entry : std::filesystem::directory_iterator(Terminal.Path("windows"))) {
+        EXPECT_FALSE(entry.is_socket()) << entry.path() << " is still there";
+    }
+    const std::string vibrator = ReadWholeFile(Terminal.Path("VIBRATOR"));
+    EXPECT_TRUE(vibrator.empty() || vibrator.starts_with("0")) << "the vibrator is on: " << vibrator;
+    EXPECT_TRUE(Desktop.KeysAreUp());
+    EXPECT_TRUE(Desktop.WaitUntilGone("Vantrel v1.29", 1000));
+    EXPECT_FALSE(Desktop.WaitForWindow(ErrorBoxTitle, 0));
+}

@@ -1,0 +1,55 @@
+// A terminal of its own for each end-to-end test: folder, screen, simulated readers, the real program.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "settings/general_fields.h"
+#include "tests/e2e/program.h"
+#include "tests/e2e/readers.h"
+#include "tests/e2e/screen.h"
+#include "tests/support/temporary_terminal.h"
+
+using SettingValue = std::pair<const Setting*, WORD>;
+
+class EndToEnd : public testing::Test {
+  protected:
+    EndToEnd();
+    // A failure leaves the readers' log and a picture of the screen in the folder e2e-failures.
+    void TearDown() override;
+
+    void FitReaders(const std::string& barcode, const std::string& rfid = "none",
+                    const std::vector<std::string>& options = {});
+    // A settings file as the program itself would leave it for these readers (bits of DeviceFlags), with
+    // defaults but for the given values. The prefix and suffix are empty.
+    void WriteSettings(WORD devices, const std::vector<SettingValue>& values = {});
+    std::string SettingsPath() const { return Terminal.Path("DiskOnChip/Vantrel.ini"); }
+    // The file's word at an offset.
+    WORD SettingsWord(std::size_t offset) const;
+
+    void Start(const std::vector<std::string>& environment = {});
+    // Waits until the program takes the trigger key: reads can be started from then on.
+    bool WaitUntilReady(int milliseconds = 20000);
+    // Starts the program and waits.
+    void StartReady(const std::vector<std::string>& environment = {});
+    // Holds the trigger down; where the press came while the last scan was still busy, once more. Whether the
+    // barcode reader has begun to read.
+    bool PressTrigger();
+    // Presents a label, holds the trigger until it has been read, releases it, and waits for the text.
+    // `label` is "TYPE DATA".
+    std::string Scan(const std::string& label, std::size_t typed);
+
+    // Nothing of an ended program is left: names shared between processes, sockets, vibrator, keys.
+    void ExpectNothingLeft();
+
+    TemporaryTerminal Terminal;
+    TestScreen Desktop;
+    std::unique_ptr<Readers> Wire;
+    std::unique_ptr<Vantrel> Running;
+    bool BarcodeFitted = false;
+};

@@ -1,0 +1,67 @@
+#include "tests/e2e/error_box.h"
+
+#include <X11/keysym.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "platform/linux/start_windows.h"
+#include "platform/linux/terminal.h"
+#include "platform/window.h"
+#include "tests/e2e/program.h"
+
+namespace {
+
+constexpr int ButtonRow = 50;  // pixels; its looks depend on the focus
+constexpr std::chrono::milliseconds Step{50};
+
+// The text's part of a box, once it is painted and changes no more.
+Picture TextOf(TestScreen& screen, const ScreenWindow& box) {
+    Picture last;
+    for (int tries = 0; tries < 100; ++tries) {
+        Picture now = screen.Capture(box.X, box.Y, box.Width, std::max(box.Height - ButtonRow, 1));
+        const bool blank = std::all_of(now.Pixels.begin(), now.Pixels.end(),
+                                       [&](unsigned pixel) { return pixel == now.Pixels.front(); });
+        if (!blank && now == last) {
+            return now;
+        }
+        last = std::move(now);
+        std::this_thread::sleep_for(Step);
+    }
+    return {};
+}
+
+}  // namespace
+
+int ShowModelBox(const char* text) {
+    layer::StartWindows();
+    MessageBoxW(nullptr, reinterpret_cast<LPCWSTR>(layer::FromUtf8(text).c_str()),
+                reinterpret_cast<LPCWSTR>(layer::FromUtf8(ErrorBoxTitle).c_str()), MB_OK);
+    return 0;
+}
+
+bool ErrorBoxSays(TestScreen& screen, const std::string& text) {
+    const auto box = screen.WaitForWindow(ErrorBoxTitle, 20000);
+    if (!box) {
+        return false;
+    }
+    const Picture shown = TextOf(screen, *box);
+    const auto model = StartProgram(OwnProgram(), {ShowBoxRole, text}, {"QT_QPA_PLATFORM=xcb"});
+    for (int tries = 0; tries < 200; ++tries) {
+        for (const ScreenWindow& window : screen.Windows()) {
+            if (window.Title == ErrorBoxTitle && window.Id != box->Id) {
+                return !shown.Pixels.empty() && TextOf(screen, window) == shown;
+            }
+        }
+        std::this_thread::sleep_for(Step);
+    }
+    return false;
+}
+
+void DismissErrorBox(TestScreen& screen) {
+    if (const auto box = screen.WaitForWindow(ErrorBoxTitle)) {
+        screen.Focus(box->Id);
+        screen.Press(XK_Return);
+    }
+}

@@ -1,0 +1,78 @@
+#include "tests/e2e/program.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+std::unique_ptr<ChildProcess> StartProgram(const std::string& name, const std::vector<std::string>& arguments,
+                                           const std::vector<std::string>& environment) {
+    const std::string own = std::string(VANTREL_PROGRAMS) + "/" + name;
+    std::vector<std::string> command = {"setpriv", "--pdeathsig", "KILL", "--",
+                                        access(own.c_str(), X_OK) == 0 ? own : name};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return std::make_unique<ChildProcess>(command, environment);
+}
+
+int RunProgram(const std::string& name, const std::vector<std::string>& arguments, std::string* output) {
+    const auto process = StartProgram(name, arguments);
+    process->CloseInput();
+    while (auto line = process->ReadLine(20000)) {
+        if (output != nullptr) {
+            *output += *line + "\n";
+        }
+    }
+    return process->Wait(1000).value_or(-1);
+}
+
+Vantrel::Vantrel(const std::vector<std::string>& environment) {
+    std::vector<std::string> variables = {"QT_QPA_PLATFORM=xcb", "VANTREL_KEYBOARD=xtest"};
+    for (const std::string& variable : environment) {
+        // The first of two settings of one variable counts.
+        variables.insert(variables.begin(), variable);
+    }
+    process_ = StartProgram("vantrel", {}, variables);
+}
+
+bool Vantrel::IsThere(int milliseconds) const {
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    std::string ignored;
+    do {
+        if (Trigger({"up"})) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    } while (std::chrono::steady_clock::now() < until);
+    return false;
+}
+
+bool Vantrel::End() {
+    Signal(SIGTERM);
+    return Ended() == 0;
+}
+
+bool Trigger(const std::vector<std::string>& words) {
+    // Standard error is left out: a test may ask before the program is there.
+    std::vector<std::string> command = {"-c", "exec \"$0\" \"$@\" 2>/dev/null",
+                                        std::string(VANTREL_PROGRAMS) + "/vantrel-trigger"};
+    command.insert(command.end(), words.begin(), words.end());
+    return RunProgram("/bin/sh", command) == 0;
+}
+
+long ProcessorTicks(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::stringstream text;
+    text << file.rdbuf();
+    // The fields behind the name, which ends with the last bracket; the 12th and 13th are the times.
+    std::istringstream fields(text.str().substr(text.str().rfind(')') + 1));
+    std::string skipped;
+    for (int i = 0; i < 11; ++i) {
+        fields >> skipped;
+    }
+    long user = 0, system = 0;
+    fields >> user >> system;
+    return user + system;
+}
