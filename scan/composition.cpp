@@ -16,7 +16,7 @@ struct Piece {
     std::array<BYTE, VerboseTailSize + 1> Bytes;
     std::size_t Count = 0;
 
-    void Add(BYTE byte) { Bytes[Count++] = byte; }
+    void Add(BYTE value) { Bytes[Count++] = value; }
     void Add(std::string_view text) {
         for (const char character : text) {
             Add(static_cast<BYTE>(character));

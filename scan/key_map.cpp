@@ -43,6 +43,6 @@ constexpr std::array<KeyStroke, 256> KeyMap = BuildKeyMap();
 
 }  // namespace
 
-KeyStroke KeyForByte(BYTE byte) {
-    return KeyMap[byte];
+KeyStroke KeyForByte(BYTE value) {
+    return KeyMap[value];
 }

@@ -8,4 +8,4 @@ struct KeyStroke {
     bool Shift;
 };
 
-KeyStroke KeyForByte(BYTE byte);
+KeyStroke KeyForByte(BYTE value);

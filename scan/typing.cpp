@@ -48,8 +48,8 @@ TypingTurn::~TypingTurn() {
 }
 
 void TypeBytes(std::span<const BYTE> bytes) {
-    for (const BYTE byte : bytes) {
-        const KeyStroke stroke = KeyForByte(byte);
+    for (const BYTE value : bytes) {
+        const KeyStroke stroke = KeyForByte(value);
         if (stroke.Key == 0) {
             continue;
         }

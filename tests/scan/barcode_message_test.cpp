@@ -32,57 +32,26 @@ struct Good {
 TEST(Parse1DMessage, TakesTheDeclaredBytes) {
     const std::string longest(999, 'x');
     const Good cases[] = {
-        {"\x1B"
-         "A00512345\r",
-         'A', "12345"},
-        {"\x1B"
-         "A0011\r",
-         'A', "1"},
-        {"\x1B"
-         "I999" +
-             longest + "\r",
-         'I', longest},
+        {"\033A00512345\r", 'A', "12345"},
+        {"\033A0011\r", 'A', "1"},
+        {"\033I999" + longest + "\r", 'I', longest},
         // Noise in front, even a CR; the first ESC counts.
-        {"\r\nxx\x1B"
-         "A002AB",
-         'A', "AB"},
-        {"\xFF\xFF\x1B"
-         "G003ABC\r",
-         'G', "ABC"},
+        {"\r\nxx\033A002AB", 'A', "AB"},
+        {"\xFF\xFF\033G003ABC\r", 'G', "ABC"},
         // More data than declared; a second message in the same read.
-        {"\x1B"
-         "A0031234567\r",
-         'A', "123"},
-        {"\x1B"
-         "A002AB\r\x1B"
-         "B002CD\r",
-         'A', "AB"},
+        {"\033A0031234567\r", 'A', "123"},
+        {"\033A002AB\r\033B002CD\r", 'A', "AB"},
         // Control characters and bytes above 0x7F are data, so is an ESC or a CR.
-        {"\x1B"
-         "A005\r\n\t\xE9\x1B\r",
-         'A', "\r\n\t\xE9\x1B"},
+        {"\033A005\r\n\t\xE9\033\r", 'A', "\r\n\t\xE9\033"},
         // The CR belongs to the declared bytes when one data byte is missing.
-        {"\x1B"
-         "A00712345\r\n",
-         'A', "12345\r\n"},
+        {"\033A00712345\r\n", 'A', "12345\r\n"},
         // A number ends at the first other character; blanks in front do not count.
-        {"\x1B"
-         "A  2AB\r",
-         'A', "AB"},
-        {"\x1B"
-         "A2xxAB\r",
-         'A', "AB"},
-        {"\x1B"
-         "A 2xAB\r",
-         'A', "AB"},
+        {"\033A  2AB\r", 'A', "AB"},
+        {"\033A2xxAB\r", 'A', "AB"},
+        {"\033A 2xAB\r", 'A', "AB"},
         // Any letter passes here, even none.
-        {"\x1B"
-         "?002AB\r",
-         '?', "AB"},
-        {"\x1B"
-         "\x1B"
-         "002AB\r",
-         '\x1B', "AB"},
+        {"\033?002AB\r", '?', "AB"},
+        {"\033\033002AB\r", '\033', "AB"},
     };
     for (const Good& good : cases) {
         SCOPED_TRACE(testing::PrintToString(good.Message.substr(0, 40)));
@@ -99,49 +68,30 @@ TEST(Parse1DMessage, DropsWhatIsNoWholeMessage) {
     const std::string cases[] = {
         ""s,
         "\r"s,
-        "\x1B"s,
-        "\r\x1B"s,
-        "\r\x1B"
-        "A"s,
-        "\r\x1B"
-        "A1"s,
-        "\r\x1B"
-        "A00"s,
-        "\r\x1B"
-        "A001"s,
+        "\033"s,
+        "\r\033"s,
+        "\r\033A"s,
+        "\r\033A1"s,
+        "\r\033A00"s,
+        "\r\033A001"s,
         "A00512345\r"s,
-        "\x1B"
-        "A00512345"s,
-        "\x1B"
-        "A010123456\r"s,
-        "\x1B"
-        "A007123456"s,
-        "\x1B"
-        "A000\r"s,
-        "\x1B"
-        "AABC12345\r"s,
-        "\x1B"
-        "A   12345\r"s,
-        "\x1B"
-        "A-0512345\r"s,
-        "\x1B"
-        "A-1212345678901234\r"s,
-        "\x1B"
-        "A+0512345\r"s,
-        "\x1B"
-        "A\0\0\5"
+        "\033A00512345"s,
+        "\033A010123456\r"s,
+        "\033A007123456"s,
+        "\033A000\r"s,
+        "\033AABC12345\r"s,
+        "\033A   12345\r"s,
+        "\033A-0512345\r"s,
+        "\033A-1212345678901234\r"s,
+        "\033A+0512345\r"s,
+        "\033A\0\0\5"
         "12345\r"s,
-        "\x1B"
-        "A00512\0"
+        "\033A00512\0"
         "45\r"s,
-        "\x1B"
-        "A005\0"
+        "\033A005\0"
         "2345\r"s,
-        "\x1B"
-        "A0051234\0\r"s,
-        "\x1B"
-        "A999"s +
-            std::string(998, 'x'),
+        "\033A0051234\0\r"s,
+        "\033A999"s + std::string(998, 'x'),
         "NG\r"s,
         "OK\r"s,
     };
@@ -152,9 +102,7 @@ TEST(Parse1DMessage, DropsWhatIsNoWholeMessage) {
 }
 
 TEST(Parse1DMessage, EveryCutOfAMessageIsDropped) {
-    const std::string whole =
-        "\x1B"
-        "U012]C1012345678\r";
+    const std::string whole = "\033U012]C1012345678\r";
     for (std::size_t length = 0; length < whole.size(); ++length) {
         ScanData scan;
         EXPECT_EQ(Parse(whole.substr(0, length), scan), 0) << length;
@@ -181,15 +129,11 @@ TEST(DropCodeIdentifier, LeavesShortDataWhole) {
 TEST(ParsePacketMessage, TakesEverythingAndIsNeverOverrun) {
     ScanData scan;
     std::memset(&scan, 0xAA, sizeof scan);
-    ParsePacketMessage(BytesOf("\x0B"
-                               "4006381333931"s),
-                       scan);
+    ParsePacketMessage(BytesOf("\0134006381333931"s), scan);
     EXPECT_EQ(scan.codeType, 'P');
     EXPECT_EQ(scan.Bytes(), "4006381333931");
 
-    ParsePacketMessage(BytesOf("\x0D"
-                               "a\0b"s),
-                       scan);
+    ParsePacketMessage(BytesOf("\015a\0b"s), scan);
     EXPECT_EQ(scan.codeType, 0);
     EXPECT_EQ(scan.Bytes(), "a\0b"s);
 

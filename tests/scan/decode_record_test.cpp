@@ -32,11 +32,7 @@ TEST(DecodeRecord, BarcodeBytes) {
     scan.codeType = 'A';
     scan.length = 4;
     std::memcpy(scan.data, "AB12", 4);
-    EXPECT_EQ(RecordBytes(scan), Expected({{0,
-                                            "\x07"
-                                            "A"},
-                                           {8, "\x04"},
-                                           {133, "AB12"}}));
+    EXPECT_EQ(RecordBytes(scan), Expected({{0, "\007A"}, {8, "\x04"}, {133, "AB12"}}));
 
     scan.codeType = 0;
     scan.length = 3;

@@ -84,34 +84,19 @@ int HandleBarcode(DeliveryTerminal& terminal, const std::string& message) {
 
 TEST(HandleBarcode, OneMessageOneScan) {
     DeliveryTerminal terminal(Device1D);
-    EXPECT_EQ(HandleBarcode(terminal,
-                            "\x1B"
-                            "A00512345\r"),
-              1);
-    EXPECT_EQ(HandleBarcode(terminal,
-                            "\x1B"
-                            "A01012345\r"),
-              0);
+    EXPECT_EQ(HandleBarcode(terminal, "\033A00512345\r"), 1);
+    EXPECT_EQ(HandleBarcode(terminal, "\033A01012345\r"), 0);
     EXPECT_EQ(HandleBarcode(terminal, ""), 0);
     EXPECT_EQ(HandleBarcodeData(nullptr, 0), 0);
-    EXPECT_EQ(HandleBarcode(terminal,
-                            "\x1B"
-                            "B00267\r"),
-              1);
+    EXPECT_EQ(HandleBarcode(terminal, "\033B00267\r"), 1);
     EXPECT_EQ(terminal.Keys->Text(), "1234567");
 
     // The 1D reader's form counts as soon as its bit is set, whatever else is.
     DeviceFlags = DeviceLaser | DeviceRfid;
     terminal.Keys->Clear();
     SetValue(general::IncludeCodeType, '1');
-    EXPECT_EQ(HandleBarcode(terminal,
-                            "\x0B"
-                            "4006381333931"),
-              1);
-    EXPECT_EQ(HandleBarcode(terminal,
-                            "\x0D"
-                            "x"),
-              1);
+    EXPECT_EQ(HandleBarcode(terminal, "\0134006381333931"), 1);
+    EXPECT_EQ(HandleBarcode(terminal, "\015x"), 1);
     EXPECT_EQ(HandleBarcode(terminal, "\x01"), 1);
     EXPECT_EQ(terminal.Keys->Text(), "P4006381333931xA");
 }
@@ -120,13 +105,8 @@ TEST(HandleBarcode, TheEan128Filter) {
     DeliveryTerminal terminal(Device1D);
     Port port(terminal, "COM1", BarcodePortSelector, ShellState.BarcodePort);
     SetPortTimeouts(ShellState.BarcodePort, MAXDWORD);
-    const std::string frame = std::string(30, '\xFF') + "\x1B", off = frame + "OFF\r", on = frame + "ON\r";
-    const std::string scan =
-                          "\x1B"
-                          "U010]C10112345\r",
-                      tiny =
-                          "\x1B"
-                          "U002]C\r";
+    const std::string frame = std::string(30, '\xFF') + "\033", off = frame + "OFF\r", on = frame + "ON\r";
+    const std::string scan = "\033U010]C10112345\r", tiny = "\033U002]C\r";
     const struct {
         WORD Enabled, CodeId;
         DWORD Released;
@@ -159,10 +139,7 @@ TEST(HandleBarcode, TakesNoMemoryFromTheHeap) {
         SetValue(general::AutoEnter, '1');
         SetValue(general::AutoEnterCharacter, '2');
         SetValue(general::DataOutput, '5');
-        const std::string message = devices == Device1D ? "\x1B"
-                                                          "A005Ab12\xE9\r"
-                                                        : "\x0B"
-                                                          "Ab12";
+        const std::string message = devices == Device1D ? "\033A005Ab12\xE9\r" : "\013Ab12";
         std::size_t taken = 0;
         terminal.OnReceiveThread([&] {
             const auto handle = [&] {
