@@ -36,7 +36,8 @@ Moment Now() {
 
 class Tty : public SerialPort {
   public:
-    Tty(std::string path, std::shared_ptr<TtyLine> line) : path_(std::move(path)), line_(std::move(line)) {
+    Tty(std::string path, std::uint64_t link, std::shared_ptr<TtyLine> line)
+        : path_(std::move(path)), link_(link), pseudo_(line->IsPseudo()), line_(std::move(line)) {
         state_.DCBlength = sizeof state_;
         state_.BaudRate = line_->Speed() != 0 ? line_->Speed() : DefaultSpeed;
         state_.fBinary = 1;
@@ -76,6 +77,8 @@ class Tty : public SerialPort {
     Moment ReadEnd(DWORD size, Moment start) const;
 
     const std::string path_;
+    std::uint64_t link_;             // the identity of the path's links when the line was opened
+    bool pseudo_;                    // the line is a pseudo-terminal, or was one
     std::mutex writing_;             // one frame after the other; taken before mutex_
     std::mutex mutex_;               // everything below
     std::shared_ptr<TtyLine> line_;  // null while unplugged, and once closed
@@ -123,9 +126,15 @@ bool Tty::Reopen() {
         return false;
     if (line_)
         return true;
+    // A pseudo-terminal never comes back, but its name soon goes to a stranger's: somebody has to link anew.
+    const std::uint64_t link = LinkIdentity(path_);
+    if (pseudo_ && link == link_)
+        return false;
     line_ = TtyLine::Open(path_, state_.BaudRate);
     if (!line_)
         return false;
+    link_ = link;
+    pseudo_ = line_->IsPseudo();
     line_->SetModemLines(state_.fDtrControl != DTR_CONTROL_DISABLE,
                          state_.fRtsControl != RTS_CONTROL_DISABLE);
     queue_.ForgetMark();
@@ -430,8 +439,9 @@ std::shared_ptr<SerialPort> OpenTty(const std::string& name) {
         port[4] != ':')
         return nullptr;
     const std::string path = TerminalFolder() + "/" + port.substr(0, 4);
+    const std::uint64_t link = LinkIdentity(path);
     std::shared_ptr<TtyLine> line = TtyLine::Open(path, 0);
-    return line ? std::make_shared<Tty>(path, std::move(line)) : nullptr;
+    return line ? std::make_shared<Tty>(path, link, std::move(line)) : nullptr;
 }
 
 }  // namespace layer

@@ -13,6 +13,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <ctime>
 
 #ifndef TIOCSER_TEMT
@@ -63,6 +64,25 @@ void Pause(DWORD milliseconds) {
 }
 
 }  // namespace
+
+std::uint64_t LinkIdentity(std::string path) {
+    constexpr int MostLinks = 16;
+    std::uint64_t identity = 14695981039346656037u;
+    struct stat status {};
+    for (int i = 0; i < MostLinks && lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode); ++i) {
+        for (const std::uint64_t part :
+             {static_cast<std::uint64_t>(status.st_ino), static_cast<std::uint64_t>(status.st_ctim.tv_sec),
+              static_cast<std::uint64_t>(status.st_ctim.tv_nsec)})
+            identity = (identity ^ part) * 1099511628211u;
+        char target[PATH_MAX];
+        const ssize_t length = readlink(path.c_str(), target, sizeof target);
+        if (length <= 0)
+            break;
+        const std::string next(target, static_cast<std::size_t>(length));
+        path = next[0] == '/' ? next : path.substr(0, path.rfind('/') + 1) + next;
+    }
+    return identity;
+}
 
 bool KnownSpeed(DWORD speed) {
     return FindSpeed(speed) != nullptr;

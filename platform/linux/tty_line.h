@@ -18,6 +18,7 @@ class TtyLine {
     TtyLine& operator=(const TtyLine&) = delete;
 
     int Fd() const { return fd_; }
+    bool IsPseudo() const { return pseudo_; }
     DWORD Speed() const;
     // False for a speed that the device does not have; the old one stays.
     bool SetSpeed(DWORD speed);
@@ -45,6 +46,9 @@ class TtyLine {
     const bool pseudo_;  // a pseudo-terminal: no modem lines, no break, no line time
 };
 
+// Tells a path's links from those that replace them; another number when any link on the way has been made
+// anew.
+std::uint64_t LinkIdentity(std::string path);
 // Whether the speed is one that a tty can have.
 bool KnownSpeed(DWORD speed);
 

@@ -102,8 +102,7 @@ TEST_F(TtyTest, ReadAtOnceTakesWhatIsThere) {
     ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR | EV_BREAK));
     ASSERT_TRUE(WaitCommEvent(port_, &events, nullptr));
     EXPECT_EQ(Read(4), (Bytes{'a', 'b', 'c', 'd'}));
-    // The rest still counts as an event.
-    ASSERT_TRUE(WaitCommEvent(port_, &events, nullptr));
+    ASSERT_TRUE(WaitCommEvent(port_, &events, nullptr));  // for the rest
     EXPECT_EQ(events, DWORD{EV_RXCHAR});
     EXPECT_EQ(Read(4), (Bytes{'e', 'f'}));
 }
@@ -343,8 +342,7 @@ TEST_F(TtyTest, LineStateReachesTheDevice) {
 
 TEST_F(TtyTest, BigWriteWaitsForTheReader) {
     Bytes big(300000);
-    for (std::size_t i = 0; i < big.size(); ++i)
-        big[i] = static_cast<BYTE>(i * 7);
+    std::iota(big.begin(), big.end(), BYTE{0});
     Timeouts(MAXDWORD, 10);
     auto received = std::async(std::launch::async, [&] { return reader_->Receive(big.size()); });
     DWORD written = 0;
