@@ -29,7 +29,16 @@ void Console::Print(std::string_view line) {
         OutputLost = false;
         Output += "event output-lost\n";
     }
-    Output += line;
+    // What came over the wire must not break a line, or the terminal that shows it.
+    for (char c : line) {
+        if (c >= ' ' && c <= '~') {
+            Output += c;
+        } else {
+            constexpr std::string_view Digits = "0123456789ABCDEF";
+            const auto byte = static_cast<unsigned char>(c);
+            Output.append("\\x").append(1, Digits[byte >> 4]).append(1, Digits[byte & 15]);
+        }
+    }
     Output += '\n';
     WriteSome();
 }

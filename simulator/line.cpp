@@ -8,6 +8,10 @@ namespace {
 // The buffer of a usual UART: its reader is told after so many bytes, not after each.
 constexpr std::size_t Burst = 16;
 
+std::chrono::microseconds WireTime(std::size_t bytes, unsigned rate) {
+    return std::chrono::microseconds(bytes * 10'000'000 / rate);
+}
+
 }  // namespace
 
 Line::Line(EventLoop& loop, Console& console, std::string name, std::filesystem::path link, unsigned rate)
@@ -27,9 +31,22 @@ void Line::PortOpened() {
 }
 
 void Line::PortClosed() {
+    // A port is closed when its last byte has left.
+    while (!Arriving.empty()) {
+        HearFirst();
+    }
     Report("closed", "");
     if (Fitted && Powered) {
         Fitted->PortClosed();
+    }
+}
+
+void Line::HearFirst() {
+    const Bytes bytes = std::move(Arriving.front().second);
+    Loop.Cancel(Arriving.front().first);
+    Arriving.pop_front();
+    if (Fitted) {
+        Fitted->Receive(bytes);
     }
 }
 
@@ -39,7 +56,11 @@ void Line::Received(std::span<const std::uint8_t> bytes) {
     if (WireShown) {
         Print((heard ? "rx " : "rx-lost ") + PortName + ' ' + HexText(bytes));
     }
-    if (heard && Fitted) {
+    if (heard && Fitted && (ReceiveTimed || !Arriving.empty())) {
+        ReceiveFree = std::max(ReceiveFree, Clock::now()) + WireTime(bytes.size(), ReaderRate);
+        const TimerId timer = Loop.At(ReceiveFree, [this] { HearFirst(); });
+        Arriving.emplace_back(timer, Bytes(bytes.begin(), bytes.end()));
+    } else if (heard && Fitted) {
         Fitted->Receive(bytes);
     } else if (Powered && Fitted) {
         Report("wrong-speed", "host=" + std::to_string(host) + " reader=" + std::to_string(ReaderRate) +
@@ -115,8 +136,7 @@ void Line::Pump() {
             return;
         }
         const std::size_t count = std::min(Burst, next.Message.size() - next.Done);
-        LineFree =
-            std::max(LineFree, Clock::now()) + std::chrono::microseconds(count * 10'000'000 / ReaderRate);
+        LineFree = std::max(LineFree, Clock::now()) + WireTime(count, ReaderRate);
         Pending = Loop.At(LineFree, [this] {
             Pending = 0;
             SendBurst();
@@ -188,6 +208,10 @@ void Line::SetPower(bool on) {
     }
     Powered = on;
     DropQueue();
+    for (const auto& [timer, bytes] : Arriving) {
+        Cancel(timer);
+    }
+    Arriving.clear();
     Report("power", on ? "on" : "off");
     if (Fitted) {
         on ? Fitted->PowerOn() : Fitted->PowerOff();

@@ -34,6 +34,8 @@ class Line : public Wire {
     FaultSet& Faults() override { return Armed; }
 
     void SetPower(bool on);
+    // Whether the reader hears the other side's bytes only after the time that they need on a wire.
+    void CountReceiveTime(bool on) { ReceiveTimed = on; }
     void ShowWire(bool on) { WireShown = on; }
     const std::string& Name() const { return PortName; }
     PseudoTerminal& Terminal() { return Port; }
@@ -55,6 +57,7 @@ class Line : public Wire {
     void PortOpened();
     void PortClosed();
     void Received(std::span<const std::uint8_t> bytes);
+    void HearFirst();
 
     EventLoop& Loop;
     Console& Out;
@@ -66,11 +69,14 @@ class Line : public Wire {
 
     bool Powered = true;
     bool WireShown = true;
+    bool ReceiveTimed = false;
 
     std::deque<Item> Outgoing;
     Bytes Held;  // the message that waits to be joined
     TimerId Pending = 0;
     Clock::time_point LineFree{};
+    std::deque<std::pair<TimerId, Bytes>> Arriving;  // still on the wire to the reader
+    Clock::time_point ReceiveFree{};
 };
 
 }  // namespace readers

@@ -87,6 +87,9 @@ bool Terminal::Run(std::string_view word, std::string_view rest, std::string& pr
     } else if (word == "wire" && (rest == "on" || rest == "off")) {
         Com1.ShowWire(rest == "on");
         Com2.ShowWire(rest == "on");
+    } else if (word == "receive-time" && (rest == "on" || rest == "off")) {
+        Com1.CountReceiveTime(rest == "on");
+        Com2.CountReceiveTime(rest == "on");
     } else if (word == "fault") {
         RunFault(rest, problem);
     } else if (word == "faults") {
