@@ -63,7 +63,7 @@ void LayoutPageTree(DWORD pageBase, HWND page) {
 
 void FitTree(HWND tree, HWND page, int width, int height) {
     const RECT place = PlaceIn(page, tree);
-    Resize(tree, width - 2 * place.left, height - place.top / 2);
+    Resize(tree, width - 2 * place.left, height - place.top);
 }
 
 int FillPageTree(DWORD pageBase, HWND tree) {

@@ -108,6 +108,9 @@ class WindowObject : public std::enable_shared_from_this<WindowObject> {
 HWND Adopt(const WindowPtr& window);
 // Destroys the window, the windows it owns and its children. Twice does no harm.
 void Destroy(WindowObject& window);
+// Hides the window. Where it had the input focus, its owner gets it: without a window manager nobody else
+// would hand it on.
+void HideAndGiveFocusBack(WindowObject& window);
 // The window of a handle; null for anything else, windows of other programs included.
 WindowPtr FindWindowObject(HWND handle);
 // The window that the widget is, or is part of; null for widgets of Qt's own.

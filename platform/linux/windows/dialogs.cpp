@@ -144,7 +144,7 @@ void DialogWindow::End(INT_PTR result) {
         result_ = result;
         WakeMainThread();
     }
-    Widget()->hide();
+    HideAndGiveFocusBack(*this);
 }
 
 bool DialogWindow::MakeControls(const resource::Dialog& dialog, const QFont& font) {

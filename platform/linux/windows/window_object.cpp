@@ -157,7 +157,6 @@ void Destroy(WindowObject& window) {
         std::erase(window.children_, child);
     }
     WindowObject* owner = window.Parent();
-    const bool wasActive = !window.child_ && window.widget_->isActiveWindow();
     window.gone_ = true;
     LeaveWindow(window.handle_);
     KillTimersOf(window.handle_);
@@ -167,8 +166,14 @@ void Destroy(WindowObject& window) {
     window.OnGone();
     // Callbacks of the widget may refer to the object until the widget has gone.
     QObject::connect(window.widget_, &QObject::destroyed, [keep] {});
-    window.widget_->hide();
+    HideAndGiveFocusBack(window);
     window.widget_->deleteLater();
+}
+
+void HideAndGiveFocusBack(WindowObject& window) {
+    const bool wasActive = !window.IsChild() && window.Widget()->isActiveWindow();
+    window.Widget()->hide();
+    const WindowObject* owner = window.Parent();
     if (wasActive && owner != nullptr) {
         if (const WindowPtr top = WindowOf(owner->Widget()->window()); top != nullptr && top->TakesFocus()) {
             top->Activate();
