@@ -1,151 +1,170 @@
-// The settings by hand: icon, menu, sheet, editor and tabs of the real program through X events, and what
+// The settings by hand: icon, menu, sheet, editor and pages of the real program through X events, and what
 // comes of it on the reader's wire, in the file and in the next scan.
-#include <gtest/gtest.h>
+#include <X11/keysym.h>
 
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <sstream>
+#include <chrono>
 #include <thread>
 
-#include "tests/support/child_process.h"
+#include "settings/engine_fields.h"
+#include "tests/e2e/end_to_end.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using namespace std::chrono_literals;
+// Offsets in the settings file.
+constexpr std::size_t SymbologyOffset = 240, GeneralOffset = 760;
 
-const fs::path Programs = VANTREL_PROGRAMS;
-
-std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
+std::size_t OffsetOf(const Setting& setting) {
+    const std::size_t block = setting.Block == SettingBlock::Symbology ? SymbologyOffset : GeneralOffset;
+    return block + 2u * PlaceOf(setting, ReaderType::LongRangeLaser).Word;
 }
 
-bool Until(const std::function<bool()>& done, std::chrono::milliseconds patience = 15s) {
-    for (const auto end = std::chrono::steady_clock::now() + patience;;) {
-        if (done()) {
-            return true;
-        }
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(50ms);
-    }
-}
-
-class SettingsByHand : public testing::TestWithParam<bool> {
+class SettingsByHand : public EndToEnd {
   protected:
-    SettingsByHand() {
-        char folder[] = "/tmp/vantrel-settings-XXXXXX";
-        folder_ = mkdtemp(folder);
-        screen_ = std::make_unique<ChildProcess>(std::vector<std::string>{
-            "Xvfb", "-displayfd", "1", "-screen", "0", "240x320x24", "-nolisten", "tcp"});
-        const auto number = screen_->ReadLine();
-        environment_ = {"DISPLAY=:" + number.value_or("?"), "VANTREL_TERMINAL=" + folder_.string(),
-                        "QT_QPA_PLATFORM=xcb"};
+    void StartLaser() {
+        FitReaders("laser");
+        WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
+        StartReady();
     }
-    ~SettingsByHand() override {
-        if (HasFailure()) {
-            Run({"import", "-window", "root", "/tmp/vantrel-settings-failure.png"});
+
+    void Press(std::initializer_list<unsigned long> keys) {
+        for (const unsigned long key : keys) {
+            Desktop.Press(key);
+            std::this_thread::sleep_for(std::chrono::milliseconds(40));
         }
-        program_.reset();
-        readers_.reset();
-        children_.clear();
-        screen_.reset();
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
     }
 
-    // Runs a program to its end; its first line of output.
-    std::string Run(const std::vector<std::string>& command) {
-        ChildProcess child(command, environment_);
-        const std::string line = child.ReadLine().value_or("");
-        child.Wait();
-        return line;
-    }
-    void Start(const std::vector<std::string>& command) {
-        children_.push_back(std::make_unique<ChildProcess>(command, environment_));
-    }
-    void Key(const std::vector<std::string>& keys) {
-        std::vector<std::string> command = {"xdotool", "key", "--delay", "30"};
-        command.insert(command.end(), keys.begin(), keys.end());
-        Run(command);
-    }
-    void Click(int x, int y) {
-        Run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "sleep", "0.1", "click", "1"});
-    }
-    // The first window on screen whose name fits; empty when there is none.
-    std::string FindWindow(const std::string& name) {
-        return Run({"xdotool", "search", "--onlyvisible", "--name", name});
-    }
-    void ClickWindow(const std::string& window) {
-        Run({"xdotool", "mousemove", "--window", window, "10", "10", "sleep", "0.1", "click", "1"});
-    }
-
-    // The simulator's lines up to the one that begins so; false when it does not come.
-    bool Heard(const std::string& beginning, int milliseconds = 15000) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-        while (std::chrono::steady_clock::now() < end) {
-            const auto line = readers_->ReadLine(500);
-            if (line && line->starts_with(beginning)) {
+    // The sheet has the program's title, like the main window that it lies over, but is larger.
+    bool SheetThere(bool wanted = true) {
+        for (int tries = 0; tries < 100; ++tries) {
+            bool found = false;
+            for (const ScreenWindow& window : Desktop.Windows()) {
+                found = found || (window.Title == "Vantrel v1.29" && window.Width > 300);
+            }
+            if (found == wanted) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(200));
                 return true;
             }
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
         }
         return false;
     }
 
-    void PressTrigger() { Run({Programs / "vantrel-trigger", "press", "400"}); }
-    // Scans until the program is ready to; what xterm has got then.
-    std::string Scan(const std::string& label) {
-        readers_->WriteLine("clear");
-        readers_->WriteLine("label 03 " + label);
-        const std::string before = ReadFile(typed_);
-        Until([&] {
-            PressTrigger();
-            return ReadFile(typed_).find(label, before.size()) != std::string::npos;
-        });
-        return ReadFile(typed_).substr(before.size());
+    // A second start has the running program open its settings.
+    void OpenByStartingAgain() {
+        Vantrel second;
+        EXPECT_EQ(second.Ended(), 0);
+        ASSERT_TRUE(SheetThere());
     }
 
-    void StartTerminal(bool withTray) {
-        typed_ = folder_ / "typed";
-        if (withTray) {
-            Start({"trayer", "--edge", "top", "--align", "right", "--height", "26", "--widthtype", "pixel",
-                   "--width", "60"});
-            ASSERT_TRUE(Until([&] { return !Run({"xdotool", "search", "--class", "trayer"}).empty(); }));
-        }
-        readers_ = std::make_unique<ChildProcess>(
-            std::vector<std::string>{Programs / "vantrel-readers", "--terminal", folder_.string(),
-                                     "--barcode", "laser"},
-            environment_);
-        ASSERT_TRUE(Heard("ready"));
-        Start({"xterm", "-geometry", "30x8+0+60", "-e", "sh", "-c", "cat > " + typed_.string()});
-        ASSERT_TRUE(Until([&] { return fs::exists(typed_); }));
-        FocusTerminal();
-        program_ =
-            std::make_unique<ChildProcess>(std::vector<std::string>{Programs / "vantrel"}, environment_);
+    // Opens the editor of "Prefix Code", the ninth item of the page that the sheet opens on.
+    void EditPrefix() {
+        Press({XK_Home, XK_Down, XK_Down, XK_Down, XK_Down, XK_Down, XK_Down, XK_Down, XK_Down, XK_Return});
+        ASSERT_TRUE(Desktop.WaitForWindow("Prefix Code"));
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
-    void FocusTerminal() {
-        const std::string window = Run({"xdotool", "search", "--onlyvisible", "--class", "xterm"});
-        Run({"xdotool", "windowfocus", "--sync", window});
-    }
-    void TapIcon(bool withTray) {
-        if (withTray) {
-            // The area stands at the top right.
-            Click(240 - 60 + 13, 13);
-        } else {
-            ClickWindow(FindWindow("^Vantrel v1.29$"));
-        }
-    }
-
-    fs::path folder_, typed_;
-    std::vector<std::string> environment_;
-    std::unique_ptr<ChildProcess> screen_, readers_, program_;
-    std::vector<std::unique_ptr<ChildProcess>> children_;
 };
+
+class SettingsFromIcon : public SettingsByHand, public testing::WithParamInterface<bool> {
+  protected:
+    void TapIcon() {
+        const auto icon = Desktop.WaitForWindow(GetParam() ? "panel" : "Notification icon");
+        ASSERT_TRUE(icon);
+        Desktop.Click(icon->X + 13, icon->Y + 13);
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    }
+};
+
+TEST_P(SettingsFromIcon, ChangesReachTheReaderTheFileAndTheNextScan) {
+    std::unique_ptr<ChildProcess> tray;
+    if (GetParam()) {
+        tray = StartProgram(
+            "trayer", {"--edge", "top", "--align", "right", "--height", "26", "--widthtype", "request"});
+        ASSERT_TRUE(Desktop.WaitForWindow("panel"));
+    }
+    StartLaser();
+    EXPECT_EQ(Scan("3 AB12", 5), "AB12\n");
+
+    TapIcon();
+    // The menu: the barcode reader, then (the RFID reader is grey) the settings.
+    Press({XK_Down, XK_Down, XK_Return});
+    ASSERT_TRUE(SheetThere());
+    Wire->Forget();
+    Trigger({"press", "200"});
+    EXPECT_FALSE(Wire->Saw("event decoding on", 500)) << "the readers are on while the settings are open";
+
+    EditPrefix();
+    Press({XK_p, XK_x, XK_Return});
+    ASSERT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    // The other page, its second group, that group's first switch.
+    EXPECT_EQ(RunProgram("xdotool", {"key", "ctrl+Tab"}), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    Press({XK_Home, XK_Down, XK_Right, XK_Down, XK_space});
+    EXPECT_EQ(SettingsWord(OffsetOf(engine::EnableCode128)), '1') << "saved before OK";
+
+    // Behind the tree come the tabs, then OK.
+    Press({XK_Tab, XK_Tab, XK_Return});
+    EXPECT_TRUE(Wire->Saw("param 08 = 00", 10000));
+    EXPECT_TRUE(SheetThere(false));
+    Desktop.BringToFront();
+    ASSERT_TRUE(WaitUntilReady());
+    EXPECT_EQ(SettingsWord(OffsetOf(engine::EnableCode128)), '0');
+    EXPECT_EQ(SettingsWord(OffsetOf(general::PrefixCode)), 'p');
+    EXPECT_EQ(SettingsWord(OffsetOf(general::PrefixCode) + 2), 'x');
+    EXPECT_EQ(SettingsWord(OffsetOf(general::PrefixCode) + 4), 0);
+    EXPECT_EQ(Scan("3 AB12", 7), "pxAB12\n");
+    EXPECT_TRUE(Running->End());
+}
+
+INSTANTIATE_TEST_SUITE_P(Icons, SettingsFromIcon, testing::Bool(),
+                         [](const auto& tested) { return tested.param ? "InATray" : "StandIn"; });
+
+TEST_F(SettingsByHand, CancelEndsTheProgramWithoutSaving) {
+    StartLaser();
+    OpenByStartingAgain();
+    EditPrefix();
+    Press({XK_q, XK_Return});
+    ASSERT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    Wire->Forget();
+    Press({XK_Escape});
+    EXPECT_EQ(Running->Ended(), 0);
+    EXPECT_EQ(Wire->Count("param "), 0);
+    EXPECT_EQ(SettingsWord(OffsetOf(general::PrefixCode)), 0);
+    ExpectNothingLeft();
+}
+
+TEST_F(SettingsByHand, ASecondStartReplacesTheSheetAndItsEditor) {
+    StartLaser();
+    OpenByStartingAgain();
+    EditPrefix();
+    Press({XK_q, XK_Return});
+    ASSERT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EditPrefix();
+    Press({XK_z});
+    OpenByStartingAgain();
+    EXPECT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
+    // What had been accepted before is still to be applied; what was being typed is gone.
+    EditPrefix();
+    Press({XK_End, XK_w, XK_Return});
+    ASSERT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    Press({XK_Tab, XK_Tab, XK_Return});
+    EXPECT_TRUE(SheetThere(false));
+    Desktop.BringToFront();
+    ASSERT_TRUE(WaitUntilReady());
+    EXPECT_EQ(Scan("3 AB12", 7), "qwAB12\n");
+    EXPECT_TRUE(Running->End());
+}
+
+TEST_F(SettingsByHand, TheProgramEndsUnderAnOpenEditor) {
+    StartLaser();
+    OpenByStartingAgain();
+    EditPrefix();
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+    EXPECT_EQ(SettingsWord(OffsetOf(general::PrefixCode)), 0);
+}
 
 }  // namespace
