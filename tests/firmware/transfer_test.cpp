@@ -1,0 +1,292 @@
+// Whole firmware files, made by a public tool, through the real port into the simulated decoder; and what
+// becomes of files and dialogs when something fails on the way.
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <random>
+
+#include "app/error_messages.h"
+#include "app/shell_state.h"
+#include "firmware/decoder.h"
+#include "firmware/firmware_file.h"
+#include "firmware/transfer.h"
+#include "link/serial_ports.h"
+#include "platform/linux/start_windows.h"
+#include "settings/record.h"
+#include "tests/e2e/program.h"
+#include "tests/e2e/readers.h"
+#include "tests/firmware/firmware_text.h"
+#include "tests/support/temporary_terminal.h"
+
+namespace {
+
+constexpr DWORD DecoderRate = 115200;
+const std::string Good = RecordLine('3', 0x00010000, {1, 2, 3, 4});
+
+struct Segment {
+    std::uint32_t Address;
+    std::size_t Size;
+};
+
+struct Firmware {
+    const char* Name;
+    char Type;
+    int LineData;  // data bytes of a line
+    std::vector<Segment> Segments;
+};
+
+class FirmwareTransfer : public testing::Test {
+  protected:
+    FirmwareTransfer() {
+        layer::StartWindows();
+        Wire = std::make_unique<Readers>(std::vector<std::string>{"--barcode", "1d", "--quiet"});
+        DeviceFlags = Device1D;
+        ShellState.BarcodePort = OpenReaderPort(BarcodePortSelector);
+        SetPortLine(ShellState.BarcodePort, DecoderRate);
+        SetPortTimeouts(ShellState.BarcodePort, MAXDWORD);
+    }
+    ~FirmwareTransfer() override { CloseReaderPort(ShellState.BarcodePort); }
+
+    HANDLE OpenFirmware() {
+        return CreateFileW(TEXT("\\DiskOnChip\\F.SHX"), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                           FILE_ATTRIBUTE_NORMAL, nullptr);
+    }
+    std::string FirmwarePath() const { return Terminal.Path("DiskOnChip/F.SHX"); }
+
+    // What the flow does with a file, without its questions.
+    DWORD Load(const std::string& text) {
+        WriteWholeFile(FirmwarePath(), text);
+        return LoadFile();
+    }
+    DWORD LoadFile() {
+        HANDLE file = OpenFirmware();
+        EXPECT_NE(file, INVALID_HANDLE_VALUE);
+        DWORD result = CheckFirmwareFile(file);
+        if (result == Success) {
+            result = EnterDownloadMode();
+        }
+        if (result == Success) {
+            result = TransferFirmwareFile(nullptr, file);
+        }
+        CloseHandle(file);
+        return result;
+    }
+    std::string Image() {
+        Wire->Command("image " + Terminal.Path("image.bin"));
+        return ReadWholeFile(Terminal.Path("image.bin"));
+    }
+
+    TemporaryTerminal Terminal;
+    std::unique_ptr<Readers> Wire;
+};
+
+std::string RandomBytes(std::size_t size, unsigned seed) {
+    std::mt19937 random(seed);
+    std::string bytes(size, 0);
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+    return bytes;
+}
+
+class GeneratedFirmware : public FirmwareTransfer, public testing::WithParamInterface<Firmware> {
+  protected:
+    // The options are those of the page for whoever does an upgrade.
+    void Generate(const Firmware& firmware) {
+        std::vector<std::string> command;
+        unsigned seed = 1;
+        for (const Segment& segment : firmware.Segments) {
+            const std::string part = Terminal.Path("part" + std::to_string(seed));
+            WriteWholeFile(part, RandomBytes(segment.Size, seed++));
+            command.insert(command.end(), {part, "-binary", "-offset", std::to_string(segment.Address)});
+        }
+        const bool s3 = firmware.Type == '3';
+        const std::vector<std::string> output = {
+            "-o",
+            FirmwarePath(),
+            "-motorola",
+            s3 ? "-address-length=4" : "-address-length=3",
+            "-obs=" + std::to_string(firmware.LineData),
+            "-disable=header",
+            "-disable=data-count",
+            "-CRLF",
+            s3 ? "-execution-start-address=0" : "-disable=execution-start-address"};
+        command.insert(command.end(), output.begin(), output.end());
+        ASSERT_EQ(RunProgram("srec_cat", command), 0);
+        if (!s3) {
+            std::string text = ReadWholeFile(FirmwarePath());
+            WriteWholeFile(FirmwarePath(), text + "S9030000FC\r\n");
+        }
+    }
+};
+
+TEST_P(GeneratedFirmware, ArrivesByteForByte) {
+    const Firmware& firmware = GetParam();
+    Generate(firmware);
+    ASSERT_EQ(LoadFile(), Success);
+    std::vector<std::string> expected;
+    for (const Segment& segment : firmware.Segments) {
+        char line[64];
+        std::snprintf(line, sizeof line, "segment address=%08X length=%zu",
+                      static_cast<unsigned>(segment.Address), segment.Size);
+        expected.emplace_back(line);
+    }
+    EXPECT_EQ(Wire->Command("image"), expected);
+    unsigned seed = 1;
+    for (const Segment& segment : firmware.Segments) {
+        Wire->Command("image " + Terminal.Path("image.bin") + " " + std::to_string(segment.Address) + " " +
+                      std::to_string(segment.Size));
+        EXPECT_TRUE(ReadWholeFile(Terminal.Path("image.bin")) == RandomBytes(segment.Size, seed++))
+            << std::hex << segment.Address;
+    }
+    EXPECT_TRUE(Wire->Saw("event end-frame"));
+    EXPECT_EQ(Wire->Count("event bad-frame"), 0);
+    EXPECT_EQ(Wire->Count("event overwritten"), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, GeneratedFirmware,
+    testing::Values(
+        Firmware{"OneByte", '3', 32, {{0x00010000, 1}}},
+        Firmware{"OneByteAtTheTop", '3', 32, {{0xFFFFFFFE, 1}}},
+        Firmware{"OneByteS2", '2', 32, {{0x00FFFF, 1}}},
+        Firmware{"AcrossBlocks", '3', 32, {{0x000100F3, 700}}},
+        Firmware{
+            "Gaps",
+            '3',
+            32,
+            {{0x00000005, 300}, {0x00000200, 1}, {0x00000202, 93}, {0x00010000, 4096}, {0x08000000, 1023}}},
+        Firmware{"GapsS2", '2', 16, {{0x000010, 500}, {0x010001, 255}, {0xFFFF00, 250}}},
+        Firmware{"ShortLines", '3', 1, {{0x00020000, 513}}},
+        Firmware{"OddLines", '2', 37, {{0x020003, 9001}}},
+        Firmware{"LongestLines", '3', 249, {{0x00000001, 10000}}},
+        Firmware{"Kibibytes64", '3', 64, {{0x00008000, 65536}}},
+        Firmware{"Mebibyte", '3', 240, {{0x00010000, 1 << 20}}}),
+    [](const auto& file) { return file.param.Name; });
+
+TEST_F(FirmwareTransfer, FilesThatAreRefusedReachNobody) {
+    std::string lower = Good;
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return std::tolower(c); });
+    std::string unix = Good + std::string(EndLine);
+    std::erase(unix, '\r');
+    const std::string many = [] {
+        std::string text;
+        for (std::uint32_t i = 0; i < 3000; ++i) {
+            text += RecordLine('3', i * 32, Octets(32, 0x5A));
+        }
+        return text;
+    }();
+    const std::string cases[] = {lower + "S7",
+                                 unix,
+                                 "S0030000FC\r\n" + Good + "S7",
+                                 Good + "S5030001FB\r\nS7",
+                                 "no firmware at all\n",
+                                 RandomBytes(100000, 7),
+                                 Good.substr(0, 20),
+                                 many + "S1051000AABB85\r\nS7",
+                                 many + Good.substr(0, 9)};
+    for (const std::string& text : cases) {
+        EXPECT_EQ(Load(text), ErrorOpenFirmwareFile) << text.substr(0, 60);
+    }
+    Wire->Command("state");
+    EXPECT_EQ(Wire->Count("event command"), 0);
+    EXPECT_EQ(Wire->Count("event download-mode"), 0);
+}
+
+TEST_F(FirmwareTransfer, AFileThatEndsTooEarlyFailsAfterItsFrames) {
+    EXPECT_EQ(Load(""), ErrorDownload);
+    EXPECT_EQ(Wire->Count("event frame"), 0);
+    // Two frames' worth: the second one is pending when the file is over.
+    const std::string text = RecordLine('3', 0, Octets(100, 1)) + RecordLine('3', 100, Octets(50, 2));
+    EXPECT_EQ(Load(text), ErrorDownload);
+    EXPECT_EQ(Image(), std::string(100, 1));
+    EXPECT_EQ(Wire->Count("event end-frame"), 0);
+    // Nothing but an end: the decoder is told so.
+    EXPECT_EQ(Load(std::string(EndLine)), Success);
+    EXPECT_TRUE(Wire->Saw("event end-frame"));
+}
+
+TEST_F(FirmwareTransfer, FileAndWindowsAreLeftInOrderByEveryFailure) {
+    struct {
+        const char* Fault;
+        DWORD Result;
+    } const cases[] = {
+        {"download-refuse", ErrorSetBarcodeReader},
+        {"raw-refuse", ErrorSetBarcodeReader},
+        {"raw-silent", ErrorSetBarcodeReader},
+        {"erase-silent", ErrorSetBarcodeReader},
+        {"erase-refuse", ErrorEraseFlash},
+        {"erase-no-fb", ErrorEraseFlash},
+        {"erase-no-fa", ErrorEraseFlash},
+        {"frame-fb x4", ErrorDownload},
+        {"frame-fn x4 after1", ErrorDownload},
+        {"frame-text XX", ErrorDownload},
+        {"frame-text 0123456789012345678901234567890123456789", ErrorDownload},
+        {"frame-silent after1", ErrorDownload},
+        {"end-silent", ErrorDownload},
+        {"frame-fn x3", Success},
+        {"frame-fb x3 after1", Success},
+    };
+    const std::string text = RecordLine('3', 0, Octets(100, 1)) + RecordLine('3', 100, Octets(50, 2)) + "S7";
+    for (const auto& c : cases) {
+        Wire->Command("fault off");
+        Wire->Command(std::string("fault ") + c.Fault);
+        EXPECT_EQ(Load(text), c.Result) << c.Fault;
+        EXPECT_EQ(GetActiveWindow(), nullptr) << c.Fault;
+        if (c.Result == Success) {
+            EXPECT_EQ(Image(), std::string(100, 1) + std::string(50, 2)) << c.Fault;
+        }
+        Wire->Command("power off");
+        Wire->Command("power on");
+    }
+    // A reply that comes late and in pieces, and a decoder that erases slowly.
+    Wire->Command("fault off");
+    Wire->Command("erase-ms 1500");
+    Wire->Command("fault com1 split 1 20 x6");
+    EXPECT_EQ(Load(text), Success);
+}
+
+TEST_F(FirmwareTransfer, PowerLossAtEveryFrame) {
+    std::string text;
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        text += RecordLine('3', i * 0x100, Octets(100, static_cast<std::uint8_t>(i)));
+    }
+    text += "S7";
+    for (int frame = 0; frame < 5; ++frame) {
+        Wire->Command("fault power-loss after" + std::to_string(frame));
+        EXPECT_EQ(Load(text), ErrorDownload) << frame;
+        Wire->Command("power on");
+        // The boot loader stays: nothing but a whole firmware brings the decoder back.
+        EXPECT_EQ(QueryFirmwareVersion(ShellState.BarcodePort, 100, {}), 0u);
+    }
+    Wire->Command("restart-ms 0");
+    EXPECT_EQ(Load(text), Success);
+    BYTE version[32] = {};
+    DWORD answer = 0;
+    for (int i = 0; i < 20 && answer == 0; ++i) {
+        answer = QueryFirmwareVersion(ShellState.BarcodePort, 500, version);
+    }
+    EXPECT_EQ(answer, Success);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(version)).substr(0, 6), "Ver 2.");
+}
+
+TEST_F(FirmwareTransfer, FileThatCannotBeReadOn) {
+    WriteWholeFile(FirmwarePath(), std::string(100 * Good.size(), 'x'));
+    HANDLE file = OpenFirmware();
+    FileChunk chunk;
+    std::span<const BYTE> read;
+    EXPECT_EQ(ReadFirmwareChunk(file, chunk, read), Success);
+    EXPECT_EQ(read.size(), chunk.size());
+    // The card's file system lost the rest.
+    ASSERT_EQ(truncate(FirmwarePath().c_str(), 300), 0);
+    EXPECT_EQ(ReadFirmwareChunk(file, chunk, read), Success);
+    EXPECT_EQ(read.size(), 44u);
+    EXPECT_EQ(ReadFirmwareChunk(file, chunk, read), ErrorFirmwareRead);
+    CloseHandle(file);
+    EXPECT_EQ(CheckFirmwareFile(file), Success) << "a file of unknown size is the transfer's business";
+    EXPECT_EQ(TransferFirmwareFile(nullptr, file), ErrorDownload);
+}
+
+}  // namespace
