@@ -34,7 +34,7 @@ class FileDialog : public WindowObject {
     LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam) override;
     bool Done() const { return Gone() || done_; }
     const std::u16string& Chosen() const { return chosen_; }  // empty: cancelled
-    DWORD FilterNumber() const { return filterNumber_; }  // counted from 1; 0 without filters
+    DWORD FilterNumber() const { return filterNumber_; }      // counted from 1; 0 without filters
 
   private:
     void Build();

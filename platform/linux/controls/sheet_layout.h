@@ -8,7 +8,7 @@ namespace layer {
 struct SheetSizes {
     QSize Client;
     QSize Tabs;    // wanted
-    QSize Button;  // wanted by the larger one
+    QSize Button;  // that shows the text of either
     bool TabsAtBottom;
 };
 struct SheetPlaces {

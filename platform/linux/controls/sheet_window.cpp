@@ -19,6 +19,8 @@ constexpr int TabControlId = 0x3020;
 constexpr int TerminalWidth = 480;         // a screen up to this is a terminal's
 constexpr QSize DesktopSize = {360, 480};  // of the sheet on a larger one
 
+constexpr int ButtonEdges = 14;  // beside its text, both sides
+
 // What comes with WM_NOTIFY from a sheet.
 struct SheetNotification {
     NMHDR Header;
@@ -27,6 +29,10 @@ struct SheetNotification {
 
 bool OnTerminal() {
     return WorkArea().width() <= TerminalWidth;
+}
+
+QString Shown(const WindowPtr& button) {
+    return QString::fromStdU16String(button->Text());
 }
 
 QString TitleOf(const PROPSHEETPAGEW& page) {
@@ -165,8 +171,11 @@ void SheetWindow::Layout() {
     if (Gone() || tabs_ == nullptr || ok_ == nullptr || cancel_ == nullptr) {
         return;
     }
+    const QFontMetrics metrics = ok_->Widget()->fontMetrics();
+    const int text =
+        std::max(metrics.horizontalAdvance(Shown(ok_)), metrics.horizontalAdvance(Shown(cancel_)));
     const SheetSizes sizes = {Client()->size(), tabs_->Bar()->sizeHint(),
-                              ok_->Widget()->sizeHint().expandedTo(cancel_->Widget()->sizeHint()),
+                              QSize(text + ButtonEdges, ok_->Widget()->sizeHint().height()),
                               tabs_->AtBottom()};
     const SheetPlaces places = LayOutSheet(sizes);
     tabs_->SetPlace(places.Tabs);

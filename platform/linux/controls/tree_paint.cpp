@@ -60,6 +60,8 @@ void PaintTreeBranches(QPainter& painter, const QTreeWidget& tree, const QRect& 
         return;
     }
     painter.save();
+    // The style has marked the selected row as far as here.
+    painter.fillRect(rect, tree.palette().color(QPalette::Base));
     const QPoint middle = cell.center();
     if ((style & StyleLines) != 0) {
         painter.setPen(QPen(tree.palette().color(QPalette::Mid), 1, Qt::DotLine));

@@ -56,10 +56,11 @@ class TreeDelegate : public QStyledItemDelegate {
 };
 
 TreeWidget::TreeWidget(QWidget* parent, DWORD style) : QTreeWidget(parent), style_(style) {
+    setFrameShape(NoFrame);
     setColumnCount(1);
     setHeaderHidden(true);
     header()->setStretchLastSection(false);
-    header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header()->setSectionResizeMode(QHeaderView::Fixed);
     setRootIsDecorated((style & StyleLinesAtRoot) != 0);
     setIndentation(Indent);
     setUniformRowHeights(true);
@@ -121,15 +122,12 @@ void TreeWidget::drawBranches(QPainter* painter, const QRect& rect, const QModel
 }
 
 // Rows reach to the right edge; wider ones are scrolled to.
-int TreeWidget::sizeHintForColumn(int column) const {
-    return std::max(QTreeWidget::sizeHintForColumn(column), viewport()->width());
-}
-
-void TreeWidget::resizeEvent(QResizeEvent* event) {
-    QTreeWidget::resizeEvent(event);
-    if (event->size().width() != event->oldSize().width()) {
-        scheduleDelayedItemsLayout();
+void TreeWidget::updateGeometries() {
+    const int width = std::max(sizeHintForColumn(0), viewport()->width());
+    if (header()->sectionSize(0) != width) {
+        header()->resizeSection(0, width);
     }
+    QTreeWidget::updateGeometries();
 }
 
 bool TreeWidget::viewportEvent(QEvent* event) {

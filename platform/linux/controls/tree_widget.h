@@ -34,9 +34,8 @@ class TreeWidget : public QTreeWidget {
 
   protected:
     void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
-    int sizeHintForColumn(int column) const override;
+    void updateGeometries() override;
     bool viewportEvent(QEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;

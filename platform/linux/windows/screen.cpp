@@ -58,7 +58,9 @@ void PaintNow(QWidget* widget) {
             child->repaint();
         }
     }
-    QGuiApplication::sync();
+    // X gets what was painted at once; a frame buffer's screen copies it when it is asked to. Waiting for the
+    // server instead would hand out the input that has come meanwhile.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest);
 }
 
 }  // namespace layer
