@@ -15,6 +15,7 @@
 #include "app/shell_state.h"
 #include "link/serial_ports.h"
 #include "scan/barcode_data.h"
+#include "scan/delivery.h"
 #include "scan/rfid_data.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"
@@ -156,6 +157,27 @@ TEST(HandleBarcode, TakesNoMemoryFromTheHeap) {
         });
         EXPECT_EQ(taken, 0u);
     }
+}
+
+// The wait cursor is left out: it is carried to the main thread, in memory of the platform's.
+TEST(HandleRfid, ATagTakesNoMemoryFromTheHeap) {
+    DeliveryTerminal terminal(DeviceRfid);
+    for (const Setting* setting : {&general::ReadRfidUid, &general::ReadRfidData, &general::UseDelimiter}) {
+        SetValue(*setting, '1');
+    }
+    SetValue(general::Delimiter, ',');
+    SetValue(general::DataOutput, '5');
+    RfidScanData tag{};
+    std::strcpy(tag.uid, "E004");
+    std::strcpy(tag.data, "data");
+    std::size_t taken = 1;
+    terminal.OnReceiveThread([&] {
+        DeliverScan(tag);
+        const CountAllocations count;
+        DeliverScan(tag);
+        taken = count.Count();
+    });
+    EXPECT_EQ(taken, 0u);
 }
 
 // Answers register commands from a table, like a reader with a tag in its field.
