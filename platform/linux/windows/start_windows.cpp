@@ -15,6 +15,13 @@
 #include "platform/linux/windows/tray_icon.h"
 #include "platform/linux/windows/user_window.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+// The font library keeps what it has read for the whole run, out of sight.
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig";
+}
+#endif
+
 namespace layer {
 
 namespace {
