@@ -132,7 +132,10 @@ TEST_P(GeneratedFirmware, ArrivesByteForByte) {
                       static_cast<unsigned>(segment.Address), segment.Size);
         expected.emplace_back(line);
     }
-    EXPECT_EQ(Wire->Command("image"), expected);
+    EXPECT_TRUE(Wire->Saw("event end-frame"));
+    std::vector<std::string> loaded = Wire->Command("image");
+    std::erase_if(loaded, [](const std::string& line) { return line.find("segment ") != 0; });
+    EXPECT_EQ(loaded, expected);
     unsigned seed = 1;
     for (const Segment& segment : firmware.Segments) {
         Wire->Command("image " + Terminal.Path("image.bin") + " " + std::to_string(segment.Address) + " " +
@@ -140,7 +143,6 @@ TEST_P(GeneratedFirmware, ArrivesByteForByte) {
         EXPECT_TRUE(ReadWholeFile(Terminal.Path("image.bin")) == RandomBytes(segment.Size, seed++))
             << std::hex << segment.Address;
     }
-    EXPECT_TRUE(Wire->Saw("event end-frame"));
     EXPECT_EQ(Wire->Count("event bad-frame"), 0);
     EXPECT_EQ(Wire->Count("event overwritten"), 0);
 }
