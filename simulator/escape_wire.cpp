@@ -52,7 +52,10 @@ Bytes EscapeMessageOf(std::uint8_t letter, std::span<const std::uint8_t> data, s
         std::snprintf(length.data(), length.size(), "%03u", static_cast<unsigned>(data.size()));
         digits = length.data();
     }
-    Bytes message = {Escape, letter};
+    Bytes message;
+    message.reserve(digits.size() + data.size() + 3);
+    message.push_back(Escape);
+    message.push_back(letter);
     message.insert(message.end(), digits.begin(), digits.end());
     message.insert(message.end(), data.begin(), data.end());
     message.push_back(CarriageReturn);
