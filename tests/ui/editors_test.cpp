@@ -254,6 +254,7 @@ TEST_F(SheetTest, ALeftEditorChangesNothing) {
                 Type("[All]7");
                 way.Leave(editor);
             });
+            EXPECT_EQ(QApplication::focusWidget(), ViewOf(tree)) << "the keys go nowhere";
         }
         HWND symbologies = ShowPage("1D");
         TapAndEdit(symbologies, FindItem(symbologies, 1307), [&](HWND editor) {

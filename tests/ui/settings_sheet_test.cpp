@@ -1,9 +1,13 @@
 // The sheet as a whole: its pages, its ways out, and what takes it away while it is used.
+#include <QApplication>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTest>
+#include <QTimer>
 #include <algorithm>
 
+#include "app/error_messages.h"
 #include "app/settings_window.h"
 #include "app/shell_state.h"
 #include "platform/linux/window_object.h"
@@ -12,6 +16,7 @@
 #include "settings/all_fields.h"
 #include "settings/settings_file.h"
 #include "tests/ui/sheet_driver.h"
+#include "ui/item_value.h"
 #include "ui/settings_sheet.h"
 
 namespace {
@@ -170,23 +175,55 @@ TEST_F(SheetTest, ASecondStartReplacesTheSheetUnderAnEditor) {
     EXPECT_EQ(static_cast<HWND>(ShellState.EditorDialog), nullptr);
 }
 
+// As the main window's clean-up does it: the sheet first.
+void EndProgram() {
+    DestroySheet();
+    if (HWND editor = ShellState.EditorDialog.Exchange(nullptr)) {
+        EndDialog(editor, IDCANCEL);
+    }
+    PostQuitMessage(0);
+}
+
 TEST_F(SheetTest, TheEndOfTheProgramTakesTheEditorAlong) {
     for (const DWORD item : {10009u, 10005u}) {
         Open(Device1D);
         HWND tree = ShowPage("General");
         TapAndEdit(tree, FindItem(tree, item), [&](HWND editor) {
-            // As the main window's clean-up does it: the sheet first.
-            DestroySheet();
-            if (HWND open = ShellState.EditorDialog.Exchange(nullptr)) {
-                EndDialog(open, IDCANCEL);
-            }
-            PostQuitMessage(0);
+            EndProgram();
             EXPECT_FALSE(IsWindow(editor) && IsWindowVisible(editor));
         });
         layer::ForgetQuit();
         layer::PumpMessages();
     }
     EXPECT_EQ(Value(general::VibrateDuration), 2);
+}
+
+// The box of the error lies over the editor, can be answered there, and then all of it goes.
+TEST_F(SheetTest, AnErrorUnderAnEditorIsShownAndEndsBoth) {
+    ShowWindow(ShellState.MainWindow, SW_SHOWNORMAL);
+    Open(Device1D);
+    HWND tree = ShowPage("General");
+    bool answered = false;
+    QTimer answer;
+    QObject::connect(&answer, &QTimer::timeout, [&] {
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            auto* box = qobject_cast<QMessageBox*>(window);
+            if (box && box->isVisible()) {
+                answered = true;
+                QTest::mouseClick(box->buttons().front(), Qt::LeftButton);
+            }
+        }
+    });
+    answer.start(5);
+    TapAndEdit(tree, FindItem(tree, 10009), [&](HWND) {
+        Type("[All]lost");
+        ShowErrorMessage(ShellState.MainWindow, ErrorSetBarcodeReader);
+        EndProgram();
+    });
+    EXPECT_TRUE(answered);
+    layer::ForgetQuit();
+    layer::PumpMessages();
+    EXPECT_EQ(ReadItem(PageGeneral, 10009).Text[0], 0);
 }
 
 }  // namespace
