@@ -1,0 +1,198 @@
+// Every way to an end, from every state: it comes soon, with code 0, and leaves nothing behind that the next
+// start would stumble over.
+#include <X11/keysym.h>
+
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include "settings/record.h"
+#include "tests/e2e/end_to_end.h"
+#include "tests/e2e/error_box.h"
+
+namespace {
+
+class Ending : public EndToEnd {
+  public:
+    void FitLaser(const std::vector<SettingValue>& more = {}) {
+        FitReaders("laser");
+        std::vector<SettingValue> values = {{&general::CheckReaderStatus, '0'}};
+        values.insert(values.end(), more.begin(), more.end());
+        WriteSettings(DeviceLaser, values);
+    }
+    // The next start finds everything free.
+    void ExpectNextStart() {
+        Running.reset();
+        FitLaser();
+        StartReady();
+        EXPECT_EQ(Scan("1 NEXT", 5), "NEXT\n");
+        EXPECT_TRUE(Running->End());
+        ExpectNothingLeft();
+    }
+
+    void Begin() {
+        FitLaser();
+        Start();
+        ASSERT_TRUE(Running->IsThere());
+    }
+    void Detect() {
+        FitReaders("imager");
+        Start();
+        ASSERT_TRUE(Wire->Saw("event opened com1"));
+    }
+    void Configure() {
+        FitReaders("imager");
+        Start();
+        ASSERT_TRUE(Wire->Saw("event defaults com1", 30000));
+    }
+    void Download() {
+        FitLaser();
+        Wire->Command("fault no-ack always");
+        Start();
+        ASSERT_TRUE(Wire->Saw("event parameters com1", 10000));
+    }
+    void ShowBox() {
+        Start();
+        ASSERT_TRUE(Desktop.WaitForWindow(ErrorBoxTitle));
+    }
+    void Run() {
+        FitLaser();
+        StartReady();
+    }
+    void ReadBarcode() {
+        Run();
+        ASSERT_TRUE(PressTrigger());
+    }
+    void ReadTag() {
+        FitReaders("none", "90");
+        WriteSettings(DeviceRfid, {{&general::CheckReaderStatus, '0'}});
+        Start();
+        ASSERT_TRUE(WaitUntilReady());
+    }
+    void ReceiveHalf() {
+        Run();
+        Wire->Command("fault continuation");
+        Wire->Command("label 3 repeat:400:half");
+        ASSERT_TRUE(PressTrigger());
+        ASSERT_TRUE(Wire->Saw("event decode-acked"));
+    }
+    void Type() {
+        Run();
+        Wire->Command("label 3 repeat:4000:TypeMe");
+        ASSERT_TRUE(PressTrigger());
+        ASSERT_FALSE(Desktop.Typed(1, 10000).empty());
+    }
+    void Vibrate() {
+        FitLaser({{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 30}});
+        StartReady();
+        EXPECT_EQ(Scan("1 AB", 3), "AB\n");
+        EXPECT_TRUE(ReadWholeFile(Terminal.Path("VIBRATOR")).starts_with("1"));
+    }
+    void ShowSettings() {
+        Run();
+        Vantrel second;
+        ASSERT_EQ(second.Ended(), 0);
+        for (int tries = 0; tries < 100; ++tries) {
+            for (const ScreenWindow& window : Desktop.Windows()) {
+                if (window.Width >= 200 && window.Title == "Vantrel v1.29") {
+                    return;
+                }
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+        FAIL() << "no settings";
+    }
+};
+
+struct State {
+    const char* Name;
+    void (Ending::*Reach)();
+};
+
+void PrintTo(const State& state, std::ostream* out) {
+    *out << state.Name;
+}
+
+class EndingIn : public Ending, public testing::WithParamInterface<State> {};
+
+TEST_P(EndingIn, BySignal) {
+    (this->*GetParam().Reach)();
+    if (HasFatalFailure()) {
+        return;
+    }
+    Running->Signal(SIGTERM);
+    EXPECT_EQ(Running->Ended(), 0);
+    ExpectNothingLeft();
+    ExpectNextStart();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    States, EndingIn,
+    testing::Values(State{"Starting", &Ending::Begin}, State{"Detecting", &Ending::Detect},
+                    State{"Configuring", &Ending::Configure}, State{"Downloading", &Ending::Download},
+                    State{"ErrorBox", &Ending::ShowBox}, State{"Running", &Ending::Run},
+                    State{"ReadingABarcode", &Ending::ReadBarcode}, State{"ReadingATag", &Ending::ReadTag},
+                    State{"HalfAMessage", &Ending::ReceiveHalf}, State{"Typing", &Ending::Type},
+                    State{"Vibrating", &Ending::Vibrate}, State{"Settings", &Ending::ShowSettings}),
+    [](const auto& state) { return std::string(state.param.Name); });
+
+TEST_F(Ending, ByTheMenu) {
+    Run();
+    const auto icon = Desktop.WaitForWindow("Vantrel v1.29");
+    ASSERT_TRUE(icon);
+    Desktop.Click(icon->X + icon->Width / 2, icon->Y + icon->Height / 2);
+    // The menu has the keyboard; "Exit" is its last item.
+    const std::size_t before = Desktop.Windows().size();
+    for (int tries = 0; tries < 100 && Desktop.Windows().size() <= before; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    Desktop.Press(XK_Up);
+    Desktop.Press(XK_Return);
+    EXPECT_EQ(Running->Ended(), 0);
+    ExpectNothingLeft();
+    ExpectNextStart();
+}
+
+// The thread that downloads reports its failure and has the window destroyed.
+TEST_F(Ending, ByARefusedDownload) {
+    FitLaser();
+    Wire->Command("fault nak-params 1");
+    Start();
+    EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to initialize BC reader!!"));
+    DismissErrorBox(Desktop);
+    EXPECT_EQ(Running->Ended(), 0);
+    ExpectNothingLeft();
+    ExpectNextStart();
+}
+
+TEST_F(Ending, TenTimesInARowWithTenKillsBetween) {
+    FitLaser();
+    for (int round = 0; round < 10; ++round) {
+        Start();
+        ASSERT_TRUE(Running->IsThere()) << "round " << round;
+        if (round % 3 == 2) {
+            ASSERT_TRUE(WaitUntilReady()) << "round " << round;
+        }
+        EXPECT_TRUE(Running->End()) << "round " << round;
+        ExpectNothingLeft();
+        Start();
+        // Killed before and after there is a window, and while it runs.
+        if (round % 3 != 0) {
+            ASSERT_TRUE(Running->IsThere()) << "round " << round;
+        } else {
+            std::this_thread::sleep_for(std::chrono::milliseconds(30 * round));
+        }
+        if (round == 4) {
+            ASSERT_TRUE(WaitUntilReady());
+            Wire->Command("label 3 repeat:4000:TypeMe");
+            EXPECT_TRUE(PressTrigger());
+            EXPECT_FALSE(Desktop.Typed(1, 10000).empty());
+        }
+        Running->Signal(SIGKILL);
+        EXPECT_EQ(Running->Ended(), 128 + SIGKILL);
+        EXPECT_TRUE(Desktop.KeysAreUp());
+    }
+    ExpectNextStart();
+}
+
+}  // namespace

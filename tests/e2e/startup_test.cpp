@@ -1,0 +1,200 @@
+// Every way a start can go.
+#include <filesystem>
+
+#include "settings/record.h"
+#include "tests/e2e/end_to_end.h"
+#include "tests/e2e/error_box.h"
+
+namespace {
+
+constexpr std::size_t MajorAt = 0, MinorAt = 2, FlagsAt = 40, ActiveDeviceAt = 760, DataOutputAt = 770;
+constexpr std::size_t FileSize = 1100;
+
+class Startup : public EndToEnd {
+  protected:
+    // The file that a start leaves: current version, these readers.
+    void ExpectFile(WORD devices) {
+        EXPECT_EQ(ReadWholeFile(SettingsPath()).size(), FileSize);
+        EXPECT_EQ(SettingsWord(MajorAt), 1);
+        EXPECT_EQ(SettingsWord(MinorAt), 1);
+        EXPECT_EQ(SettingsWord(FlagsAt), devices);
+    }
+    void ExpectScan(const std::string& label, const std::string& typed) {
+        EXPECT_EQ(Scan(label, typed.size()), typed);
+    }
+    // The program says this, and ends with code 0 when the box is dismissed; nothing is left.
+    void ExpectFailure(const std::string& text) {
+        Start();
+        EXPECT_TRUE(ErrorBoxSays(Desktop, text));
+        EXPECT_FALSE(ErrorBoxSays(Desktop, text + "!"));  // the comparison does compare
+        EXPECT_EQ(Running->Ended(0), -1) << "it ended before the box was dismissed";
+        DismissErrorBox(Desktop);
+        EXPECT_EQ(Running->Ended(), 0);
+        ExpectNothingLeft();
+    }
+};
+
+TEST_F(Startup, WithoutAFileReadersAreFoundConfiguredAndGetDefaults) {
+    FitReaders("imager");
+    StartReady();
+    EXPECT_NE(Wire->Log().find("event defaults com1"), std::string::npos);
+    ExpectFile(DeviceImager);
+    EXPECT_EQ(SettingsWord(DataOutputAt), '1');
+    ExpectScan("3 Fresh", "Fresh\n");
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+TEST_F(Startup, AFileThatStillFitsIsKeptAndTheReaderNotSetUpAnew) {
+    FitReaders("imager");
+    WriteSettings(DeviceImager, {{&general::AutoEnter, '0'}, {&general::IncludeCodeLength, '1'}});
+    StartReady();
+    EXPECT_NE(Wire->Log().find("rx com1 04 A3"), std::string::npos) << "the reader was not looked for";
+    EXPECT_EQ(Wire->Log().find("event defaults com1"), std::string::npos) << "the reader was set up anew";
+    ExpectFile(DeviceImager);
+    ExpectScan("3 Kept", "004Kept");
+    EXPECT_TRUE(Running->End());
+}
+
+// With the check off the stored reader is believed, and its port runs at its working rate.
+TEST_F(Startup, WithTheCheckOffNothingIsLookedFor) {
+    FitReaders("laser");
+    WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
+    StartReady();
+    EXPECT_NE(Wire->Log().find("event opened com1"), std::string::npos);
+    EXPECT_EQ(Wire->Log().find("rx com1 04 A3"), std::string::npos);
+    EXPECT_EQ(Wire->Log().find("event opened com2"), std::string::npos);
+    ExpectFile(DeviceLaser);
+    ExpectScan("1 AB12", "AB12\n");
+    EXPECT_TRUE(Running->End());
+}
+
+// Version 1.0 counted the choices of two settings from 0.
+TEST_F(Startup, AFileOfVersion10IsBroughtUpToDate) {
+    FitReaders("laser");
+    WriteSettings(
+        DeviceLaser,
+        {{&general::CheckReaderStatus, '0'}, {&general::ActiveDevice, '0'}, {&general::DataOutput, '2'}});
+    std::string file = ReadWholeFile(SettingsPath());
+    file[MinorAt] = 0;
+    WriteWholeFile(SettingsPath(), file);
+    const auto messages = StartProgram("vantrel-watch", {"--messages"});
+    StartReady();
+    ExpectFile(DeviceLaser);
+    EXPECT_EQ(SettingsWord(ActiveDeviceAt), '1');
+    EXPECT_EQ(SettingsWord(DataOutputAt), '3');
+    ExpectScan("1 AB12", "AB12\n");
+    EXPECT_TRUE(messages->ReadLine());
+    EXPECT_TRUE(Running->End());
+}
+
+TEST_F(Startup, AShortFileCountsAsNone) {
+    FitReaders("1d");
+    WriteSettings(DeviceImager, {{&general::AutoEnter, '0'}});
+    WriteWholeFile(SettingsPath(), ReadWholeFile(SettingsPath()).substr(0, FileSize - 1));
+    StartReady();
+    ExpectFile(Device1D);
+    ExpectScan("A AB12", "AB12\n");
+    EXPECT_TRUE(Running->End());
+}
+
+// All words are out of range: a 1D reader is believed to be there, and does not answer.
+TEST_F(Startup, AFileFullOfRubbishEndsInAMessage) {
+    FitReaders("imager");
+    WriteWholeFile(SettingsPath(), std::string(FileSize, '\xFF'));
+    ExpectFailure("Failed to initialize BC reader!!");
+}
+
+TEST_F(Startup, AnotherReaderThanStoredGetsItsDefaults) {
+    FitReaders("laser");
+    WriteSettings(DeviceImager, {{&general::IncludeCodeType, '1'}});
+    StartReady();
+    EXPECT_NE(Wire->Log().find("event defaults com1"), std::string::npos);
+    ExpectFile(DeviceLaser);
+    // What belongs to no reader stays.
+    ExpectScan("1 AB12", "AAB12\n");
+    EXPECT_TRUE(Running->End());
+}
+
+TEST_F(Startup, AReaderAtAnotherSpeedIsBroughtToItsWorkingOne) {
+    FitReaders("imager", "none", {"--barcode-rate", "9600"});
+    WriteSettings(DeviceImager);
+    StartReady();
+    EXPECT_NE(Wire->Log().find("event rate com1 115200"), std::string::npos);
+    ExpectScan("3 Faster", "Faster\n");
+    EXPECT_TRUE(Running->End());
+}
+
+TEST_F(Startup, NoReader) {
+    FitReaders("none");
+    ExpectFailure("No reader device!!");
+    EXPECT_TRUE(ReadWholeFile(SettingsPath()).empty());
+}
+
+TEST_F(Startup, NoBarcodePort) {
+    ExpectFailure("Failed to turn barcode reader on!!");
+    WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
+    ExpectFailure("Failed to turn barcode reader on!!");
+}
+
+TEST_F(Startup, NoRfidPort) {
+    FitReaders("imager");
+    Wire->Command("unplug com2");
+    ExpectFailure("Failed to turn RFID reader on!!");
+}
+
+TEST_F(Startup, ASettingsFileThatCannotBeWritten) {
+    FitReaders("1d");
+    std::filesystem::create_directory(SettingsPath());
+    ExpectFailure("Failed to initialize Corvin!!");
+}
+
+TEST_F(Startup, AReaderThatRefusesItsConfiguration) {
+    FitReaders("imager");
+    Wire->Command("fault nak-params 2");
+    ExpectFailure("Failed to initialize Corvin!!");
+}
+
+// The settings come to the front, once, and the second program is gone.
+TEST_F(Startup, ASecondStartShowsTheSettingsOfTheFirst) {
+    FitReaders("laser");
+    WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
+    StartReady();
+    const std::size_t windows = Desktop.Windows().size();
+    Vantrel second;
+    EXPECT_EQ(second.Ended(), 0);
+    const auto shown = [&] {
+        for (const ScreenWindow& window : Desktop.Windows()) {
+            if (window.Title == "Vantrel v1.29" && window.Width >= 200) {
+                return true;
+            }
+        }
+        return false;
+    };
+    for (int tries = 0; tries < 100 && !shown(); ++tries) {
+        Wire->Saw("no such line", 50);
+    }
+    EXPECT_TRUE(shown());
+    EXPECT_LE(Desktop.Windows().size(), windows + 2) << "the second start left windows";
+    // Both readers are off while the settings are open.
+    Wire->Forget();
+    Trigger({"press", "100"});
+    EXPECT_FALSE(Wire->Saw("rx com1 04 E4", 200));
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+// Nothing else says that such a terminal is ready.
+TEST_F(Startup, AnRfidReaderAloneWithTheCheckOff) {
+    FitReaders("none", "90");
+    WriteSettings(DeviceRfid, {{&general::CheckReaderStatus, '0'}});
+    Start();
+    Wire->Command("tag I E007000012AB34CD");
+    ASSERT_TRUE(WaitUntilReady());
+    EXPECT_EQ(Desktop.Typed(17), "E007000012AB34CD\n");
+    ExpectFile(DeviceRfid);
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+}  // namespace
