@@ -1,0 +1,324 @@
+// The upgrade by hand: keys, warning, choice of the file, progress and closing message of the real program,
+// with the simulated decoder failing in every way.
+#include <X11/keysym.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+#include "tests/e2e/end_to_end.h"
+#include "tests/e2e/error_box.h"
+#include "tests/firmware/firmware_text.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr const char* CautionTitle = "Caution";
+constexpr const char* ChoiceTitle = "Open";
+constexpr const char* ProgressTitle = "Download Progress";
+constexpr const char* DoneTitle = "Firmware Upgrade";
+
+std::string SmallFirmware() {
+    return RecordLine('3', 0x10000, Octets(100, 0x11)) + RecordLine('3', 0x10064, Octets(50, 0x22)) +
+           std::string(EndLine);
+}
+
+std::string LargeFirmware() {
+    std::string text;
+    for (std::uint32_t i = 0; i < 1200; ++i) {
+        text += RecordLine('3', i * 0x80, Octets(0x80, static_cast<std::uint8_t>(i)));
+    }
+    return text + std::string(EndLine);
+}
+
+class UpgradeByHand : public EndToEnd {
+  protected:
+    void StartWith(const char* reader, WORD device) {
+        FitReaders(reader);
+        WriteSettings(device, {{&general::CheckReaderStatus, '0'}});
+        WriteWholeFile(Terminal.Path("DiskOnChip/SMALL.SHX"), SmallFirmware());
+        WriteWholeFile(Terminal.Path("DiskOnChip/LARGE.SHX"), LargeFirmware());
+        WriteWholeFile(Terminal.Path("DiskOnChip/BAD.SHX"), "S0030000FC\r\n" + SmallFirmware());
+        WriteWholeFile(Terminal.Path("DiskOnChip/EMPTY.SHX"), "");
+        StartReady();
+        Wire->Command("wire off");
+        Vantrel second;
+        EXPECT_EQ(second.Ended(), 0);
+        ASSERT_TRUE(SheetWindow());
+        Pause(500);
+        Wire->Forget();
+    }
+
+    static void Pause(int time) { std::this_thread::sleep_for(milliseconds(time)); }
+    void Press(std::initializer_list<unsigned long> keys) {
+        for (const unsigned long key : keys) {
+            Desktop.Press(key);
+            Pause(40);
+        }
+    }
+    void Type(const std::string& text) {
+        for (const char letter : text) {
+            Press({static_cast<unsigned long>(letter)});
+        }
+    }
+
+    // The main window has the same title and is smaller.
+    std::optional<ScreenWindow> SheetWindow() {
+        for (int tries = 0; tries < 200; ++tries) {
+            for (const ScreenWindow& window : Desktop.Windows()) {
+                if (window.Title == "Vantrel v1.29" && window.Width > 300) {
+                    return window;
+                }
+            }
+            Pause(50);
+        }
+        return std::nullopt;
+    }
+    // The sheet as it looks when it has come to rest.
+    Picture SheetPicture() {
+        Picture last;
+        for (int tries = 0; tries < 50; ++tries) {
+            const auto sheet = SheetWindow();
+            Picture now =
+                sheet ? Desktop.Capture(sheet->X, sheet->Y, sheet->Width, sheet->Height) : Picture{};
+            if (now == last) {
+                break;
+            }
+            last = std::move(now);
+            Pause(100);
+        }
+        return last;
+    }
+
+    bool OpenCaution() {
+        Press({XK_F2, XK_F7});
+        const bool open = Desktop.WaitForWindow(CautionTitle).has_value();
+        Pause(200);
+        return open;
+    }
+    // From the warning to the chosen file.
+    void Choose(const std::string& name) {
+        Press({XK_Return});
+        ASSERT_TRUE(Desktop.WaitForWindow(ChoiceTitle));
+        Pause(200);
+        Press({XK_Tab});
+        Type(name);
+        Press({XK_Return});
+        ASSERT_TRUE(Desktop.WaitUntilGone(ChoiceTitle));
+    }
+    void DismissDone() {
+        const auto box = Desktop.WaitForWindow(DoneTitle, 20000);
+        ASSERT_TRUE(box);
+        Desktop.Focus(box->Id);
+        Press({XK_Return});
+        ASSERT_TRUE(Desktop.WaitUntilGone(DoneTitle));
+    }
+    // The sheet has the focus again, without a window manager's help.
+    void BackToSheet() {
+        const auto sheet = SheetWindow();
+        ASSERT_TRUE(sheet);
+        Pause(200);
+        Desktop.Focus(sheet->Id);
+        Pause(200);
+    }
+    int Asked() {
+        Wire->Command("state");
+        return Wire->Count("event command com1 VER");
+    }
+};
+
+TEST_F(UpgradeByHand, OnlyTheTwoKeysStartIt) {
+    StartWith("1d", Device1D);
+    Press({XK_F7});
+    Press({XK_F2, XK_a, XK_F7});
+    Press({XK_F2, XK_F3, XK_F7});
+    Press({XK_F2, XK_Down, XK_F7});
+    Press({XK_F2});
+    Pause(3200);
+    Press({XK_F7, XK_F7});
+    Pause(300);
+    EXPECT_EQ(Asked(), 0);
+    EXPECT_FALSE(Desktop.WaitForWindow(CautionTitle, 0));
+    Press({XK_F2});
+    ASSERT_TRUE(OpenCaution());
+    EXPECT_EQ(Asked(), 1);
+    Press({XK_Escape});
+    ASSERT_TRUE(Desktop.WaitUntilGone(CautionTitle));
+    BackToSheet();
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+TEST_F(UpgradeByHand, OtherReadersHaveNone) {
+    StartWith("laser", DeviceLaser);
+    Press({XK_F2, XK_F7});
+    EXPECT_FALSE(Desktop.WaitForWindow(CautionTitle, 1500));
+    EXPECT_TRUE(Running->End());
+}
+
+TEST_F(UpgradeByHand, CancellingLeavesEverythingAsItWas) {
+    StartWith("1d", Device1D);
+    const Picture before = SheetPicture();
+    ASSERT_FALSE(before.Pixels.empty());
+    ASSERT_TRUE(OpenCaution());
+    // "Cancel" behind the text and "Next".
+    Press({XK_Tab, XK_Tab, XK_Return});
+    ASSERT_TRUE(Desktop.WaitUntilGone(CautionTitle));
+    EXPECT_FALSE(Desktop.WaitForWindow(ChoiceTitle, 300));
+    BackToSheet();
+    ASSERT_TRUE(OpenCaution());
+    Press({XK_Return});
+    ASSERT_TRUE(Desktop.WaitForWindow(ChoiceTitle));
+    Pause(200);
+    Press({XK_Escape});
+    ASSERT_TRUE(Desktop.WaitUntilGone(ChoiceTitle));
+    BackToSheet();
+    EXPECT_TRUE(SheetPicture() == before);
+    EXPECT_EQ(Wire->Count("event download-mode"), 0);
+    // The program ends under the open warning, and under the open choice.
+    ASSERT_TRUE(OpenCaution());
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+TEST_F(UpgradeByHand, EndsUnderTheChoiceOfTheFile) {
+    StartWith("1d", Device1D);
+    ASSERT_TRUE(OpenCaution());
+    Press({XK_Return});
+    ASSERT_TRUE(Desktop.WaitForWindow(ChoiceTitle));
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+    EXPECT_EQ(Wire->Count("event download-mode"), 0);
+}
+
+TEST_F(UpgradeByHand, ProgressMovesAndTheNewFirmwareReads) {
+    StartWith("1d", Device1D);
+    const Picture before = SheetPicture();
+    ASSERT_FALSE(before.Pixels.empty());
+    ASSERT_TRUE(OpenCaution());
+    Choose("large");
+    const auto progress = Desktop.WaitForWindow(ProgressTitle);
+    ASSERT_TRUE(progress);
+    Pause(1000);
+    std::vector<Picture> pictures;
+    for (int i = 0; i < 3; ++i) {
+        pictures.push_back(Desktop.Capture(progress->X, progress->Y, progress->Width, progress->Height));
+        Pause(2000);
+    }
+    ASSERT_TRUE(Desktop.WaitForWindow(ProgressTitle, 0)) << "the file is too short for this test";
+    EXPECT_FALSE(pictures[0] == pictures[1]);
+    EXPECT_FALSE(pictures[1] == pictures[2]);
+    ASSERT_TRUE(Desktop.WaitForWindow(DoneTitle, 60000));
+    EXPECT_TRUE(Desktop.WaitUntilGone(ProgressTitle, 0));
+    DismissDone();
+    BackToSheet();
+    EXPECT_TRUE(SheetPicture() == before);
+    // The new version is another one, and the reader reads.
+    ASSERT_TRUE(OpenCaution());
+    Press({XK_Escape});
+    ASSERT_TRUE(Desktop.WaitUntilGone(CautionTitle));
+    BackToSheet();
+    Press({XK_Tab, XK_Tab, XK_Return});
+    Wire->Command("wire on");
+    Desktop.BringToFront();
+    ASSERT_TRUE(WaitUntilReady());
+    EXPECT_EQ(Scan("P AB12", 5), "AB12\n");
+    EXPECT_TRUE(Running->End());
+}
+
+TEST_F(UpgradeByHand, FileAndReaderThatGoMeanwhile) {
+    StartWith("1d", Device1D);
+    const Picture before = SheetPicture();
+    ASSERT_FALSE(before.Pixels.empty());
+    ASSERT_TRUE(OpenCaution());
+    Choose("large");
+    ASSERT_TRUE(Desktop.WaitForWindow(ProgressTitle));
+    ASSERT_EQ(truncate(Terminal.Path("DiskOnChip/LARGE.SHX").c_str(), 100000), 0);
+    EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to read the firmware file!! (20025)"));
+    DismissErrorBox(Desktop);
+    ASSERT_TRUE(Desktop.WaitUntilGone(ErrorBoxTitle));
+    BackToSheet();
+    EXPECT_TRUE(SheetPicture() == before);
+
+    WriteWholeFile(Terminal.Path("DiskOnChip/LARGE.SHX"), LargeFirmware());
+    ASSERT_TRUE(OpenCaution());
+    Choose("large");
+    ASSERT_TRUE(Desktop.WaitForWindow(ProgressTitle));
+    Pause(500);
+    Wire->Command("unplug com1");
+    EXPECT_TRUE(ErrorBoxSays(Desktop, "Error on downloading!!"));
+    DismissErrorBox(Desktop);
+    ASSERT_TRUE(Desktop.WaitUntilGone(ErrorBoxTitle));
+    Wire->Command("plug com1");
+    BackToSheet();
+    EXPECT_TRUE(SheetPicture() == before);
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+struct Failure {
+    const char* Name;
+    const char* Command;  // to the decoder, once the warning is there
+    const char* File;
+    const char* Text;
+};
+
+class UpgradeFailures : public UpgradeByHand, public testing::WithParamInterface<std::vector<Failure>> {};
+
+// The decoder gets its power back after each failure and answers, whole or not, in its download mode.
+TEST_P(UpgradeFailures, AreToldAndLeaveTheSheetAsItWas) {
+    StartWith("1d", Device1D);
+    const Picture before = SheetPicture();
+    ASSERT_FALSE(before.Pixels.empty());
+    for (const Failure& failure : GetParam()) {
+        SCOPED_TRACE(failure.Name);
+        ASSERT_TRUE(OpenCaution());
+        Wire->Command(failure.Command);
+        ASSERT_NO_FATAL_FAILURE(Choose(failure.File));
+        EXPECT_TRUE(ErrorBoxSays(Desktop, failure.Text));
+        DismissErrorBox(Desktop);
+        ASSERT_TRUE(Desktop.WaitUntilGone(ErrorBoxTitle));
+        EXPECT_FALSE(Desktop.WaitForWindow(ProgressTitle, 0));
+        Wire->Command("fault off");
+        Wire->Command("power off");
+        Wire->Command("power on");
+        BackToSheet();
+        EXPECT_TRUE(SheetPicture() == before);
+    }
+    Wire->Command("restart-ms 300");
+    ASSERT_TRUE(OpenCaution());
+    Choose("small");
+    DismissDone();
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+constexpr const char* CannotOpen = "Can't open the file!!";
+constexpr const char* CannotSet = "Failed to set barcode reader!!";
+constexpr const char* CannotErase = "Failed to erase the flash memory!!";
+constexpr const char* CannotLoad = "Error on downloading!!";
+constexpr const char* CannotRestart = "Error on reboot barcode reader!!";
+
+INSTANTIATE_TEST_SUITE_P(
+    Ways, UpgradeFailures,
+    testing::Values(std::vector<Failure>{{"no such file", "faults", "none", CannotOpen},
+                                         {"refused file", "faults", "bad", CannotOpen},
+                                         {"refused mode", "fault download-refuse", "small", CannotSet},
+                                         {"silent mode", "fault com1 no-reply", "small", CannotSet},
+                                         {"raw refused", "fault raw-refuse", "small", CannotSet},
+                                         {"raw silent", "fault raw-silent", "small", CannotSet}},
+                    std::vector<Failure>{{"erase silent", "fault erase-silent", "small", CannotSet},
+                                         {"erase refused", "fault erase-refuse", "small", CannotErase},
+                                         {"erase without FB", "fault erase-no-fb", "small", CannotErase},
+                                         {"erase never done", "fault erase-no-fa", "small", CannotErase},
+                                         {"empty file", "faults", "empty", CannotLoad}},
+                    std::vector<Failure>{{"frame refused", "fault frame-text XX", "small", CannotLoad},
+                                         {"frame again for ever", "fault frame-fn x4", "small", CannotLoad},
+                                         {"frame silent", "fault frame-silent after1", "small", CannotLoad},
+                                         {"power lost", "fault power-loss after1", "small", CannotLoad},
+                                         {"end silent", "fault end-silent", "small", CannotLoad}},
+                    std::vector<Failure>{{"never back", "restart-ms 100000", "small", CannotRestart}}),
+    [](const auto& tested) { return "Part" + std::to_string(tested.index); });
+
+}  // namespace
