@@ -28,6 +28,18 @@ int DownloadSettings() {
     return 1;
 }
 
+// "Active Device" may still name a reader that has gone since it was chosen: switched on, the first press of
+// the trigger would fail on it and end the program.
+void SwitchReadersOn() {
+    ApplyActiveDevice();
+    if (!HasBarcodeReader()) {
+        ShellState.BarcodeEnabled = 0;
+    }
+    if (!HasRfidReader()) {
+        ShellState.RfidEnabled = 0;
+    }
+}
+
 }  // namespace
 
 DWORD WINAPI ApplySettingsThread(LPVOID) {
@@ -45,7 +57,7 @@ DWORD WINAPI ApplySettingsThread(LPVOID) {
         }
         return ApplyExitCode;
     }
-    ApplyActiveDevice();
+    SwitchReadersOn();
     if (ShellState.BarcodeEnabled) {
         SetPortTimeouts(ShellState.BarcodePort, MessageGap);
         ResumeThread(ShellState.BarcodeThread);
