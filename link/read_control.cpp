@@ -54,6 +54,8 @@ DWORD PressPacketReader() {
         }
         return result;
     }
+    // The hold is used up: its timer must not end that of the next press.
+    KillTimer(ShellState.MainWindow, IDT_LASER_HOLD);
     ShellState.LaserHold = 0;
     return Result(Send(SsiStartDecode));
 }
