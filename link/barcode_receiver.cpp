@@ -74,7 +74,9 @@ void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packe
     switch (AddPacket(message, packet, GetTickCount())) {
         case PacketStep::More:
             AwaitingContinuation = 1;
-            SetTimer(ShellState.MainWindow, IDT_CONTINUATION, ContinuationTimeout, nullptr);
+            if (!SetTimer(ShellState.MainWindow, IDT_CONTINUATION, ContinuationTimeout, nullptr)) {
+                ShellState.TransferBusy = 0;  // nobody else would free the trigger
+            }
             break;
         case PacketStep::Complete:
             HandOver(message);

@@ -54,8 +54,9 @@ void Type(const OutputLine& line, const LineOptions& options, bool endTransfer) 
         PressTab();
     }
     TypeBytes(line.Used());
-    if (endTransfer) {
-        SetTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY, BusyPerByte * line.Count, nullptr);
+    if (endTransfer &&
+        !SetTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY, BusyPerByte * line.Count, nullptr)) {
+        ShellState.TransferBusy = 0;  // nobody else would free the trigger
     }
     if (options.TabAfter()) {
         PressTab();
