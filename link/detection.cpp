@@ -33,6 +33,9 @@ struct Burst {
 // Collects the next answer; false when the window that began at `start` ends without one.
 bool ReadBurst(HANDLE port, DWORD start, Burst& burst) {
     burst.Length = 0;
+    if (GetTickCount() - start >= 2 * ProbeWindow) {
+        return false;  // of a line that never falls silent there would always be another one
+    }
     DWORD last = 0;
     for (;;) {
         const DWORD room = static_cast<DWORD>(burst.Bytes.size()) - burst.Length;
