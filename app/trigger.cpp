@@ -17,8 +17,9 @@ void StartRfid() {
         ReportError(result);
         return;
     }
-    ShellState.RfidReadActive = 1;
-    // The read may be over already; its thread has then taken back a mark that was not there yet.
+    // The read may be over already; its thread has then taken back a mark that was not there yet. The
+    // exchange keeps the look at the channel behind the mark.
+    ShellState.RfidReadActive.Exchange(1);
     if (!RfidChannelInUse()) {
         ShellState.RfidReadActive = 0;
     }
