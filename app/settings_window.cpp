@@ -51,7 +51,7 @@ bool SwitchReadersOff() {
 }
 
 void OpenSettings(HWND window) {
-    if (!ShellState.InitDone || ShellState.ErrorShown) {
+    if (!ShellState.InitDone || ShellState.ErrorShown || ShellState.Closing) {
         return;
     }
     if (ShellState.UpgradeActive) {
