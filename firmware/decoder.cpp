@@ -97,8 +97,8 @@ struct MarkSearch {
     std::size_t Found;
 };
 
-bool Feed(MarkSearch& search, BYTE byte) {
-    const char character = static_cast<char>(byte);
+bool Feed(MarkSearch& search, BYTE received) {
+    const char character = static_cast<char>(received);
     if (character == search.Mark[search.Found]) {
         ++search.Found;
     } else {

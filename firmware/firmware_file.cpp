@@ -7,8 +7,8 @@ namespace {
 
 // Success with `over` set when the end record has been reached.
 DWORD CheckChunk(SrecordReader& reader, std::span<const BYTE> bytes, bool& over) {
-    for (const BYTE byte : bytes) {
-        const SrecordStep step = FeedSrecord(reader, byte);
+    for (const BYTE received : bytes) {
+        const SrecordStep step = FeedSrecord(reader, received);
         if (step == SrecordStep::Bad) {
             return ErrorOpenFirmwareFile;
         }

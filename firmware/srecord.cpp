@@ -97,20 +97,20 @@ SrecordStep Expect(SrecordReader& reader, BYTE got, BYTE expected, SrecordPlace 
 
 }  // namespace
 
-SrecordStep FeedSrecord(SrecordReader& reader, BYTE byte) {
+SrecordStep FeedSrecord(SrecordReader& reader, BYTE received) {
     switch (reader.Place) {
         case SrecordPlace::Start:
-            return Expect(reader, byte, 'S', SrecordPlace::Type, SrecordStep::More);
+            return Expect(reader, received, 'S', SrecordPlace::Type, SrecordStep::More);
         case SrecordPlace::Type:
-            return TakeType(reader, byte);
+            return TakeType(reader, received);
         case SrecordPlace::CarriageReturn:
-            return Expect(reader, byte, '\r', SrecordPlace::LineFeed, SrecordStep::More);
+            return Expect(reader, received, '\r', SrecordPlace::LineFeed, SrecordStep::More);
         case SrecordPlace::LineFeed:
-            return Expect(reader, byte, '\n', SrecordPlace::Start, SrecordStep::Record);
+            return Expect(reader, received, '\n', SrecordPlace::Start, SrecordStep::Record);
         case SrecordPlace::Over:
             return SrecordStep::Bad;
         default:
-            return TakeDigit(reader, byte);
+            return TakeDigit(reader, received);
     }
 }
 

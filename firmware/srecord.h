@@ -35,7 +35,7 @@ struct SrecordReader {
 };
 
 // Takes the file's next byte. Checksums must be two digits and are not compared.
-SrecordStep FeedSrecord(SrecordReader& reader, BYTE byte);
+SrecordStep FeedSrecord(SrecordReader& reader, BYTE received);
 
 // Whether the file may end here: between two lines, or after the end record.
 bool BetweenSrecords(const SrecordReader& reader);
