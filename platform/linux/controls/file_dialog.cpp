@@ -105,7 +105,6 @@ void FileDialog::Build() {
     message_->setWordWrap(true);
     message_->hide();
     auto* ok = new QPushButton(QStringLiteral("OK"));
-    ok->setDefault(true);
     auto* cancel = new QPushButton(QStringLiteral("Cancel"));
     for (QWidget* touched : std::initializer_list<QWidget*>{name_, filter_, ok, cancel}) {
         touched->setMinimumHeight(FingerHeight);
@@ -118,6 +117,7 @@ void FileDialog::Build() {
     grid->addWidget(message_, 4, 0, 1, 4);
     grid->addWidget(ok, 5, 2);
     grid->addWidget(cancel, 5, 3);
+    ok->setDefault(true);
     grid->setColumnStretch(1, 1);
     grid->setRowStretch(1, 1);
 

@@ -9,6 +9,8 @@ namespace layer {
 namespace {
 
 constexpr int NoLimit = 32767;
+// Corrections within corrections that are told; one that is never content ends here.
+constexpr int DeepestChange = 16;
 
 }  // namespace
 
@@ -23,7 +25,11 @@ EditControl::EditControl(const WindowInit& init)
     }
     QObject::connect(edit_, &QLineEdit::textChanged, edit_, [this] {
         KeepLimit();
-        Command(EN_CHANGE);
+        if (telling_ < DeepestChange) {
+            ++telling_;
+            Command(EN_CHANGE);
+            --telling_;
+        }
     });
     SetWidget(edit_);
 }
@@ -39,7 +45,18 @@ LRESULT EditControl::Message(UINT message, WPARAM wParam, LPARAM lParam) {
 
 // A text that the program has set longer than the limit stays, and can only become shorter.
 void EditControl::KeepLimit() {
-    edit_->setMaxLength(std::max(limit_, static_cast<int>(edit_->text().size())));
+    LetIn(static_cast<int>(edit_->text().size()));
+}
+
+// Room for the limit, or for a text that is longer.
+void EditControl::LetIn(int length) {
+    const int room = std::max(limit_, length);
+    if (edit_->maxLength() != room) {
+        // Qt takes the cursor to the end.
+        const int cursor = edit_->cursorPosition();
+        edit_->setMaxLength(room);
+        edit_->setCursorPosition(cursor);
+    }
 }
 
 std::u16string EditControl::Text() const {
@@ -48,8 +65,14 @@ std::u16string EditControl::Text() const {
 
 void EditControl::SetText(std::u16string text) {
     const QString shown = QString::fromStdU16String(text);
-    edit_->setMaxLength(std::max(limit_, static_cast<int>(shown.size())));
+    LetIn(static_cast<int>(shown.size()));
+    // What is put right while it is typed keeps the cursor in front of the same rest.
+    const auto rest = edit_->text().size() - edit_->cursorPosition();
     edit_->setText(shown);
+    if (telling_ > 0) {
+        const auto place = edit_->text().size() - rest;
+        edit_->setCursorPosition(static_cast<int>(std::max(place, decltype(place){0})));
+    }
 }
 
 TextControl::TextControl(const WindowInit& init)

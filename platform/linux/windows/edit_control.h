@@ -18,9 +18,11 @@ class EditControl : public WindowObject {
 
   private:
     void KeepLimit();
+    void LetIn(int length);
 
     QLineEdit* edit_;
     int limit_;
+    int telling_ = 0;  // EN_CHANGE notifications that have not returned
 };
 
 // Several lines. EN_CHANGE comes for the user's changes only.

@@ -1,0 +1,225 @@
+// Up-down controls with their edit controls, and the progress bar.
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QTest>
+#include <QToolButton>
+
+#include "platform/linux/windows/message_loop.h"
+#include "tests/platform/controls_fixture.h"
+
+namespace {
+
+constexpr DWORD NumberEdit = 0x2000;
+constexpr DWORD Attached = 0x0002 | 0x0004 | 0x0010 | 0x0020;  // number, right, neighbour, arrow keys
+
+class UpDownTest : public ControlsTest {
+  protected:
+    UpDownTest() {
+        edit_ = Make(u"EDIT", NumberEdit, QRect(10, 10, 100, 28), 201);
+        upDown_ = Make(u"MSCTLS_UPDOWN32", Attached, QRect(0, 0, 12, 14), 911);
+        OnControl = [this](UINT message, WPARAM wParam, LPARAM) {
+            if (message == WM_COMMAND && wParam == static_cast<DWORD>(MAKELONG(201, EN_CHANGE))) {
+                ++changes_;
+                if (onChange_) {
+                    onChange_();
+                }
+            }
+        };
+    }
+    void SetRange(int low, int high) {
+        SendMessageW(upDown_, UDM_SETRANGE32, static_cast<WPARAM>(low), high);
+    }
+    void SetText(const char* text) { SetDlgItemTextW(window_, 201, QString(text).toStdU16String().c_str()); }
+    std::string Text() {
+        WCHAR text[40];
+        GetDlgItemTextW(window_, 201, text, 40);
+        return QString::fromUtf16(text).toStdString();
+    }
+    QLineEdit* Edit() { return qobject_cast<QLineEdit*>(WidgetOf(edit_)); }
+    void Tap(Qt::ArrowType arrow) {
+        for (auto* button : WidgetOf(upDown_)->findChildren<QToolButton*>()) {
+            if (button->arrowType() == arrow) {
+                QTest::mouseClick(button, Qt::LeftButton);
+            }
+        }
+    }
+
+    HWND edit_ = nullptr, upDown_ = nullptr;
+    int changes_ = 0;
+    std::function<void()> onChange_;
+};
+
+TEST_F(UpDownTest, StepsStayInTheRange) {
+    const struct {
+        int Low, High;
+        const char* Before;
+        Qt::ArrowType Button;
+        const char* After;
+    } steps[] = {{1, 30, "2", Qt::UpArrow, "3"},
+                 {1, 30, "2", Qt::DownArrow, "1"},
+                 {1, 30, "1", Qt::DownArrow, "1"},
+                 {1, 30, "30", Qt::UpArrow, "30"},
+                 {79, 127, "5", Qt::UpArrow, "80"},
+                 {79, 127, "999", Qt::DownArrow, "126"},
+                 {0, 99, "007", Qt::UpArrow, "8"},
+                 {-5, 5, "-5", Qt::UpArrow, "-4"},
+                 {30, 1, "2", Qt::UpArrow, "1"},
+                 {-2147483647, 2147483647, "2147483647", Qt::UpArrow, "2147483647"}};
+    for (const auto& step : steps) {
+        SetRange(step.Low, step.High);
+        SetText(step.Before);
+        Tap(step.Button);
+        EXPECT_EQ(Text(), step.After) << step.Before << " in " << step.Low << ".." << step.High;
+    }
+    // Where no number can be read the last one counts.
+    SetRange(0, 9);
+    for (const char* unreadable : {"", "99999999999999999999"}) {
+        SetText("4");
+        Tap(Qt::UpArrow);
+        SetText(unreadable);
+        Tap(Qt::UpArrow);
+        EXPECT_EQ(Text(), "6");
+    }
+}
+
+TEST_F(UpDownTest, ChangesAreToldAndMayBeCorrected) {
+    SetRange(0, 50);
+    SetText("7");
+    changes_ = 0;
+    Tap(Qt::UpArrow);
+    EXPECT_EQ(changes_, 1);
+    EXPECT_TRUE(Edit()->hasFocus());
+    onChange_ = [&] {
+        if (Text() != "20") {
+            SetText("20");
+        }
+    };
+    Tap(Qt::UpArrow);
+    EXPECT_EQ(Text(), "20");
+    onChange_ = nullptr;
+    QTest::keyClick(Edit(), Qt::Key_Up);
+    QTest::keyClick(Edit(), Qt::Key_Up);
+    QTest::keyClick(Edit(), Qt::Key_Down);
+    EXPECT_EQ(Text(), "21");
+}
+
+TEST_F(UpDownTest, TakesTheEndOfItsNeighboursPlace) {
+    const QRect edit = Edit()->geometry(), buttons = WidgetOf(upDown_)->geometry();
+    EXPECT_EQ(edit.united(buttons), QRect(10, 10, 100, 28));
+    EXPECT_FALSE(edit.intersects(buttons));
+    EXPECT_GE(edit.width(), 4 * Edit()->fontMetrics().horizontalAdvance(u'0'));
+    EXPECT_GE(buttons.width(), 2 * 20);
+}
+
+TEST_F(UpDownTest, OutlivesItsNeighbour) {
+    DestroyWindow(edit_);
+    layer::PumpMessages();
+    Tap(Qt::UpArrow);
+    // And goes inside the change that it makes itself.
+    edit_ = Make(u"Edit", NumberEdit, QRect(10, 50, 100, 28), 201);
+    upDown_ = Make(u"msctls_updown32", Attached, {}, 911);
+    onChange_ = [&] {
+        DestroyWindow(upDown_);
+        DestroyWindow(edit_);
+    };
+    QTest::keyClick(Edit(), Qt::Key_Up);
+    EXPECT_FALSE(IsWindow(upDown_));
+    layer::PumpMessages();
+}
+
+// ---- corrections while typing
+
+TEST_F(UpDownTest, ACorrectionKeepsTheCursorInFrontOfTheSameRest) {
+    // As a number editor corrects: leading zeros go, the range is 5 to 150.
+    onChange_ = [&] {
+        const int number = QString::fromStdString(Text()).toInt();
+        const std::string wanted = std::to_string(std::clamp(number, 5, 150));
+        if (Text() != wanted) {
+            SetText(wanted.c_str());
+        }
+    };
+    SendMessageW(edit_, EM_LIMITTEXT, 3, 0);
+    const struct {
+        const char* Before;
+        int Cursor;
+        const char* Typed;
+        const char* After;
+        int CursorAfter;
+    } typed[] = {{"12", 2, "0", "120", 3}, {"12", 0, "0", "12", 0},   {"15", 2, "9", "150", 3},
+                 {"12", 1, "0", "102", 2}, {"120", 3, "9", "120", 3}, {"99", 0, "9", "150", 1}};
+    for (const auto& step : typed) {
+        SetText(step.Before);
+        Edit()->setCursorPosition(step.Cursor);
+        QTest::keyClicks(Edit(), step.Typed);
+        EXPECT_EQ(Text(), step.After) << step.Before;
+        EXPECT_EQ(Edit()->cursorPosition(), step.CursorAfter) << step.Before;
+    }
+    Edit()->selectAll();
+    QTest::keyClick(Edit(), Qt::Key_Delete);
+    EXPECT_EQ(Text(), "5");
+    // What is pasted is cut to the limit before it is corrected; letters never come in.
+    Edit()->selectAll();
+    QApplication::clipboard()->setText("98765");
+    QTest::keyClick(Edit(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Text(), "150");
+    Edit()->selectAll();
+    QApplication::clipboard()->setText("12a");
+    QTest::keyClick(Edit(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Text(), "150");
+}
+
+TEST_F(UpDownTest, ACorrectionThatIsNeverContentEnds) {
+    onChange_ = [&] { SetText(Text() == "1" ? "2" : "1"); };
+    QTest::keyClicks(Edit(), "7");
+    EXPECT_LT(changes_, 100);
+    onChange_ = nullptr;
+    changes_ = 0;
+    SetText("5");
+    EXPECT_EQ(changes_, 1);
+}
+
+// ---- progress
+
+TEST_F(ControlsTest, ProgressStaysInItsRange) {
+    HWND progress = Make(u"MSCTLS_PROGRESS32", 0, QRect(10, 10, 100, 20));
+    auto* bar = qobject_cast<QProgressBar*>(WidgetOf(progress));
+    SendMessageW(progress, PBM_SETRANGE, 0, MAKELPARAM(10, 50000));
+    EXPECT_EQ(bar->value(), 10);
+    SendMessageW(progress, PBM_SETPOS, 30000, 0);
+    EXPECT_EQ(SendMessageW(progress, PBM_SETPOS, 60000, 0), 30000);
+    EXPECT_EQ(bar->value(), 50000);
+    // No range at all neither divides by nothing nor runs to and fro.
+    SendMessageW(progress, PBM_SETRANGE, 0, MAKELPARAM(0, 0));
+    EXPECT_LT(bar->minimum(), bar->maximum());
+}
+
+TEST_F(ControlsTest, ProgressPaintsAtOnceAndHandsOutNothing) {
+    HWND progress = Make(u"msctls_progress32", 0, QRect(10, 10, 100, 20));
+    SendMessageW(progress, PBM_SETRANGE, 0, MAKELPARAM(0, 10));
+    struct Painted : QObject {
+        int Count = 0;
+        bool eventFilter(QObject*, QEvent* event) override {
+            Count += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+    } painted;
+    WidgetOf(progress)->installEventFilter(&painted);
+    int handed = 0;
+    OnControl = [&](UINT, WPARAM, LPARAM) { ++handed; };
+    QTimer::singleShot(0, qApp, [&] { ++handed; });
+    PostMessageW(window_, WM_COMMAND, 1, 0);
+    SetTimer(window_, 5, 1,
+             [](HWND window, UINT, UINT_PTR, DWORD) { SendMessageW(window, WM_COMMAND, 5, 0); });
+    for (WPARAM i = 1; i <= 10; ++i) {
+        SendMessageW(progress, PBM_SETPOS, i, 0);
+        EXPECT_GE(painted.Count, static_cast<int>(i));
+    }
+    EXPECT_EQ(handed, 0);
+    KillTimer(window_, 5);
+    layer::PumpMessages();
+    EXPECT_EQ(handed, 2);
+}
+
+}  // namespace

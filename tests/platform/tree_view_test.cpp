@@ -1,0 +1,475 @@
+// The tree view, used by its messages and by hand.
+#include <QApplication>
+#include <QScrollBar>
+#include <QTest>
+#include <QTreeView>
+
+#include "platform/linux/windows/message_loop.h"
+#include "resources/resource.h"
+#include "tests/platform/controls_fixture.h"
+
+namespace {
+
+constexpr DWORD SettingsTree = 0x27;  // buttons, lines, also at the root, selection always shown
+constexpr UINT OnButton = 0x10;
+
+struct Told {
+    UINT Code;
+    WORD Key;
+    HTREEITEM Item;  // that GetMessagePos points at
+    UINT Flags;      // and on what of it
+};
+
+class TreeTest : public ControlsTest {
+  protected:
+    TreeTest() {
+        tree_ = Make(u"SYSTREEVIEW32", SettingsTree, QRect(0, 0, 240, 260), 701);
+        images_ = ImageList_Create(15, 15, ILC_MASK, 7, 0);
+        HBITMAP bitmap = LoadBitmapW(nullptr, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
+        ImageList_AddMasked(images_, bitmap, RGB(0, 255, 0));
+        DeleteObject(bitmap);
+        SendMessageW(tree_, TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(images_));
+        OnControl = [this](UINT message, WPARAM, LPARAM lParam) {
+            if (message == WM_NOTIFY) {
+                Note(*reinterpret_cast<const NMHDR*>(lParam));
+            }
+        };
+    }
+    ~TreeTest() override { ImageList_Destroy(images_); }
+
+    HTREEITEM Insert(HTREEITEM parent, HTREEITEM after, const char16_t* text, UINT image = 1,
+                     LPARAM parameter = 0) {
+        TVINSERTSTRUCTW insert{};
+        insert.hParent = parent;
+        insert.hInsertAfter = after;
+        insert.item.mask = TVIF_TEXT | TVIF_STATE | TVIF_PARAM;
+        insert.item.pszText = const_cast<LPWSTR>(text);
+        insert.item.state = INDEXTOSTATEIMAGEMASK(image);
+        insert.item.stateMask = TVIS_STATEIMAGEMASK;
+        insert.item.lParam = parameter;
+        return reinterpret_cast<HTREEITEM>(
+            SendMessageW(tree_, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+    }
+    HTREEITEM Get(WPARAM relation, HTREEITEM item = nullptr) {
+        return reinterpret_cast<HTREEITEM>(
+            SendMessageW(tree_, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
+    }
+    bool Delete(HTREEITEM item) {
+        return SendMessageW(tree_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item)) != 0;
+    }
+    bool Select(HTREEITEM item) {
+        return SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item)) != 0;
+    }
+    std::string TextOf(HTREEITEM item, int room = 100) {
+        WCHAR text[101];
+        std::fill(std::begin(text), std::end(text), u'~');
+        TVITEMW read{};
+        read.mask = TVIF_TEXT;
+        read.hItem = item;
+        read.pszText = text;
+        read.cchTextMax = room;
+        if (SendMessageW(tree_, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&read)) == 0) {
+            return "none";
+        }
+        EXPECT_EQ(text[room], u'~');
+        return QString::fromUtf16(text).toStdString();
+    }
+    std::string Children(HTREEITEM parent) {
+        std::string texts;
+        for (HTREEITEM item = Get(TVGN_CHILD, parent); item; item = Get(TVGN_NEXT, item)) {
+            texts += TextOf(item) + " ";
+        }
+        return texts;
+    }
+
+    QTreeView* View() { return qobject_cast<QTreeView*>(WidgetOf(tree_)); }
+    // The row's rectangle in the viewport, without what is in front of the item.
+    QRect RowOf(HTREEITEM item) {
+        std::vector<int> path;
+        for (HTREEITEM at = item; at; at = Get(TVGN_PARENT, at)) {
+            int row = 0;
+            for (HTREEITEM before = Get(TVGN_PREVIOUS, at); before; before = Get(TVGN_PREVIOUS, before)) {
+                ++row;
+            }
+            path.insert(path.begin(), row);
+        }
+        QModelIndex index;
+        for (const int row : path) {
+            index = View()->model()->index(row, 0, index);
+        }
+        return View()->visualRect(index);
+    }
+    QPoint ButtonOf(HTREEITEM item) { return QPoint(RowOf(item).left() - 11, RowOf(item).center().y()); }
+    QPoint ImageOf(HTREEITEM item) { return QPoint(RowOf(item).left() + 11, RowOf(item).center().y()); }
+    QPoint LabelOf(HTREEITEM item) { return QPoint(RowOf(item).left() + 30, RowOf(item).center().y()); }
+    bool IsOpen(HTREEITEM item) {
+        TVITEMW read{};
+        read.mask = TVIF_STATE;
+        read.hItem = item;
+        read.stateMask = 0xFFFF;
+        SendMessageW(tree_, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&read));
+        return (read.state & 0x20) != 0;
+    }
+    TVHITTESTINFO HitTest(const QPoint& place) {
+        TVHITTESTINFO hit{};
+        hit.pt = {place.x(), place.y()};
+        const auto result = SendMessageW(tree_, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+        EXPECT_EQ(reinterpret_cast<HTREEITEM>(result), hit.hItem);
+        return hit;
+    }
+
+    void Click(const QPoint& place) {
+        QTest::mouseClick(View()->viewport(), Qt::LeftButton, {}, place);
+        layer::PumpMessages();
+    }
+    void DoubleClick(const QPoint& place) {
+        Click(place);
+        // The second press alone.
+        QTest::mouseDClick(View()->viewport(), Qt::LeftButton, {}, place);
+        QTest::mouseRelease(View()->viewport(), Qt::LeftButton, {}, place);
+        layer::PumpMessages();
+    }
+    void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(View(), key, modifiers);
+        layer::PumpMessages();
+    }
+    std::size_t Clicks() {
+        return static_cast<std::size_t>(std::count_if(
+            told_.begin(), told_.end(), [](const Told& told) { return told.Code == NM_CLICK; }));
+    }
+
+    HWND tree_ = nullptr;
+    HIMAGELIST images_ = nullptr;
+    std::vector<Told> told_;
+    std::function<void(UINT)> react_;
+
+  private:
+    void Note(const NMHDR& header) {
+        EXPECT_EQ(header.hwndFrom, tree_);
+        EXPECT_EQ(header.idFrom, 701u);
+        Told told{header.code, 0, nullptr, 0};
+        if (header.code == TVN_KEYDOWN) {
+            told.Key = reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey;
+        } else {
+            const DWORD position = GetMessagePos();
+            POINT point{static_cast<short>(LOWORD(position)), static_cast<short>(HIWORD(position))};
+            ScreenToClient(tree_, &point);
+            const TVHITTESTINFO hit = HitTest(QPoint(point.x, point.y));
+            told.Item = hit.hItem;
+            told.Flags = hit.flags;
+        }
+        told_.push_back(told);
+        if (react_) {
+            react_(header.code);
+        }
+    }
+};
+
+// ---- items
+
+TEST_F(TreeTest, ItemsAreFoundFromEachOther) {
+    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"a");
+    HTREEITEM c = Insert(nullptr, nullptr, u"c");
+    HTREEITEM b = Insert(TVI_ROOT, a, u"b");
+    HTREEITEM b2 = Insert(b, TVI_LAST, u"b2");
+    HTREEITEM b1 = Insert(b, reinterpret_cast<HTREEITEM>(-0xFFFFl), u"b1");
+    EXPECT_EQ(Children(TVI_ROOT), "a b c ");
+    EXPECT_EQ(Children(b), "b1 b2 ");
+    EXPECT_EQ(Get(TVGN_ROOT), a);
+    EXPECT_EQ(Get(TVGN_PREVIOUS, b), a);
+    EXPECT_EQ(Get(TVGN_PREVIOUS, a), nullptr);
+    EXPECT_EQ(Get(TVGN_NEXT, c), nullptr);
+    EXPECT_EQ(Get(TVGN_PARENT, b2), b);
+    EXPECT_EQ(Get(TVGN_PARENT, b), nullptr);
+    EXPECT_EQ(Get(TVGN_CHILD, b1), nullptr);
+    EXPECT_EQ(Get(0x77, a), nullptr);
+
+    // The place behind one that is no child of that parent does not exist.
+    EXPECT_EQ(Insert(b, a, u"x"), nullptr);
+    EXPECT_EQ(Insert(reinterpret_cast<HTREEITEM>(0x1234l), TVI_LAST, u"x"), nullptr);
+    EXPECT_EQ(Children(b), "b1 b2 ");
+}
+
+TEST_F(TreeTest, HandlesOfDeletedItemsStayDead) {
+    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"a");
+    HTREEITEM a1 = Insert(a, TVI_LAST, u"a1");
+    EXPECT_TRUE(Select(a1));
+    EXPECT_TRUE(Delete(a));
+    for (int i = 0; i < 50; ++i) {
+        Insert(TVI_ROOT, TVI_LAST, u"new");
+    }
+    for (HTREEITEM dead : {a, a1}) {
+        EXPECT_EQ(TextOf(dead), "none");
+        EXPECT_EQ(Get(TVGN_NEXT, dead), nullptr);
+        EXPECT_FALSE(Delete(dead));
+        EXPECT_FALSE(Select(dead));
+        EXPECT_EQ(Insert(dead, TVI_LAST, u"x"), nullptr);
+        EXPECT_EQ(Insert(TVI_ROOT, dead, u"x"), nullptr);
+    }
+    EXPECT_TRUE(Delete(TVI_ROOT));
+    EXPECT_EQ(Get(TVGN_ROOT), nullptr);
+    EXPECT_EQ(Get(TVGN_CARET), nullptr);
+}
+
+TEST_F(TreeTest, AChangeTouchesWhatItNames) {
+    HTREEITEM item = Insert(TVI_ROOT, TVI_LAST, u"Label :  value", 5, 0x12345678);
+    TVITEMW change{};
+    change.mask = TVIF_STATE;
+    change.hItem = item;
+    change.state = INDEXTOSTATEIMAGEMASK(6) | 3;
+    change.stateMask = TVIS_STATEIMAGEMASK;
+    EXPECT_TRUE(SendMessageW(tree_, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&change)));
+    TVITEMW read{};
+    read.mask = TVIF_STATE | TVIF_PARAM;
+    read.hItem = item;
+    read.stateMask = TVIS_STATEIMAGEMASK;
+    EXPECT_TRUE(SendMessageW(tree_, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&read)));
+    EXPECT_EQ(read.state, UINT{INDEXTOSTATEIMAGEMASK(6)});
+    EXPECT_EQ(read.lParam, 0x12345678);
+    EXPECT_EQ(TextOf(item), "Label :  value");
+    EXPECT_EQ(TextOf(item, 6), "Label");
+    EXPECT_EQ(TextOf(item, 1), "");
+}
+
+TEST_F(TreeTest, StateImageNIsTheListsImageBeforeIt) {
+    EXPECT_EQ(ImageList_GetImageCount(images_), 7);
+    const auto picture = [&](UINT image) {
+        HTREEITEM item = Insert(TVI_ROOT, TVI_LAST, u"", image);
+        layer::PumpMessages();
+        const QRect row = RowOf(item);
+        const QImage seen = View()->viewport()->grab(QRect(row.left(), row.top(), 23, 26)).toImage();
+        Delete(item);
+        return seen;
+    };
+    const QImage none = picture(0);
+    EXPECT_EQ(picture(8), none);  // more than there are
+    std::vector<QImage> seen{none};
+    for (UINT image = 1; image <= 7; ++image) {
+        seen.push_back(picture(image));
+        // The corner is transparent in every image, green in the bitmap.
+        EXPECT_EQ(seen.back().pixel(4, 5), none.pixel(4, 5)) << image;
+        for (UINT before = 0; before < image; ++before) {
+            EXPECT_NE(seen[before], seen[image]) << before << " and " << image;
+        }
+    }
+    // Without the list there is nothing to see.
+    SendMessageW(tree_, TVM_SETIMAGELIST, TVSIL_STATE, 0);
+    EXPECT_EQ(picture(3), none);
+}
+
+TEST(ImageListTest, RefusesWhatHoldsNoImage) {
+    EXPECT_EQ(ImageList_Create(0, 15, ILC_MASK, 1, 0), nullptr);
+    HIMAGELIST list = ImageList_Create(400, 15, ILC_MASK, 1, 0);
+    HBITMAP bitmap = LoadBitmapW(nullptr, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
+    EXPECT_EQ(ImageList_AddMasked(list, bitmap, 0), -1);
+    EXPECT_EQ(ImageList_AddMasked(list, nullptr, 0), -1);
+    EXPECT_TRUE(ImageList_Destroy(list));
+    EXPECT_FALSE(ImageList_Destroy(list));
+    EXPECT_EQ(ImageList_AddMasked(list, bitmap, 0), -1);
+    DeleteObject(bitmap);
+}
+
+// ---- taps
+
+TEST_F(TreeTest, KnowsWhatOfAnItemIsHit) {
+    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
+    HTREEITEM a1 = Insert(a, TVI_LAST, u"child");
+    HTREEITEM plain = Insert(TVI_ROOT, TVI_LAST, u"without an image", 0);
+    Click(ButtonOf(a));
+    ASSERT_TRUE(IsOpen(a));
+    const struct {
+        QPoint Place;
+        HTREEITEM Item;
+        UINT Flag;
+    } hits[] = {{ImageOf(a), a, TVHT_ONITEMSTATEICON},
+                {LabelOf(a), a, TVHT_ONITEMLABEL},
+                {ButtonOf(a), a, OnButton},
+                {QPoint(230, RowOf(a).center().y()), a, 0x20},
+                {ImageOf(a1), a1, TVHT_ONITEMSTATEICON},
+                {LabelOf(a1), a1, TVHT_ONITEMLABEL},
+                {ButtonOf(a1), a1, 0x08},
+                {ImageOf(plain), plain, 0x08},
+                {LabelOf(plain), plain, TVHT_ONITEMLABEL},
+                {QPoint(30, 250), nullptr, 0x01},
+                {QPoint(-1, 10), nullptr, 0x01},
+                {QPoint(30, 5000), nullptr, 0x01}};
+    for (const auto& hit : hits) {
+        const TVHITTESTINFO found = HitTest(hit.Place);
+        EXPECT_EQ(found.hItem, hit.Item) << hit.Place.x() << "," << hit.Place.y();
+        EXPECT_EQ(found.flags, hit.Flag) << hit.Place.x() << "," << hit.Place.y();
+    }
+}
+
+TEST_F(TreeTest, TapsAreToldWithTheirPlace) {
+    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
+    Insert(a, TVI_LAST, u"child");
+    HTREEITEM b = Insert(TVI_ROOT, TVI_LAST, u"second");
+    Click(ImageOf(b));
+    Click(LabelOf(b));
+    Click(QPoint(30, 250));
+    ASSERT_EQ(told_.size(), 3u);
+    EXPECT_EQ(told_[0].Item, b);
+    EXPECT_EQ(told_[0].Flags, UINT{TVHT_ONITEMSTATEICON});
+    EXPECT_EQ(told_[1].Item, b);
+    EXPECT_EQ(told_[1].Flags, UINT{TVHT_ONITEMLABEL});
+    EXPECT_EQ(told_[2].Item, nullptr);
+    // A label selects whatever is answered, a button only unfolds.
+    EXPECT_EQ(Get(TVGN_CARET), b);
+    Click(ButtonOf(a));
+    EXPECT_TRUE(IsOpen(a));
+    Click(ButtonOf(a));
+    EXPECT_FALSE(IsOpen(a));
+    EXPECT_EQ(told_.size(), 3u);
+    EXPECT_EQ(Get(TVGN_CARET), b);
+    QTest::mouseClick(View()->viewport(), Qt::RightButton, {}, LabelOf(a));
+    EXPECT_EQ(told_.size(), 3u);
+}
+
+TEST_F(TreeTest, TwoQuickTapsUnfoldByTheLabelAndSwitchTwiceByTheImage) {
+    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
+    Insert(a, TVI_LAST, u"child");
+    HTREEITEM b = Insert(TVI_ROOT, TVI_LAST, u"second");
+    DoubleClick(LabelOf(a));
+    EXPECT_TRUE(IsOpen(a));
+    EXPECT_EQ(Clicks(), 1u);
+    DoubleClick(ImageOf(a));
+    EXPECT_TRUE(IsOpen(a));
+    EXPECT_EQ(Clicks(), 3u);
+    DoubleClick(LabelOf(b));
+    EXPECT_EQ(Clicks(), 5u);
+}
+
+TEST_F(TreeTest, AFingerThatMovesScrollsAndTapsNothing) {
+    for (int i = 0; i < 40; ++i) {
+        Insert(TVI_ROOT, TVI_LAST, u"an item whose text is much too long for the width of a terminal");
+    }
+    layer::PumpMessages();
+    QWidget* viewport = View()->viewport();
+    QTest::mousePress(viewport, Qt::LeftButton, {}, QPoint(150, 200));
+    for (int y = 200; y >= 100; y -= 10) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(120, y), viewport->mapToGlobal(QPointF(120, y)),
+                         Qt::NoButton, Qt::LeftButton, {});
+        QApplication::sendEvent(viewport, &move);
+    }
+    QTest::mouseRelease(viewport, Qt::LeftButton, {}, QPoint(120, 100));
+    EXPECT_EQ(View()->verticalScrollBar()->value(), 100);
+    EXPECT_EQ(View()->horizontalScrollBar()->value(), 30);
+    EXPECT_EQ(told_.size(), 0u);
+    // What is hit has moved along.
+    EXPECT_EQ(HitTest(QPoint(100, 4 * 26 + 13 - 100)).hItem,
+              Get(TVGN_NEXT, Get(TVGN_NEXT, Get(TVGN_NEXT, Get(TVGN_NEXT, Get(TVGN_ROOT))))));
+}
+
+// ---- keys
+
+TEST_F(TreeTest, KeysAreTold) {
+    Insert(TVI_ROOT, TVI_LAST, u"first");
+    View()->setFocus();
+    const struct {
+        Qt::Key Key;
+        Qt::KeyboardModifiers Modifiers;
+        WORD Number;
+    } keys[] = {{Qt::Key_F2, {}, 0x71},
+                {Qt::Key_F7, {}, 0x76},
+                {Qt::Key_Q, {}, 0x51},
+                {Qt::Key_7, {}, 0x37},
+                {Qt::Key_7, Qt::KeypadModifier, 0x67},
+                {Qt::Key_Plus, Qt::KeypadModifier, 0x6B},
+                {Qt::Key_Shift, {}, 0x10},
+                {Qt::Key_Down, {}, 0x28},
+                {Qt::Key_Adiaeresis, {}, 0xFF}};
+    for (const auto& key : keys) {
+        told_.clear();
+        Key(key.Key, key.Modifiers);
+        ASSERT_EQ(told_.size(), 1u) << key.Number;
+        EXPECT_EQ(told_[0].Code, TVN_KEYDOWN);
+        EXPECT_EQ(told_[0].Key, key.Number);
+    }
+}
+
+TEST_F(TreeTest, SpaceAndEnterTapTheImageWhereverItIs) {
+    for (int i = 0; i < 60; ++i) {
+        Insert(TVI_ROOT, TVI_LAST, u"an item whose text is much too long for the width of a terminal");
+    }
+    HTREEITEM last = Insert(TVI_ROOT, TVI_LAST, u"last");
+    HTREEITEM plain = Insert(TVI_ROOT, TVI_LAST, u"no image", 0);
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+        for (HTREEITEM item : {last, plain}) {
+            Select(item);
+            View()->verticalScrollBar()->setValue(0);
+            View()->horizontalScrollBar()->setValue(View()->horizontalScrollBar()->maximum());
+            told_.clear();
+            Key(key);
+            ASSERT_EQ(told_.size(), 2u);
+            EXPECT_EQ(told_[0].Code, TVN_KEYDOWN);
+            EXPECT_EQ(told_[1].Code, NM_CLICK);
+            EXPECT_EQ(told_[1].Item, item);
+            EXPECT_EQ(told_[1].Flags, item == last ? UINT{TVHT_ONITEMSTATEICON} : UINT{TVHT_ONITEMLABEL});
+        }
+    }
+    // A key that is held taps once, and one with Control not at all.
+    told_.clear();
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Space, {}, QStringLiteral(" "), true);
+    QApplication::sendEvent(View(), &repeated);
+    Key(Qt::Key_Space, Qt::ControlModifier);
+    EXPECT_EQ(Clicks(), 0u);
+}
+
+TEST_F(TreeTest, ArrowsAndSignsMoveAndUnfold) {
+    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
+    HTREEITEM a1 = Insert(a, TVI_LAST, u"child");
+    HTREEITEM b = Insert(TVI_ROOT, TVI_LAST, u"second");
+    View()->clearFocus();
+    View()->setFocus();
+    EXPECT_EQ(Get(TVGN_CARET), a);
+    const struct {
+        Qt::Key Key;
+        HTREEITEM Caret;
+        bool Open;
+    } steps[] = {{Qt::Key_Right, a, true}, {Qt::Key_Right, a1, true}, {Qt::Key_Left, a, true},
+                 {Qt::Key_Left, a, false}, {Qt::Key_Plus, a, true},   {Qt::Key_Minus, a, false},
+                 {Qt::Key_Down, b, false}, {Qt::Key_Up, a, false},    {Qt::Key_F2, a, false}};
+    for (const auto& step : steps) {
+        Key(step.Key);
+        EXPECT_EQ(Get(TVGN_CARET), step.Caret) << step.Key;
+        EXPECT_EQ(IsOpen(a), step.Open) << step.Key;
+    }
+}
+
+// ---- what may happen inside a notification
+
+TEST_F(TreeTest, ItemsAndTheTreeItselfMayGoInsideANotification) {
+    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
+    HTREEITEM b = Insert(TVI_ROOT, TVI_LAST, u"second");
+    react_ = [&](UINT) { Delete(a); };
+    Click(LabelOf(a));
+    EXPECT_EQ(Children(TVI_ROOT), "second ");
+    react_ = [&](UINT) { Delete(TVI_ROOT); };
+    Select(b);
+    Key(Qt::Key_Return);
+    EXPECT_EQ(Get(TVGN_ROOT), nullptr);
+
+    HTREEITEM c = Insert(TVI_ROOT, TVI_LAST, u"third");
+    Select(c);
+    // In a loop of its own meanwhile, as an editor has it.
+    react_ = [&](UINT) {
+        DestroyWindow(tree_);
+        layer::PumpMessages();
+    };
+    const std::size_t before = told_.size();
+    QTest::mouseClick(View()->viewport(), Qt::LeftButton, {}, LabelOf(c));
+    EXPECT_EQ(told_.size(), before + 1);
+    EXPECT_FALSE(IsWindow(tree_));
+    layer::PumpMessages();
+}
+
+TEST_F(TreeTest, AKeyMayEndTheWholeWindow) {
+    Select(Insert(TVI_ROOT, TVI_LAST, u"first"));
+    react_ = [&](UINT) { DestroyWindow(window_); };
+    QTest::keyClick(View(), Qt::Key_Return);
+    EXPECT_EQ(told_.size(), 1u);
+    layer::PumpMessages();
+    EXPECT_FALSE(IsWindow(window_));
+}
+
+}  // namespace
