@@ -19,7 +19,7 @@ constexpr UINT HitNowhere = 0x0001, HitIndent = 0x0008, HitButton = 0x0010, HitR
 constexpr DWORD StyleLinesAtRoot = 0x0004;
 
 constexpr int SmallestRow = 26;  // pixels; what a finger finds
-constexpr int Indent = 22;
+constexpr int Indent = 20;
 constexpr int Gap = 4;  // around images and labels
 
 }  // namespace
