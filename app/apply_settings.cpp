@@ -2,6 +2,7 @@
 
 #include "app/error_messages.h"
 #include "app/shell_state.h"
+#include "link/barcode_receiver.h"
 #include "link/parameter_download.h"
 #include "link/serial_ports.h"
 #include "link/settings_download.h"
@@ -60,7 +61,7 @@ DWORD WINAPI ApplySettingsThread(LPVOID) {
     SwitchReadersOn();
     if (ShellState.BarcodeEnabled) {
         SetPortTimeouts(ShellState.BarcodePort, MessageGap);
-        ResumeThread(ShellState.BarcodeThread);
+        ResumeBarcodeReceiver();
     }
     SendMessageW(ShellState.MainWindow, WM_SETTINGSAPPLIED, 0, 0);
     return ApplyExitCode;

@@ -135,9 +135,16 @@ DWORD WINAPI InitThread(LPVOID) {
         }
         return 0;
     }
+    // A second start that asks for the settings just now waits like any other until the first apply is over.
+    ShellState.Applying = 1;
     ShellState.InitDone = 1;
     SetWindowPos(window, HWND_TOP, 0, 0, 240, 294, SWP_SHOWWINDOW);
-    SendMessageW(window, GetForegroundWindow() == window ? WM_OPENSETTINGS : WM_APPLYSETTINGS, 0, 0);
+    if (GetForegroundWindow() == window) {
+        ShellState.Applying = 0;
+        SendMessageW(window, WM_OPENSETTINGS, 0, 0);
+    } else {
+        SendMessageW(window, WM_APPLYSETTINGS, 0, 0);
+    }
     SetCursor(previous);
     return 0;
 }

@@ -8,6 +8,7 @@
 #include "app/shell_state.h"
 #include "app/tray_menu.h"
 #include "app/trigger.h"
+#include "link/barcode_receiver.h"
 #include "link/read_control.h"
 #include "platform/shell.h"
 #include "resources/resource.h"
@@ -43,7 +44,7 @@ void ToggleBarcodeReader() {
         SuspendThread(ShellState.BarcodeThread);
     } else {
         ShellState.BarcodeEnabled = 1;
-        ResumeThread(ShellState.BarcodeThread);
+        ResumeBarcodeReceiver();
     }
     if (ShellState.BarcodeReadActive) {
         const DWORD result = BarcodeTrigger(0);
@@ -65,16 +66,16 @@ void ToggleRfidReader() {
     }
 }
 
-// What was asked for while the apply thread had the reader's port; done when it has ended.
+// What was asked for while the apply thread had the reader's port; done when it has ended. Both readers are
+// off then and their items unmarked, so that choosing one means to have it on.
 struct {
-    bool ToggleBarcode, ToggleRfid, OpenSettings;
+    bool BarcodeOn, RfidOn, OpenSettings;
 } Waiting;
 
 void SwitchReader(UINT id) {
     const bool barcode = id == IDM_BC_READER;
     if (ShellState.Applying) {
-        bool& waiting = barcode ? Waiting.ToggleBarcode : Waiting.ToggleRfid;
-        waiting = !waiting;
+        (barcode ? Waiting.BarcodeOn : Waiting.RfidOn) = true;
     } else if (barcode && BarcodeItemEnabled()) {
         ToggleBarcodeReader();
     } else if (!barcode && RfidItemEnabled()) {
@@ -89,10 +90,10 @@ void OnSettingsApplied(HWND window) {
     }
     const auto waiting = Waiting;
     Waiting = {};
-    if (waiting.ToggleBarcode) {
+    if (waiting.BarcodeOn && !ShellState.BarcodeEnabled) {
         SwitchReader(IDM_BC_READER);
     }
-    if (waiting.ToggleRfid) {
+    if (waiting.RfidOn && !ShellState.RfidEnabled) {
         SwitchReader(IDM_RFID_READER);
     }
     if (waiting.OpenSettings) {

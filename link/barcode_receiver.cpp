@@ -168,6 +168,13 @@ int StartBarcodeReceiver(WORD deviceMask) {
     return 1;
 }
 
+void ResumeBarcodeReceiver() {
+    if (!ShellState.TransferBusy) {
+        PurgeComm(ShellState.BarcodePort, PURGE_RXCLEAR);
+    }
+    ResumeThread(ShellState.BarcodeThread);
+}
+
 DWORD WINAPI BarcodeReceiveThread(LPVOID) {
     const HANDLE port = ShellState.BarcodePort;
     PurgeComm(port, PURGE_RXCLEAR);

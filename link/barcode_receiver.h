@@ -7,6 +7,10 @@
 // also without a barcode reader; 0 when the thread cannot be created.
 int StartBarcodeReceiver(WORD deviceMask);
 
+// Lets the thread run when its reader is switched on. What the port collected while it was off is thrown
+// away: a scan of then would be typed into whatever is in front now.
+void ResumeBarcodeReceiver();
+
 // The thread's procedure; returns 0 on a break, on an event mask that cannot be set, or once
 // ShellState.BarcodeThreadRun is cleared and its wait ends. May be run on any thread.
 DWORD WINAPI BarcodeReceiveThread(LPVOID);

@@ -1,6 +1,7 @@
 #include "link/command_exchange.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 
 #include "app/shell_state.h"
@@ -40,18 +41,31 @@ int SendEscaped(HANDLE port, std::span<const BYTE> command) {
     return 1;
 }
 
+// The main thread's trigger packets and the receive thread's acknowledgements meet on one port. RTS must be
+// up around each of them: whoever ends while another packet is under way leaves the line to it.
+std::atomic<DWORD> PacketsUnderWay{0};
+std::atomic<DWORD> RtsDrops{0};
+
 int SendPacket(HANDLE port, std::span<const BYTE> packet) {
     SsiFrame frame;
     const std::size_t size = SealSsiPacket(packet, frame);
     if (size == 0) {
         return 0;
     }
+    const DWORD drops = RtsDrops;
+    ++PacketsUnderWay;
     SetRts(port, true);
-    if (!WriteWithRetries(port, frame.data(), size)) {
-        return 0;  // RTS stays raised until the next packet
+    if (RtsDrops != drops) {
+        RaiseRts(port);  // another packet's end has dropped it meanwhile
     }
-    SetRts(port, false);
-    return 1;
+    const bool written = WriteWithRetries(port, frame.data(), size);
+    // After a failure RTS stays raised until the next packet.
+    if (written && PacketsUnderWay == 1) {
+        SetRts(port, false);
+        ++RtsDrops;
+    }
+    --PacketsUnderWay;
+    return written ? 1 : 0;
 }
 
 int SendText(HANDLE port, std::span<const BYTE> text) {
