@@ -140,5 +140,6 @@ void EndToEnd::ExpectNothingLeft() {
     EXPECT_TRUE(vibrator.empty() || vibrator.starts_with("0")) << "the vibrator is on: " << vibrator;
     EXPECT_TRUE(Desktop.KeysAreUp());
     EXPECT_TRUE(Desktop.WaitUntilGone("Vantrel v1.29", 1000));
+    EXPECT_TRUE(Desktop.WaitUntilGone("Notification icon", 1000));
     EXPECT_FALSE(Desktop.WaitForWindow(ErrorBoxTitle, 0));
 }

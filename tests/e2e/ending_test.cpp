@@ -138,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(Ending, ByTheMenu) {
     Run();
-    const auto icon = Desktop.WaitForWindow("Vantrel v1.29");
+    const auto icon = Desktop.WaitForWindow("Notification icon");
     ASSERT_TRUE(icon);
     Desktop.Click(icon->X + icon->Width / 2, icon->Y + icon->Height / 2);
     // The menu has the keyboard; "Exit" is its last item.

@@ -1,0 +1,184 @@
+// Where scans go, and that no consumer can keep them from going there.
+#include <csignal>
+#include <thread>
+
+#include "settings/record.h"
+#include "tests/e2e/end_to_end.h"
+
+namespace {
+
+// What a watcher has printed, up to a pause.
+std::vector<std::string> LinesOf(ChildProcess& watcher, int patience = 300) {
+    std::vector<std::string> lines;
+    while (auto line = watcher.ReadLine(patience)) {
+        lines.push_back(*line);
+    }
+    return lines;
+}
+
+bool Contains(const std::vector<std::string>& lines, const std::string& text) {
+    for (const std::string& line : lines) {
+        if (line.find(text) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+class Delivery : public EndToEnd {
+  protected:
+    void StartLaser(WORD output, const std::vector<SettingValue>& more = {}) {
+        FitReaders("laser");
+        std::vector<SettingValue> values = {{&general::CheckReaderStatus, '0'},
+                                            {&general::DataOutput, output}};
+        values.insert(values.end(), more.begin(), more.end());
+        WriteSettings(DeviceLaser, values);
+        StartReady();
+    }
+    // A scan that need not be typed; true when the reader knows that it was taken.
+    bool Read(const std::string& label, int milliseconds = 5000) {
+        Wire->Forget();
+        Wire->Command("label " + label);
+        const bool read = PressTrigger() && Wire->Saw("event decode-acked", milliseconds);
+        Trigger({"up"});
+        return read;
+    }
+};
+
+class Outputs : public Delivery, public testing::WithParamInterface<int> {};
+
+TEST_P(Outputs, EachOnItsOwn) {
+    const bool typed = GetParam() & 1, broadcast = GetParam() & 2, signalled = GetParam() & 4;
+    const auto event = StartProgram("vantrel-watch", {"--event"});
+    const auto messages = StartProgram("vantrel-watch", {"--messages"});
+    StartLaser(static_cast<WORD>('0' + GetParam()));
+    ASSERT_TRUE(Read("1 AB12"));
+    EXPECT_EQ(Desktop.Typed(5, typed ? 5000 : 500), typed ? "AB12\n" : "");
+    const auto events = LinesOf(*event);
+    EXPECT_EQ(events.size(), signalled ? 1u : 0u);
+    EXPECT_EQ(Contains(events, "\"text\":\"AB12\""), signalled);
+    const auto copies = LinesOf(*messages);
+    EXPECT_EQ(copies.size(), broadcast ? 2u : 0u);
+    EXPECT_EQ(Contains(copies, "{\"channel\":\"copydata\",\"source\":7,\"codeType\":\"A\",\"length\":4"),
+              broadcast);
+    // The trigger is free again at once where nothing is typed.
+    EXPECT_TRUE(Read("1 AGAIN"));
+    EXPECT_TRUE(Running->End());
+}
+
+INSTANTIATE_TEST_SUITE_P(DataOutput, Outputs, testing::Range(1, 8));
+
+// No consumer of the queue: the newest record takes the place of the one before, and a late consumer gets it.
+TEST_F(Delivery, TheNewestRecordWaits) {
+    StartLaser('4');
+    for (const char* label : {"1 FIRST", "1 SECOND", "3 Third"}) {
+        ASSERT_TRUE(Read(label));
+    }
+    // The record is on its way when the packet is acknowledged; give it time to arrive.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    const auto event = StartProgram("vantrel-watch", {"--event"});
+    const auto lines = LinesOf(*event, 1000);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_TRUE(Contains(lines, "\"text\":\"Third\""));
+    EXPECT_TRUE(Running->End());
+}
+
+// A broadcast waits for a hanging program once, 5 s at most; then scans come as fast as ever.
+TEST_F(Delivery, AHangingConsumerIsLeftOut) {
+    const auto hanging = StartProgram("vantrel-watch", {"--messages"});
+    const auto healthy = StartProgram("vantrel-watch", {"--messages"});
+    StartLaser('3');
+    EXPECT_EQ(Scan("1 BEFORE", 7), "BEFORE\n");
+    EXPECT_EQ(LinesOf(*hanging).size(), 2u);
+    hanging->Signal(SIGSTOP);
+    ASSERT_TRUE(Read("1 HANGS"));
+    EXPECT_EQ(Desktop.Typed(6, 8000), "HANGS\n");
+    // Counted from the reader's answer on: the trigger tool, a program of its own, meets the hanging one
+    // anew.
+    Wire->Command("label 1 QUICK");
+    ASSERT_TRUE(PressTrigger());
+    ASSERT_TRUE(Wire->Saw("length=5"));
+    EXPECT_EQ(Desktop.Typed(6, 1500), "QUICK\n");
+    Trigger({"up"});
+    EXPECT_EQ(LinesOf(*healthy).size(), 6u);
+    // It is heard again once it has answered.
+    hanging->Signal(SIGCONT);
+    EXPECT_TRUE(Contains(LinesOf(*hanging), "HANGS"));
+    EXPECT_EQ(Scan("1 AFTER", 6), "AFTER\n");
+    EXPECT_TRUE(Contains(LinesOf(*hanging), "AFTER"));
+    // One that dies is no concern of anybody.
+    healthy->Signal(SIGKILL);
+    healthy->Wait();
+    EXPECT_EQ(Scan("1 ALONE", 6), "ALONE\n");
+    EXPECT_TRUE(Contains(LinesOf(*hanging), "ALONE"));
+    EXPECT_TRUE(Running->End());
+}
+
+// Both channels, through an orderly end and through a kill.
+TEST_F(Delivery, ConsumersStayThroughRestarts) {
+    const auto event = StartProgram("vantrel-watch", {"--event"});
+    const auto messages = StartProgram("vantrel-watch", {"--messages"});
+    StartLaser('6');
+    for (const int ending : {SIGTERM, SIGKILL, 0}) {
+        ASSERT_TRUE(Read("1 SIGNAL" + std::to_string(ending)));
+        const std::string text = "\"text\":\"SIGNAL" + std::to_string(ending) + "\"";
+        EXPECT_TRUE(Contains(LinesOf(*event, 1000), text));
+        EXPECT_TRUE(Contains(LinesOf(*messages, 1000), text));
+        if (ending != 0) {
+            Running->Signal(ending);
+            Running->Ended();
+            StartReady();
+        }
+    }
+    EXPECT_TRUE(Running->End());
+    // The last user takes the names away: that is the watcher.
+    event->Signal(SIGTERM);
+    messages->Signal(SIGTERM);
+    EXPECT_TRUE(event->Wait());
+    EXPECT_TRUE(messages->Wait());
+}
+
+// A trigger that comes while keys are still being taken in does nothing; the next one reads. Either key
+// works.
+TEST_F(Delivery, BothTriggerKeysAndABusyTransfer) {
+    StartLaser('1');
+    EXPECT_EQ(Scan("3 repeat:60:long", 61),
+              std::string("longlonglonglonglonglonglonglonglonglonglonglonglonglonglong\n"));
+    Wire->Forget();
+    Trigger({"down", "--key", "2"});  // 61 x 12 ms after the last key
+    EXPECT_FALSE(Wire->Saw("decoding com1 on", 150));
+    Trigger({"up", "--key", "2"});
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    Wire->Command("label 1 KEY2");
+    Trigger({"down", "--key", "2"});
+    EXPECT_EQ(Desktop.Typed(5), "KEY2\n");
+    Trigger({"up", "--key", "2"});
+    EXPECT_TRUE(Running->End());
+}
+
+// Sound files are named by number; the vibrator runs for its time and stops by itself.
+TEST_F(Delivery, TheVibratorRunsForItsTime) {
+    StartLaser('1', {{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 2}});
+    const std::string file = Terminal.Path("VIBRATOR");
+    EXPECT_FALSE(ReadWholeFile(file).starts_with("1"));
+    EXPECT_EQ(Scan("1 A", 2), "A\n");
+    EXPECT_TRUE(ReadWholeFile(file).starts_with("1"));
+    for (int tries = 0; tries < 150 && ReadWholeFile(file).starts_with("1"); ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    EXPECT_TRUE(ReadWholeFile(file).starts_with("0"));
+    EXPECT_TRUE(Running->End());
+}
+
+// While nothing happens the program does nothing: no clock tick of processor time in 30 s.
+TEST_F(Delivery, NothingIsUsedWhileNothingHappens) {
+    StartLaser('7');
+    EXPECT_EQ(Scan("1 A", 2), "A\n");
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    const long before = ProcessorTicks(Running->Id());
+    std::this_thread::sleep_for(std::chrono::seconds(30));
+    EXPECT_LE(ProcessorTicks(Running->Id()) - before, 1);
+    EXPECT_TRUE(Running->End());
+}
+
+}  // namespace

@@ -1,0 +1,143 @@
+// The RFID reader beside the barcode reader, alone, come and gone.
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+
+#include "settings/record.h"
+#include "tests/e2e/end_to_end.h"
+#include "tests/e2e/error_box.h"
+
+namespace {
+
+constexpr std::size_t FlagsAt = 40;
+constexpr const char* Uid = "E007000012AB34CD";
+
+class Rfid : public EndToEnd {
+  protected:
+    // The typed lines in alphabetical order: which reader comes first is open.
+    std::vector<std::string> TypedLines(std::size_t count) {
+        std::string text = Desktop.Typed(count, 8000);
+        std::vector<std::string> lines;
+        for (std::size_t end; (end = text.find('\n')) != std::string::npos; text.erase(0, end + 1)) {
+            lines.push_back(text.substr(0, end));
+        }
+        if (!text.empty()) {
+            lines.push_back("unfinished: " + text);
+        }
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    }
+};
+
+TEST_F(Rfid, OnePressReadsALabelAndATag) {
+    FitReaders("imager", "90");
+    WriteSettings(DeviceImager | DeviceRfid, {{&general::CheckReaderStatus, '0'},
+                                              {&general::ActiveDevice, '3'},
+                                              {&general::DataOutput, '7'},
+                                              {&general::ReadRfidData, '1'},
+                                              {&general::UseDelimiter, '1'},
+                                              {&general::RfidMaximumLength, 8}});
+    const auto messages = StartProgram("vantrel-watch", {"--messages"});
+    StartReady();
+    const std::string tag = std::string(Uid) + ",TagData1";
+    for (int round = 0; round < 5; ++round) {
+        const std::string data = "Label " + std::to_string(round);
+        Wire->Command("label 3 " + data);
+        Wire->Command(std::string("tag I ") + Uid + " TagData1 and more");
+        Wire->Forget();
+        ASSERT_TRUE(PressTrigger());
+        std::vector<std::string> expected = {tag, data};
+        EXPECT_EQ(TypedLines(data.size() + tag.size() + 2), expected) << "round " << round;
+        Trigger({"up"});
+        std::string copies;
+        for (int line = 0; line < 4; ++line) {
+            copies += messages->ReadLine().value_or("") + "\n";
+        }
+        EXPECT_NE(copies.find("\"source\":7,\"codeType\":\"I\",\"length\":7,\"uid\":\"\",\"text\":\"" + data),
+                  std::string::npos)
+            << copies;
+        EXPECT_NE(copies.find("\"source\":32,\"codeType\":\"I\",\"length\":8,\"uid\":\"" + std::string(Uid) +
+                              "\",\"text\":\"TagData1\""),
+                  std::string::npos)
+            << copies;
+        EXPECT_TRUE(Wire->Saw("event closed com2")) << "the channel stays open";
+    }
+    messages->Signal(SIGTERM);
+    EXPECT_TRUE(messages->Wait());
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+// Found at another speed, configured, and working at its own.
+TEST_F(Rfid, AReaderAloneIsFoundAndConfigured) {
+    FitReaders("none", "100", {"--rfid-rate", "9600"});
+    Start();
+    Wire->Command(std::string("tag M ") + Uid);
+    ASSERT_TRUE(WaitUntilReady(30000));
+    EXPECT_NE(Wire->Log().find("event rate com2 57600"), std::string::npos);
+    EXPECT_EQ(TypedLines(17), std::vector<std::string>{Uid});
+    EXPECT_EQ(SettingsWord(FlagsAt), DeviceRfid);
+    EXPECT_TRUE(Running->End());
+    ExpectNothingLeft();
+}
+
+TEST_F(Rfid, AReaderThatHasComeIsAddedAndOneThatHasGoneIsDropped) {
+    WriteSettings(DeviceImager, {{&general::ActiveDevice, '3'}});
+    FitReaders("imager", "90");
+    StartReady();
+    EXPECT_EQ(SettingsWord(FlagsAt), DeviceImager | DeviceRfid);
+    Wire->Command(std::string("tag I ") + Uid);
+    Trigger({"down"});
+    EXPECT_EQ(TypedLines(17), std::vector<std::string>{Uid});
+    Trigger({"up"});
+    EXPECT_TRUE(Running->End());
+
+    FitReaders("imager", "none");
+    StartReady();
+    EXPECT_EQ(SettingsWord(FlagsAt), DeviceImager);
+    EXPECT_TRUE(Running->End());
+}
+
+// A reader that is switched on but does not greet: the message comes, and the program ends.
+TEST_F(Rfid, AReaderThatDoesNotAnswerAtAPress) {
+    FitReaders("laser", "90");
+    WriteSettings(DeviceLaser | DeviceRfid,
+                  {{&general::CheckReaderStatus, '0'}, {&general::ActiveDevice, '3'}});
+    StartReady();
+    Wire->Command("announce never");
+    Trigger({"down"});
+    EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to initialize RFID reader!!"));
+    DismissErrorBox(Desktop);
+    EXPECT_EQ(Running->Ended(), 0);
+    ExpectNothingLeft();
+}
+
+// Fifty reads in a row leave no thread and no file behind.
+TEST_F(Rfid, ManyReadsLeaveNothingBehind) {
+    FitReaders("none", "90");
+    WriteSettings(DeviceRfid, {{&general::CheckReaderStatus, '0'}});
+    Start();
+    Wire->Command(std::string("tag I ") + Uid);
+    ASSERT_TRUE(WaitUntilReady());
+    EXPECT_EQ(Desktop.Typed(17), std::string(Uid) + "\n");
+    const auto entries = [&](const std::string& folder) {
+        const auto path = "/proc/" + std::to_string(Running->Id()) + "/" + folder;
+        return std::distance(std::filesystem::directory_iterator(path), {});
+    };
+    const auto threads = entries("task"), files = entries("fd");
+    for (int read = 0; read < 50; ++read) {
+        ASSERT_TRUE(Wire->Saw("event closed com2")) << "read " << read;
+        Wire->Forget();
+        for (int tries = 0; tries < 50 && Wire->Count("event opened com2") == 0; ++tries) {
+            Trigger({"press", "20"});
+        }
+        ASSERT_EQ(Desktop.Typed(17), std::string(Uid) + "\n") << "read " << read;
+    }
+    ASSERT_TRUE(Wire->Saw("event closed com2"));
+    Wire->Saw("no such line", 300);
+    EXPECT_LE(entries("task"), threads);
+    EXPECT_LE(entries("fd"), files);
+    EXPECT_TRUE(Running->End());
+}
+
+}  // namespace
