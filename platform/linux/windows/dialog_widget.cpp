@@ -26,6 +26,7 @@ DialogWidget::DialogWidget(QWidget* owner, WindowObject& window, DWORD style, bo
             caption_ = new QLabel(bar_);
             caption_->setTextFormat(Qt::PlainText);
             caption_->setForegroundRole(QPalette::HighlightedText);
+            caption_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
             row->addWidget(caption_, 1);
             if (closable_) {
                 auto* button = new QToolButton(bar_);
@@ -47,9 +48,16 @@ DialogWidget::DialogWidget(QWidget* owner, WindowObject& window, DWORD style, bo
 void DialogWidget::SetCaption(const QString& text) {
     setWindowTitle(text);
     if (caption_ != nullptr) {
-        caption_->setText(text);
         caption_->setToolTip(text);
+        FitCaption();
     }
+}
+
+// A caption that is too long for a small screen ends in an ellipsis; the whole is its tool tip.
+void DialogWidget::FitCaption() {
+    const QString whole = windowTitle();
+    const int width = caption_->contentsRect().width();
+    caption_->setText(caption_->fontMetrics().elidedText(whole, Qt::ElideRight, width));
 }
 
 QSize DialogWidget::OuterSize(const QSize& client) const {
@@ -63,6 +71,8 @@ void DialogWidget::resizeEvent(QResizeEvent* event) {
     if (bar_ != nullptr) {
         const int height = bar_->sizeHint().height();
         bar_->setGeometry(inside.x(), inside.y(), inside.width(), height);
+        bar_->layout()->activate();
+        FitCaption();
         inside.setTop(inside.top() + height);
     }
     client_->setGeometry(inside);

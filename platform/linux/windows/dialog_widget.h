@@ -29,6 +29,7 @@ class DialogWidget : public QDialog {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
+    void FitCaption();
     void Close();
 
     WindowObject& window_;
