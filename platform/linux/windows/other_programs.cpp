@@ -66,8 +66,9 @@ struct Asked {
     }
 };
 
-void AskAll(std::vector<Asked>& asked, const std::string& line, SteadyClock::time_point until,
-            int alsoUntil) {
+// False when the first answer that was enough ended the asking.
+bool AskAll(std::vector<Asked>& asked, const std::string& line, SteadyClock::time_point until, int alsoUntil,
+            EnoughAnswer enough) {
     for (Asked& program : asked) {
         program.Open = ConnectTo(program.Answer.Program, program.Connection.Socket) == Reached::Yes;
         program.Connection.Out = line;
@@ -85,7 +86,7 @@ void AskAll(std::vector<Asked>& asked, const std::string& line, SteadyClock::tim
         // Real time on every clock: the others are processes of their own.
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - SteadyClock::now()).count();
         if (!open || left <= 0) {
-            return;
+            return true;
         }
         if (poll(files.data(), files.size(), static_cast<int>(left)) <= 0) {
             continue;
@@ -96,6 +97,9 @@ void AskAll(std::vector<Asked>& asked, const std::string& line, SteadyClock::tim
         for (std::size_t i = 0; i < asked.size(); ++i) {
             if (files[i + 1].revents != 0) {
                 asked[i].Serve(files[i + 1].revents);
+            }
+            if (enough != nullptr && asked[i].Answer.Line && enough(*asked[i].Answer.Line)) {
+                return false;
             }
         }
     }
@@ -112,14 +116,16 @@ void NoteDebts(std::vector<Asked>& asked) {
 }
 
 std::vector<ProgramAnswer> Ask(const std::vector<std::string>& programs, const std::string& line,
-                               std::chrono::milliseconds longest, int alsoUntil) {
+                               std::chrono::milliseconds longest, int alsoUntil, EnoughAnswer enough) {
     const auto until = SteadyClock::now() + longest;
     std::vector<Asked> asked(programs.size());
     for (std::size_t i = 0; i < programs.size(); ++i) {
         asked[i].Answer.Program = programs[i];
     }
-    AskAll(asked, line, until, alsoUntil);
-    NoteDebts(asked);
+    // Who was not waited for to the end owes nothing.
+    if (AskAll(asked, line, until, alsoUntil, enough)) {
+        NoteDebts(asked);
+    }
     std::vector<ProgramAnswer> answers;
     for (Asked& program : asked) {
         answers.push_back(std::move(program.Answer));
@@ -130,18 +136,18 @@ std::vector<ProgramAnswer> Ask(const std::vector<std::string>& programs, const s
 }  // namespace
 
 std::vector<ProgramAnswer> AskOtherPrograms(const std::string& line, std::chrono::milliseconds longest,
-                                            int alsoUntil) {
+                                            int alsoUntil, EnoughAnswer enough) {
     std::vector<std::string> programs = ListPrograms();
     ForgetDead(programs);
     std::erase_if(programs, [own = OwnProgram()](const std::string& program) {
         return program == own || StillOwes(program);
     });
-    return Ask(programs, line, longest, alsoUntil);
+    return Ask(programs, line, longest, alsoUntil, enough);
 }
 
 std::optional<std::string> AskProgram(const std::string& program, const std::string& line,
                                       std::chrono::milliseconds longest) {
-    return Ask({program}, line, longest, -1).front().Line;
+    return Ask({program}, line, longest, -1, nullptr).front().Line;
 }
 
 HWND FindOtherWindow(const std::u16string* className, const std::u16string* title) {
@@ -153,7 +159,9 @@ HWND FindOtherWindow(const std::u16string* className, const std::u16string* titl
     if (title != nullptr) {
         question.Title = *title;
     }
-    for (const ProgramAnswer& answer : AskOtherPrograms(WriteLine(question), LongestSearch)) {
+    // One that hangs must not hold up who is found.
+    const EnoughAnswer found = [](const std::string& answer) { return ReadAnswer(answer).Window != 0; };
+    for (const ProgramAnswer& answer : AskOtherPrograms(WriteLine(question), LongestSearch, -1, found)) {
         const std::uint64_t window = answer.Line ? ReadAnswer(*answer.Line).Window : 0;
         if (window != 0) {
             return RemoteHandle({answer.Program, window});

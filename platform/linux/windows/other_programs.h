@@ -21,11 +21,15 @@ struct ProgramAnswer {
     std::optional<std::string> Line;  // none: it did not answer
 };
 
-// Sends the line to all other programs at once and takes their answers until the time is up. A program that
+// Whether an answer makes the others needless.
+using EnoughAnswer = bool (*)(const std::string& line);
+
+// Sends the line to all other programs at once and takes their answers until the time is up, or until one is
+// enough. A program that
 // has not answered an earlier line is left out until it has. With `alsoUntil`, a descriptor, it waits as well
 // until that can be read.
 std::vector<ProgramAnswer> AskOtherPrograms(const std::string& line, std::chrono::milliseconds longest,
-                                            int alsoUntil = -1);
+                                            int alsoUntil = -1, EnoughAnswer enough = nullptr);
 // Sends the line to one program, whatever it owes.
 std::optional<std::string> AskProgram(const std::string& program, const std::string& line,
                                       std::chrono::milliseconds longest);
