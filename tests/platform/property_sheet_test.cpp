@@ -189,8 +189,7 @@ TEST_F(SheetWindowTest, MayGoInsideItsNotification) {
             if (word == "C.apply" || word == "C.cancel") {
                 DestroyWindow(sheet_);
                 EXPECT_FALSE(IsWindow(sheet_));
-                // As a message box has it.
-                layer::PumpMessages();
+                RunLoop();
             }
         };
         Press(id);

@@ -415,6 +415,21 @@ TEST_F(TreeTest, SpaceAndEnterTapTheImageWhereverItIs) {
     EXPECT_EQ(Clicks(), 0u);
 }
 
+TEST_F(TreeTest, AnItemThatIsUnfoldedToIsSeenWhole) {
+    for (int i = 0; i < 8; ++i) {
+        Insert(TVI_ROOT, TVI_LAST, u"short");
+    }
+    HTREEITEM folded = Insert(TVI_ROOT, TVI_LAST, u"folded");
+    HTREEITEM child = Insert(folded, TVI_LAST, u"child");
+    // With it a scroll bar comes, which takes room at the bottom.
+    Insert(folded, TVI_LAST, u"an item whose text is much too long for the width of a terminal");
+    layer::PumpMessages();
+    Select(child);
+    layer::PumpMessages();
+    EXPECT_TRUE(View()->horizontalScrollBar()->isVisible());
+    EXPECT_LE(RowOf(child).bottom(), View()->viewport()->height());
+}
+
 TEST_F(TreeTest, ArrowsAndSignsMoveAndUnfold) {
     HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
     HTREEITEM a1 = Insert(a, TVI_LAST, u"child");
@@ -454,7 +469,7 @@ TEST_F(TreeTest, ItemsAndTheTreeItselfMayGoInsideANotification) {
     // In a loop of its own meanwhile, as an editor has it.
     react_ = [&](UINT) {
         DestroyWindow(tree_);
-        layer::PumpMessages();
+        RunLoop();
     };
     const std::size_t before = told_.size();
     QTest::mouseClick(View()->viewport(), Qt::LeftButton, {}, LabelOf(c));

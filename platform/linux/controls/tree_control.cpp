@@ -177,6 +177,7 @@ LRESULT TreeControl::SetImageList(HIMAGELIST list) {
 // Whatever the owner answers, a tap on a label selects: a dialog's answer says only that it has looked at the
 // notification. The owner may have deleted the item, or the tree.
 void TreeControl::OnTap(const QPoint& position) {
+    const WindowPtr keep = shared_from_this();
     const TreeHit hit = tree_->HitTest(tree_->viewport()->mapFromGlobal(position));
     HTREEITEM handle = hit.Item != nullptr ? hit.Item->Handle() : nullptr;
     SetMessagePosition(position);
@@ -190,6 +191,7 @@ void TreeControl::OnTap(const QPoint& position) {
 }
 
 bool TreeControl::OnKey(WORD key) {
+    const WindowPtr keep = shared_from_this();
     NMTVKEYDOWN record{};
     record.wVKey = key;
     Notify(record.hdr, TVN_KEYDOWN);

@@ -130,6 +130,14 @@ void TreeWidget::updateGeometries() {
     QTreeWidget::updateGeometries();
 }
 
+// Unfolding what hides the item may bring in a scroll bar that takes its place.
+void TreeWidget::scrollTo(const QModelIndex& index, ScrollHint hint) {
+    QTreeWidget::scrollTo(index, hint);
+    executeDelayedItemsLayout();
+    updateGeometries();
+    QTreeWidget::scrollTo(index, hint);
+}
+
 bool TreeWidget::viewportEvent(QEvent* event) {
     if (event->type() == QEvent::ToolTip) {
         const auto* help = static_cast<QHelpEvent*>(event);

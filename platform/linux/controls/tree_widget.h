@@ -31,6 +31,7 @@ class TreeWidget : public QTreeWidget {
     TreeHit HitTest(const QPoint& position) const;
     // Shows a changed text or image.
     void ShowChange();
+    void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
 
   protected:
     void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
