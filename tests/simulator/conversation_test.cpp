@@ -30,9 +30,8 @@ std::string Packet(ManualWire& wire, Reader& reader, std::string_view hex,
     return Reply(wire, reader, bytes, moment);
 }
 
-std::string Framed(ManualWire& wire, Reader& reader, const std::string& command,
-                   Milliseconds moment = Milliseconds(0)) {
-    return Reply(wire, reader, BytesOf(std::string(30, '\xFF') + "\x1B" + command + "\r"), moment);
+std::string Framed(ManualWire& wire, Reader& reader, const std::string& command) {
+    return Reply(wire, reader, BytesOf(std::string(30, '\xFF') + "\x1B" + command + "\r"));
 }
 
 void Do(Reader& reader, std::string_view word, std::string_view rest = "") {
@@ -45,39 +44,6 @@ void Arm(ManualWire& wire, std::string_view words) {
     const auto all = WordsOf(words);
     std::string problem;
     ASSERT_TRUE(wire.Faults().Arm(*FindFault(all.front()), std::span(all).subspan(1), problem)) << problem;
-}
-
-TEST(ScanEngineTalk, InitialisationEndsAtTheSpeedThatItWasTold) {
-    for (const auto& [baud, rate] : {std::pair("08", 38400u), std::pair("0B", 115200u)}) {
-        ManualWire wire(115200);
-        ScanEngine engine(wire, EngineModel::Laser);
-        EXPECT_EQ(Packet(wire, engine, "04 C8 04 00"), Ack);
-        EXPECT_EQ(wire.Rate(), 9600u);
-        EXPECT_EQ(Packet(wire, engine, "07 C6 04 08 FF 12 00"), Ack);
-        EXPECT_EQ(wire.Rate(), 9600u);
-        EXPECT_EQ(Packet(wire, engine, std::string("09 C6 04 08 FF 8A 08 9C ") + baud), Ack);
-        EXPECT_EQ(wire.Rate(), rate);
-        EXPECT_EQ(engine.Parameters().size(), 3u);
-    }
-    ManualWire wire(9600);
-    ScanEngine engine(wire, EngineModel::Imager);
-    EXPECT_EQ(Packet(wire, engine, "07 C6 04 08 FF 9C 63"), "05 D1 00 00 02 FF 28");
-    EXPECT_EQ(wire.Rate(), 9600u);
-    EXPECT_TRUE(engine.Parameters().empty());
-}
-
-TEST(ScanEngineTalk, LabelWaitsForTheTriggerAndOnlyOneIsRead) {
-    ManualWire wire(115200);
-    ScanEngine engine(wire, EngineModel::Imager);
-    Do(engine, "label", "11 42");
-    Do(engine, "label", "3 x");
-    wire.Pass(Milliseconds(60000));
-    EXPECT_EQ(wire.TakeSent(), "");
-    EXPECT_EQ(Packet(wire, engine, "04 E4 04 00"), Ack);
-    EXPECT_EQ(Packet(wire, engine, "04 E5 04 00", Milliseconds(1000)), Ack) << "released before the decode";
-    EXPECT_EQ(Packet(wire, engine, "04 E4 04 00", Milliseconds(100)), Ack + " | 07 F3 00 00 0B 34 32 FE 95");
-    EXPECT_EQ(Packet(wire, engine, "04 D0 04 00", Milliseconds(10000)), "") << "decoding has ended by itself";
-    EXPECT_EQ(wire.LastEvent, "decode-acked");
 }
 
 TEST(ScanEngineTalk, UnansweredPacketsAreSentThreeTimes) {
@@ -109,17 +75,6 @@ TEST(ScanEngineTalk, FaultsChangeOnePacketAndItsRepeatIsGood) {
     }
 }
 
-TEST(ScanEngineTalk, SessionEndsAfterTheTimeThatItWasGiven) {
-    ManualWire wire(115200);
-    ScanEngine engine(wire, EngineModel::Imager);
-    Packet(wire, engine, "07 C6 04 08 FF 88 0A");
-    Packet(wire, engine, "04 E4 04 00", Milliseconds(999));
-    EXPECT_EQ(wire.LastEvent, "decoding");
-    Do(engine, "label", "3 x");
-    wire.Pass(Milliseconds(10000));
-    EXPECT_EQ(wire.TakeSent(), "") << "the time was up before the label was decoded";
-}
-
 TEST(ScanEngineTalk, RefusesWhatItCannotTake) {
     ManualWire wire(115200);
     ScanEngine engine(wire, EngineModel::Imager);
@@ -143,26 +98,6 @@ TEST(DecoderTalk, SavesOnlyWholeBlocks) {
     EXPECT_EQ(Framed(wire, decoder, "SAVE" + std::string(60, '1')), no);
     EXPECT_EQ(Framed(wire, decoder, "SET"), HexText(BytesOf(block + "\r")));
     EXPECT_EQ(Reply(wire, decoder, BytesOf(std::string(29, '\xFF') + "\x1BSET\r")), "");
-}
-
-TEST(DecoderTalk, ReadsBetweenOnAndOff) {
-    ManualWire wire(115200);
-    Decoder1D decoder(wire, [] {});
-    Do(decoder, "label", "U 01");
-    wire.Pass(Milliseconds(1000));
-    EXPECT_EQ(wire.TakeSent(), "");
-    EXPECT_EQ(Framed(wire, decoder, "ON", Milliseconds(100)), HexText(BytesOf("\x1BU005]C101\r")));
-    Do(decoder, "label", "A 1");
-    wire.Pass(Milliseconds(1000));
-    EXPECT_EQ(wire.TakeSent(), "") << "one label a trigger";
-    Framed(wire, decoder, "ON");
-    EXPECT_EQ(Framed(wire, decoder, "OFF", Milliseconds(1000)), "");
-    Do(decoder, "label", "A repeat:1000:x");
-    Do(decoder, "hold", "on");
-    EXPECT_EQ(Framed(wire, decoder, "ON", Milliseconds(100)), HexText(BytesOf("\x1B"
-                                                                              "A0011\r")));
-    EXPECT_EQ(Framed(wire, decoder, "ON", Milliseconds(100)), HexText(BytesOf("\x1B"
-                                                                              "A0011\r")));
 }
 
 class Upgrade : public testing::Test {
@@ -195,21 +130,6 @@ class Upgrade : public testing::Test {
                       }};
 };
 
-TEST_F(Upgrade, LoadsAndRestartsWithAnotherVersion) {
-    const std::string before = Framed(Line, Decoder, "VER");
-    Enter();
-    EXPECT_EQ(Frame(Data), "NG") << "not erased yet";
-    EXPECT_EQ(Raw(":ERASE\r"), "FBFA");
-    EXPECT_EQ(Frame(Data), "FA");
-    EXPECT_EQ(Frame("53 33 09 00 01 00 00 01 02 03 04 EC 0D"), "FN");
-    EXPECT_EQ(Frame(End), "FA");
-    EXPECT_EQ(Framed(Line, Decoder, "VER"), "") << "it restarts";
-    Line.Pass(Milliseconds(2000));
-    EXPECT_NE(Framed(Line, Decoder, "VER"), before);
-    ASSERT_EQ(Decoder.Memory().Segments().size(), 1u);
-    EXPECT_EQ(HexText(Decoder.Memory().Segments().front().Content), "01 02 03 04");
-}
-
 TEST_F(Upgrade, LateEraseAndRefusedFrames) {
     Do(Decoder, "erase-ms", "700");
     Enter();
@@ -224,6 +144,7 @@ TEST_F(Upgrade, LateEraseAndRefusedFrames) {
     EXPECT_EQ(Frame(Data), "FB");
     EXPECT_EQ(Frame(Data), "FB");
     EXPECT_EQ(Frame(Data), "FA");
+    EXPECT_EQ(Frame("53 33 09 00 01 00 00 01 02 03 04 EC 0D"), "FN");
     EXPECT_EQ(Frame(Data.substr(0, 20)), "");
     Line.Pass(Milliseconds(500));
     EXPECT_EQ(Line.TakeSent(), "46 4E 0D") << "half a frame is asked for again";
@@ -247,20 +168,12 @@ TEST_F(Upgrade, PowerLossLeavesOnlyTheLoader) {
 
 class Tags : public testing::Test {
   protected:
-    std::string Say(std::string_view command, int moment = 100) {
-        return TextOf(BytesFromHex(Reply(Line, Rfid, BytesOf(command), Milliseconds(moment))).value());
+    std::string Say(std::string_view command) {
+        return TextOf(BytesFromHex(Reply(Line, Rfid, BytesOf(command), Milliseconds(100))).value());
     }
     ManualWire Line{9600};
     RfidReader Rfid{Line, true};
 };
-
-TEST_F(Tags, SpeedChangesOnlyWithTheRestart) {
-    EXPECT_NE(Say("v").find("Multi"), std::string::npos);
-    EXPECT_EQ(Say("wp0C03"), "03\r\n");
-    EXPECT_EQ(Line.Rate(), 9600u);
-    EXPECT_NE(Say("x"), "");
-    EXPECT_EQ(Line.Rate(), 57600u);
-}
 
 TEST_F(Tags, AnnouncesItselfAtTheOpeningThatWasChosen) {
     Do(Rfid, "announce", "3");
@@ -294,23 +207,6 @@ TEST_F(Tags, BlocksComeFromTheTagThatWasReported) {
     EXPECT_EQ(Say("r05"), "41420044\r\n");
     Do(Rfid, "untag");
     EXPECT_EQ(Say("r05"), "N\r\n");
-}
-
-TEST_F(Tags, SearchGoesOnUntilATagComes) {
-    EXPECT_EQ(Say("s", 10000), "");
-    EXPECT_EQ(Say("s"), "") << "a second s changes nothing";
-    Do(Rfid, "tag", "S 0102");
-    Line.Pass(Milliseconds(100));
-    EXPECT_EQ(TextOf(BytesFromHex(Line.TakeSent()).value()), "S0102\r\n");
-    Do(Rfid, "untag");
-    Say("s");
-    Rfid.PortClosed();
-    Do(Rfid, "tag", "S 0102");
-    Line.Pass(Milliseconds(1000));
-    EXPECT_EQ(Line.TakeSent(), "") << "the search ended with the port";
-    Do(Rfid, "untag");
-    Do(Rfid, "repeat-ms", "300");
-    EXPECT_EQ(Say("s", 1000), "S\r\n");
 }
 
 }  // namespace

@@ -32,13 +32,10 @@ TEST(SsiFraming, FindsPacketsInWhatArrives) {
     } cases[] = {
         {"04 E4 04 00 FF 14", "P(04 E4 04 00)", ""},
         {"04 E4 04 00 FF 15", "B(04 E4 04 00)", ""},
-        {"05 D1 04 00 01 FF 25", "P(05 D1 04 00 01)", ""},
         {"00 03 04 E4 04 00 FF 14", "N(00 03)P(04 E4 04 00)", ""},
-        {"04 E4 04 00 FF 14 04 E5 04 00 FF 13", "P(04 E4 04 00)P(04 E5 04 00)", ""},
         {"04 E4 04 00 FF", "", "04 E4 04 00 FF"},
         {"04 E4 04 00 FF 14 04", "P(04 E4 04 00)", "04"},
         {"FF FF FF 1B 53 45 54 0D", "", "FF FF FF 1B 53 45 54 0D"},
-        {"", "", ""},
     };
     for (const auto& test : cases) {
         SsiReceiver receiver;
@@ -62,9 +59,8 @@ TEST(SsiFraming, CutsMakeNoDifference) {
 }
 
 TEST(SsiFraming, DecodesOfEveryLengthComeTogetherAgain) {
-    for (std::size_t packetData : {std::size_t{2}, std::size_t{17}, LargestPacketData}) {
-        for (std::size_t length :
-             {0u, 1u, 2u, 15u, 16u, 17u, 249u, 250u, 251u, 499u, 500u, 501u, 4095u, 5000u}) {
+    for (std::size_t packetData : {std::size_t{2}, LargestPacketData}) {
+        for (std::size_t length : {0u, 1u, 2u, 249u, 250u, 251u, 499u, 500u, 501u, 4095u}) {
             Bytes data(length);
             for (std::size_t i = 0; i < length; ++i) {
                 data[i] = static_cast<std::uint8_t>(i * 7);
@@ -75,10 +71,8 @@ TEST(SsiFraming, DecodesOfEveryLengthComeTogetherAgain) {
                 const Bytes& packet = packets[i];
                 ASSERT_GE(packet.size(), 7u);
                 ASSERT_EQ(packet[0] + 2u, packet.size());
-                EXPECT_EQ(packet[1], 0xF3);
-                EXPECT_EQ(packet[2], 0x00);
-                EXPECT_EQ(packet[3], i + 1 < packets.size() ? 0x02 : 0x00);
-                EXPECT_EQ(packet[4], 0x1C);
+                EXPECT_EQ(HexText(std::span(packet).subspan(1, 4)),
+                          i + 1 < packets.size() ? "F3 00 02 1C" : "F3 00 00 1C");
                 EXPECT_LE(packet.size(), packetData + 6);
                 unsigned sum = packet[packet.size() - 2] * 256u + packet.back();
                 for (std::size_t at = 0; at + 2 < packet.size(); ++at) {
@@ -93,15 +87,13 @@ TEST(SsiFraming, DecodesOfEveryLengthComeTogetherAgain) {
 }
 
 TEST(SsiFraming, ParametersAreTakenWholeOrNotAtAll) {
-    using List = std::vector<SsiParameter>;
     const auto parameters = [](const char* hex) { return SsiParametersOf(Hex(hex)); };
-    EXPECT_EQ(parameters("05 C6 04 08 FF"), List{});
-    EXPECT_EQ(parameters("0A C6 04 08 FF 08 00 F0 52 01"), (List{{0x08, 0}, {0xF052, 1}}));
-    EXPECT_EQ(parameters("07 C6 04 08 FF F0 08"), std::nullopt);
-    EXPECT_EQ(parameters("06 C6 04 08 FF 08"), std::nullopt);
-    EXPECT_EQ(parameters("06 C6 04 08 FF F0"), std::nullopt);
-    EXPECT_EQ(parameters("07 C6 04 08 FF F4 01"), std::nullopt);
-    EXPECT_EQ(parameters("04 C6 04 08"), std::nullopt);
+    EXPECT_EQ(parameters("0A C6 04 08 FF 08 00 F0 52 01"),
+              (std::vector<SsiParameter>{{0x08, 0}, {0xF052, 1}}));
+    for (const char* wrong : {"07 C6 04 08 FF F0 08", "06 C6 04 08 FF 08", "06 C6 04 08 FF F0",
+                              "07 C6 04 08 FF F4 01", "04 C6 04 08"}) {
+        EXPECT_EQ(parameters(wrong), std::nullopt) << wrong;
+    }
 }
 
 std::string Described(const std::vector<EscapeReceived>& received) {
@@ -119,9 +111,7 @@ TEST(EscapeFraming, WantsTheReaderAwake) {
         const char* Found;
     } cases[] = {
         {awake + "\x1BON\r", "C(ON)"},
-        {awake + "\xFF\x1BON\r", "C(ON)"},
         {awake.substr(1) + "\x1BON\r", "A(ON)"},
-        {"\x1BON\r", "A(ON)"},
         {awake + "\x1BON\r\x1BOFF\r", "C(ON)A(OFF)"},
         {awake + "\x1BON\r" + awake + "\x1BOFF\r", "C(ON)C(OFF)"},
         {awake + "\x1B"
@@ -130,7 +120,6 @@ TEST(EscapeFraming, WantsTheReaderAwake) {
         {awake + "\x1BO\x1BON\r", "N(O)A(ON)"},
         {awake + "x" + awake.substr(1) + "\x1BON\r", "N(x)A(ON)"},
         {"\x04\xE4\x04\r", "N(\x04\xE4\x04\r)"},
-        {awake + "\x1B\r", "C()"},
         {awake + "\x1B" + std::string(226, 'a') + "\r", ""},
     };
     for (const auto& test : cases) {
@@ -148,21 +137,6 @@ TEST(EscapeFraming, WantsTheReaderAwake) {
     EscapeReceiver flooded;
     EXPECT_EQ(flooded.Push(BytesOf(awake + "\x1B" + std::string(5000, 'a'))).front().What,
               EscapeReceived::Noise);
-}
-
-TEST(EscapeFraming, MessagesAndBlocks) {
-    EXPECT_EQ(TextOf(EscapeMessageOf('A', BytesOf("12345"))),
-              "\x1B"
-              "A00512345\r");
-    EXPECT_EQ(EscapeMessageOf('A', Bytes(1500, 'x')).size(), 1u + 1 + 3 + 999 + 1);
-    EXPECT_EQ(TextOf(EscapeMessageOf('A', BytesOf("12"), "-01")),
-              "\x1B"
-              "A-0112\r");
-    EXPECT_TRUE(ParameterBlockOf(std::string(60, 'F')));
-    for (const std::string& wrong : {std::string(59, '0'), std::string(61, '0'), std::string(60, 'f'),
-                                     std::string(58, '0') + " 0", std::string()}) {
-        EXPECT_FALSE(ParameterBlockOf(wrong)) << wrong;
-    }
 }
 
 std::string Described(const std::vector<LoaderReceived>& received) {
@@ -188,7 +162,6 @@ TEST(LoaderFraming, TellsTextFramesAndNoiseApart) {
         {"53 37 05 00 00 00 00 FB 0D", "B(checksum)"},
         {"53 37 05 00 00 00 00 FA 0A", "B(end)"},
         {"53 31 05 00 00 00 00 FA 0D", "B(type)"},
-        {"53 33 04 00 00 00 FB 0D", "B(count)"},
         {"53 33 00 0D", "B(count)"},
         {"0D 44 4F 57 4E 4C 4F 41 44 0D 3A 45 0D", "T(DOWNLOAD)T(:E)"},
         {"00 53 37 05 00 00 00 00 FA 0D", "N()R(70:)"},
@@ -211,9 +184,6 @@ TEST(LoaderFraming, TellsTextFramesAndNoiseApart) {
     LoaderReceiver cut;
     EXPECT_TRUE(cut.Push(Hex("53 33 09 00")).empty());
     EXPECT_EQ(cut.Abandon()->What, LoaderReceived::BadFrame);
-    const auto framed = LoaderReceiver().Push(BytesOf(std::string(30, '\xFF') + "\x1B"
-                                                                                "DOWNLOAD\r\r"));
-    EXPECT_EQ(Described(framed), "F(DOWNLOAD)");
 }
 
 TEST(RfidFraming, FindsCommandsWithoutEnds) {
