@@ -6,15 +6,10 @@
 
 namespace {
 
-TEST(EscapeFrame, WakesFramesAndEndsTheCommand) {
-    EscFrame frame;
-    const auto command = TextBytes("ON");
-    const std::size_t size = BuildEscapeFrame(command, frame);
-    EXPECT_EQ(std::string(60, 'F') + "1B4F4E0D", Hex({frame.data(), size}));
-}
-
 TEST(EscapeFrame, TakesTheLongestCommandAndRefusesALongerOne) {
     EscFrame frame;
+    const std::size_t size = BuildEscapeFrame(TextBytes("ON"), frame);
+    EXPECT_EQ(std::string(60, 'F') + "1B4F4E0D", Hex({frame.data(), size}));
     const std::vector<BYTE> longest(226, 'x');
     EXPECT_EQ(258u, BuildEscapeFrame(longest, frame));
     EXPECT_EQ(0x0D, frame[257]);
@@ -28,8 +23,6 @@ TEST(SsiPacket, SealsWithTheNegatedSum) {
         const char* Frame;
     } cases[] = {
         {"04 E4 04 00", "04E40400FF14"},
-        {"04 A3 04 00", "04A30400FF55"},
-        {"04 D0 00 00", "04D00000FF2C"},
         {"05 D1 04 00 01", "05D1040001FF25"},
         {"07 C6 04 08 FF 08 00", "07C60408FF0800FE20"},
         // Only as much as the length byte says is sent.
@@ -52,18 +45,15 @@ TEST(SsiPacket, RefusesALengthThatCannotBeRight) {
     EXPECT_EQ("01FF", Hex({frame.data() + 255, 2}));
 }
 
-struct Finding {
-    const char* Read;
-    SsiFinding Expected;
-    std::size_t Size;
-};
-
 TEST(SsiPacket, FindsWhatAReadBeginsWith) {
-    const Finding cases[] = {
+    const struct {
+        const char* Read;
+        SsiFinding Expected;
+        std::size_t Size;
+    } cases[] = {
         {"06 F3 00 00 01 41 FE C5", SsiFinding::Decode, 8},
         {"06 F3 00 02 01 41 FE C3 06 F3", SsiFinding::Decode, 8},
         {"06 F3 00 00 01 41 FE C4", SsiFinding::Corrupt, 8},
-        {"06 F3 00 00 01 40 FE C5 99", SsiFinding::Corrupt, 8},
         {"03 F3 00 00 01 41 FE C5", SsiFinding::Corrupt, 8},
         {"00 F3", SsiFinding::Corrupt, 2},
         {"06 F3 00 00 01 41 FE", SsiFinding::Incomplete, 7},
@@ -76,7 +66,7 @@ TEST(SsiPacket, FindsWhatAReadBeginsWith) {
         {"04 D0 00 00 FF 2D 06 F3", SsiFinding::Noise, 8},
         {"02 D0 00 00 FF 2C", SsiFinding::Noise, 6},
     };
-    for (const Finding& c : cases) {
+    for (const auto& c : cases) {
         const auto read = Bytes(c.Read);
         const SsiPiece piece = NextSsiPacket(read);
         EXPECT_EQ(c.Expected, piece.Finding) << c.Read;

@@ -64,13 +64,11 @@ TEST_F(ParameterPackets, HoldOnlyWhatChanged) {
     } cases[] = {
         {nullptr, 0, "05C60408FF", "05C60408FF"},
         {&EnableCode128, '1', "07C60408FF0801", "05C60408FF"},
-        {&EnableRss14, '1', "05C60408FF", "08C60408FFF05201"},
         {&SupplementaryRedundancy, 10, "07C60408FF500A", "05C60408FF"},
         {&general::DecodingAimingPattern, '1', "05C60408FF", "08C60408FFF03202"},
         {&TransmitDecodeMode, '1', "05C60408FF", "07C60408FFBC01"},
         {&TransmitDecodeMode, '2', "05C60408FF", "07C60408FFBC04"},
         {&EscapeCharacters, '1', "05C60408FF", "07C60408FFE902"},
-        {&general::ImagerDecodeTimeout, 99, "05C60408FF", "07C60408FF8863"},
         // Any of its three fields sends a symbology's lengths, whole.
         {&Code39LengthMode, '3', "09C60408FF12301330", "05C60408FF"},
         {&Code11Length2, 7, "09C60408FF1C001D00", "05C60408FF"},
@@ -112,22 +110,6 @@ TEST(LengthParameters, FollowTheMode) {
         EXPECT_EQ(c.First, values[0]) << c.Mode;
         EXPECT_EQ(c.Second, values[1]) << c.Mode;
     }
-}
-
-TEST(LengthParameters, ReadTheWordsOfThePage) {
-    // The two pages keep a symbology at different words: '3' and two lengths for each.
-    DeviceFlags = DeviceImager;
-    FillSettings([](WORD) { return WORD{'0'}; }, [](WORD) { return WORD{'0'}; });
-    SymbologySettings[131] = '3';
-    SymbologySettings[132] = 0x102;
-    SymbologySettings[133] = 9;
-    std::array<BYTE, 4> entry;
-    LengthParameters(ReaderType::LongRangeLaser, LengthSymbology::Msi, entry);
-    EXPECT_EQ("1E021F09", Hex(entry));
-    LengthParameters(ReaderType::Imager2D, LengthSymbology::Codabar, entry);
-    EXPECT_EQ("18021909", Hex(entry));
-    LengthParameters(ReaderType::Imager2D, LengthSymbology::Msi, entry);
-    EXPECT_EQ("1E001F00", Hex(entry));
 }
 
 }  // namespace
