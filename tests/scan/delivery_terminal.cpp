@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
 #include <set>
 #include <thread>
 
 #include "app/shell_state.h"
 #include "platform/linux/keyboard_backend.h"
 #include "platform/linux/start_windows.h"
-#include "platform/linux/terminal.h"
 #include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/message_queue.h"
@@ -20,8 +20,6 @@
 namespace {
 
 constexpr DWORD RecordSize = 4232;
-
-constexpr const char* TriggerMessages[] = {"WM_USER1DOWN", "WM_USER1UP", "WM_USER2DOWN", "WM_USER2UP"};
 
 DeliveryTerminal* Current = nullptr;
 
@@ -61,12 +59,6 @@ LRESULT CALLBACK LoggingProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
         KillTimer(window, wParam);
         Current->Messages.push_back("timer " + std::to_string(wParam));
         return 0;
-    }
-    for (const char* name : TriggerMessages) {
-        if (message == RegisterWindowMessageW(layer::FromUtf8(name).c_str())) {
-            Current->Messages.push_back(name);
-            return 0;
-        }
     }
     return DefWindowProcW(window, message, wParam, lParam);
 }
@@ -133,9 +125,6 @@ DeliveryTerminal::DeliveryTerminal(WORD devices, layer::Clock* clock) : Keys(new
     layer::InstallClock(clock);
     layer::InstallKeyboard(std::make_unique<LoggedKeyboard>(*Keys));
     ResetSettings(devices);
-    for (const char* name : TriggerMessages) {
-        RegisterWindowMessageW(layer::FromUtf8(name).c_str());
-    }
     ShellState.MsgDecode = RegisterWindowMessageW(TEXT("WM_DECODE"));
     ShellState.DecodeEventHandle = CreateEventW(nullptr, FALSE, FALSE, TEXT("DecodeEvent"));
     ShellState.QueueWriter = QueueEnd(FALSE);
@@ -211,6 +200,14 @@ std::string DeliveryTerminal::TakeRecord() {
 
 bool DeliveryTerminal::TakeEvent() {
     return WaitForSingleObject(ShellState.DecodeEventHandle, 0) == WAIT_OBJECT_0;
+}
+
+ScanData BarcodeScan(char codeType, const std::string& data) {
+    ScanData scan{};
+    scan.codeType = static_cast<BYTE>(codeType);
+    scan.length = static_cast<DWORD>(data.size());
+    std::memcpy(scan.data, data.data(), data.size());
+    return scan;
 }
 
 std::string BarcodeRecord(char codeType, const std::string& data) {

@@ -9,6 +9,7 @@
 
 #include "platform/linux/clock.h"
 #include "platform/window.h"
+#include "scan/scan_data.h"
 #include "tests/support/temporary_terminal.h"
 
 struct KeyEvent {
@@ -51,7 +52,7 @@ class DeliveryTerminal {
     const std::string& Path() const { return terminal_.Folder(); }
 
     KeyLog* Keys;
-    // What the main window has been sent: "copydata", "decode 7", "timer 924", "WM_USER1DOWN".
+    // What the main window has been sent: "copydata", "decode 7", "timer 924".
     std::vector<std::string> Messages;
     std::string CopiedRecord;
     std::size_t KeysBeforeCopy = 0;
@@ -61,5 +62,6 @@ class DeliveryTerminal {
     HWND window_ = nullptr;
 };
 
+ScanData BarcodeScan(char codeType, const std::string& data);
 // The record bytes of a barcode scan.
 std::string BarcodeRecord(char codeType, const std::string& data);

