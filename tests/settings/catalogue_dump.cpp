@@ -2,16 +2,17 @@
 
 #include <cstdio>
 
+#include "platform/linux/resource_file.h"
+#include "platform/linux/terminal.h"
+#include "resources/embedded.h"
 #include "settings/catalogue.h"
 #include "settings/pages.h"
 
 namespace {
 
-using Strings = std::map<unsigned, std::string>;
-
-std::string Text(const Strings& strings, unsigned number) {
-    const auto found = strings.find(number);
-    return found == strings.end() ? "?" + std::to_string(number) : found->second;
+std::string Text(unsigned number) {
+    const auto text = resource::FindString(CompiledResources(), static_cast<std::uint16_t>(number));
+    return text ? layer::ToUtf8(*text) : "?" + std::to_string(number);
 }
 
 std::string Number(DWORD pageBase, DWORD itemId) {
@@ -29,19 +30,19 @@ std::string Limits(DWORD pageBase, DWORD itemId) {
            units[static_cast<int>(limits.Unit)] + ")";
 }
 
-std::string Choices(const Strings& strings, DWORD pageBase, DWORD itemId, WORD value) {
+std::string Choices(DWORD pageBase, DWORD itemId, WORD value) {
     const bool bits = FindSetting(pageBase, itemId)->Encoding == SettingEncoding::BitSet;
     std::string text;
     for (WORD i = 0; i < ItemChoiceCount(pageBase, itemId); ++i) {
         const bool chosen = bits ? (value - '0') >> i & 1 : value == '0' + i;
-        text += std::string(i ? " | " : "") + (chosen ? "*" : "") +
-                Text(strings, ItemChoiceBase(pageBase, itemId) + i);
+        text +=
+            std::string(i ? " | " : "") + (chosen ? "*" : "") + Text(ItemChoiceBase(pageBase, itemId) + i);
     }
     return "[" + text + "]";
 }
 
-std::string Line(const Strings& strings, DWORD pageBase, DWORD itemId) {
-    std::string line = Number(pageBase, itemId) + " " + Text(strings, ItemLabelId(pageBase, itemId));
+std::string Line(DWORD pageBase, DWORD itemId) {
+    std::string line = Number(pageBase, itemId) + " " + Text(ItemLabelId(pageBase, itemId));
     if (!FindSetting(pageBase, itemId))
         return line;  // a heading
     const bool byIndex = pageBase == Page1D;
@@ -53,9 +54,9 @@ std::string Line(const Strings& strings, DWORD pageBase, DWORD itemId) {
     const WORD word = static_cast<WORD>(value[0]);
     switch (ItemKind(byIndex ? position.Group : 0, item)) {
         case KindList:
-            return line + ": " + Choices(strings, pageBase, itemId, word);
+            return line + ": " + Choices(pageBase, itemId, word);
         case KindToggle:
-            return line + ": " + Text(strings, ToggleTextId(pageBase, item, word));
+            return line + ": " + Text(ToggleTextId(pageBase, item, word));
         case KindNumber:
             return line + ": " + std::to_string(word) + Limits(pageBase, itemId);
         case KindText: {
@@ -69,13 +70,13 @@ std::string Line(const Strings& strings, DWORD pageBase, DWORD itemId) {
     }
 }
 
-std::string DumpPage(const Strings& strings, DWORD pageBase) {
+std::string DumpPage(DWORD pageBase) {
     std::string text = "page " + std::to_string(pageBase) + "\n";
     for (const WORD root : PageList(pageBase)) {
-        text += "  " + Line(strings, pageBase, root) + "\n";
+        text += "  " + Line(pageBase, root) + "\n";
         for (const WORD child : GroupItems(pageBase, root)) {
             const DWORD itemId = pageBase == Page1D ? DWORD{root} + child : DWORD{child};
-            text += "    " + Line(strings, pageBase, itemId) + "\n";
+            text += "    " + Line(pageBase, itemId) + "\n";
         }
     }
     return text;
@@ -83,18 +84,18 @@ std::string DumpPage(const Strings& strings, DWORD pageBase) {
 
 }  // namespace
 
-std::string DumpPages(const Strings& strings) {
+std::string DumpPages() {
     std::string text;
     if (FittedReader() != ReaderType::None) {
         const DWORD bases[] = {0, Page1D, PageLaser, PageImager};
-        text += DumpPage(strings, bases[static_cast<int>(FittedReader())]);
+        text += DumpPage(bases[static_cast<int>(FittedReader())]);
     }
-    return text + DumpPage(strings, PageGeneral);
+    return text + DumpPage(PageGeneral);
 }
 
-std::string DumpHiddenItems(const Strings& strings) {
+std::string DumpHiddenItems() {
     std::string text;
     for (const Setting* setting : HiddenItems())
-        text += "  " + Line(strings, PageGeneral, setting->ItemId) + "\n";
+        text += "  " + Line(PageGeneral, setting->ItemId) + "\n";
     return text;
 }

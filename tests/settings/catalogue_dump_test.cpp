@@ -6,16 +6,13 @@
 #include "settings/catalogue.h"
 #include "settings/defaults.h"
 #include "tests/settings/record_fixture.h"
-#include "tests/settings/string_table.h"
 
 namespace {
 
-struct Terminal {
+constexpr struct {
     const char* Name;
     WORD Flags;
-};
-
-constexpr Terminal Terminals[] = {
+} Terminals[] = {
     {"1D reader", Device1D},           {"1D reader and RFID reader", Device1D | DeviceRfid},
     {"long-range laser", DeviceLaser}, {"long-range laser and RFID reader", DeviceLaser | DeviceRfid},
     {"2D imager", DeviceImager},       {"2D imager and RFID reader", DeviceImager | DeviceRfid},
@@ -23,17 +20,15 @@ constexpr Terminal Terminals[] = {
 };
 
 std::string DumpEverything() {
-    const auto strings = ReadStringTable(VANTREL_SOURCE_DIR "/resources/vantrel.rc",
-                                         VANTREL_SOURCE_DIR "/resources/resource.h");
     std::string text;
-    for (const Terminal& terminal : Terminals) {
+    for (const auto& terminal : Terminals) {
         ClearRecord();
         DeviceFlags = terminal.Flags;
         ResetSettings(ResetAllGroups);
         BuildPageLists();
-        text += "terminal with " + std::string(terminal.Name) + "\n" + DumpPages(strings);
+        text += "terminal with " + std::string(terminal.Name) + "\n" + DumpPages();
         if (terminal.Flags == DeviceImager)
-            text += "not shown\n" + DumpHiddenItems(strings);
+            text += "not shown\n" + DumpHiddenItems();
     }
     return text;
 }

@@ -17,7 +17,6 @@ TEST_F(FieldTest, TheFirstReaderBitPicksTheLayout) {
         WORD Interleaved25;
     } cases[] = {
         {0, ReaderType::None, 0},
-        {DeviceRfid, ReaderType::None, 0},
         {DeviceImager, ReaderType::Imager2D, 95},
         {DeviceLaser | DeviceImager | DeviceRfid, ReaderType::LongRangeLaser, 70},
         {DeviceBarcodeMask, ReaderType::Decoder1D, 0},
@@ -44,20 +43,6 @@ TEST_F(FieldTest, AFieldThatTheReaderLacksReadsZeroAndStaysUnwritten) {
         EXPECT_EQ(word, 7);
 }
 
-TEST_F(FieldTest, ChangesAreSeenAgainstTheSnapshot) {
-    DeviceFlags = DeviceImager;
-    SetValue(engine::EnableQrCode, '1');
-    SetValue(general::SameBarcodeTimeout, 6);
-    EXPECT_TRUE(Changed(engine::EnableQrCode));
-    EXPECT_EQ(GeneralSettings[113], 6);
-    TakeSnapshots();
-    EXPECT_FALSE(Changed(engine::EnableQrCode));
-    EXPECT_FALSE(Changed(general::SameBarcodeTimeout));
-    SetValue(general::SameBarcodeTimeout, 7);
-    EXPECT_TRUE(Changed(general::SameBarcodeTimeout));
-    EXPECT_EQ(ValueBefore(general::SameBarcodeTimeout), 6);
-}
-
 TEST_F(FieldTest, TextsFillTheirElevenWordsAndNoMore) {
     const WCHAR text[] = TEXT("ABCDEFGHIJKL");
     for (Relaxed<WORD>& word : GeneralSettings)
@@ -74,7 +59,6 @@ TEST_F(FieldTest, TextsFillTheirElevenWordsAndNoMore) {
     WCHAR small[4] = {1, 1, 1, 1};
     GetText(general::PrefixCode, std::span(small).first(3));
     EXPECT_EQ(std::u16string(small, 4), std::u16string(u"AB\0\1", 4));
-    GetText(general::PrefixCode, {});
 
     // Another thread may be writing: a text without an end is cut at ten characters.
     GeneralSettings[18] = 'x';
@@ -103,23 +87,6 @@ TEST_F(FieldTest, ATextReadWhileItIsWrittenIsEndedAndOfBothTexts) {
     }
     writer.join();
     EXPECT_TRUE(sound);
-}
-
-TEST_F(FieldTest, ParameterBytes) {
-    const struct {
-        const Setting& Field;
-        WORD Word;
-        BYTE Sent;
-    } cases[] = {
-        {engine::EnableCode128, '1', 1},          {engine::SupplementaryRedundancy, 10, 10},
-        {engine::Code39Length1, 0x137, 0x37},     {engine::TransmitDecodeMode, '1', 1},
-        {engine::TransmitDecodeMode, '2', 4},     {engine::EscapeCharacters, '0', 0},
-        {engine::EscapeCharacters, '1', 2},       {general::DecodingAimingPattern, '0', 0},
-        {general::DecodingAimingPattern, '1', 2}, {general::DecodingAimingPattern, '7', 0},
-        {general::ImagerDecodeTimeout, 99, 0x63},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(ParameterValue(c.Field, c.Word), c.Sent) << c.Field.ItemId << " " << c.Word;
 }
 
 }  // namespace
