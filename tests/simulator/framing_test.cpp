@@ -1,4 +1,4 @@
-// The three framings from the readers' side: known bytes, every way of cutting them, and bytes that are
+// The framings from the readers' side: known bytes, every way of cutting them, and bytes that are
 // wrong.
 
 #include <gmock/gmock.h>
@@ -6,7 +6,6 @@
 
 #include "simulator/escape_wire.h"
 #include "simulator/loader_wire.h"
-#include "simulator/rfid_wire.h"
 #include "simulator/ssi_wire.h"
 
 namespace readers {
@@ -184,25 +183,6 @@ TEST(LoaderFraming, TellsTextFramesAndNoiseApart) {
     LoaderReceiver cut;
     EXPECT_TRUE(cut.Push(Hex("53 33 09 00")).empty());
     EXPECT_EQ(cut.Abandon()->What, LoaderReceived::BadFrame);
-}
-
-TEST(RfidFraming, FindsCommandsWithoutEnds) {
-    const auto kinds = [](std::string_view text) {
-        std::string found;
-        for (const RfidReceived& command : RfidReceiver().Push(BytesOf(text))) {
-            found += "v.xsrw?"[command.What];
-            found += command.What >= RfidReceived::Register && command.What <= RfidReceived::Write
-                         ? HexText(Bytes{command.Number, command.Value}) + " "
-                         : "";
-        }
-        return found;
-    };
-    EXPECT_EQ(kinds("v.xs"), "v.xs");
-    EXPECT_EQ(kinds("wp0B80r1fs"), "w0B 80 r1F 00 s");
-    EXPECT_EQ(kinds("wq??s"), "?s");
-    EXPECT_EQ(kinds("rzzs"), "?s");
-    EXPECT_EQ(kinds("r0"), "");
-    EXPECT_EQ(kinds("\r\nv"), "?v");
 }
 
 }  // namespace

@@ -15,13 +15,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Notes what it hears, and when.
+// Notes what it hears.
 class Listener : public Reader {
   public:
-    void Receive(std::span<const std::uint8_t> bytes) override {
-        Heard += TextOf(bytes);
-        Last = Clock::now();
-    }
+    void Receive(std::span<const std::uint8_t> bytes) override { Heard += TextOf(bytes); }
     void PowerOff() override {}
     void PowerOn() override {}
     bool Command(std::string_view, std::string_view, std::string&) override { return false; }
@@ -29,7 +26,6 @@ class Listener : public Reader {
     std::vector<std::string> Parameters() const override { return {}; }
 
     std::string Heard;
-    Clock::time_point Last{};
 };
 
 fs::path FreshFolder() {
@@ -93,21 +89,6 @@ TEST_F(LineTest, BytesNeedTheirTime) {
         arrived += Arrived().size();
     }
     EXPECT_EQ(arrived, 192u);
-}
-
-TEST_F(LineTest, ReceiveTimeIsCountedOnlyWhenAsked) {
-    const std::string frame(96, 'f');
-    ASSERT_EQ(write(Port, frame.data(), frame.size()), 96);
-    Pass(40);
-    EXPECT_EQ(Ear.Heard, frame);
-    Wires.CountReceiveTime(true);
-    const auto start = Clock::now();
-    ASSERT_EQ(write(Port, "12345678901234567890123456789012345678901234567", 48), 48);
-    for (int wait = 0; Ear.Heard.size() == 96 && wait < 50; ++wait) {
-        Pass(10);
-    }
-    EXPECT_EQ(Ear.Heard.size(), 144u);
-    EXPECT_GE(Ear.Last - start, Milliseconds(50));
 }
 
 TEST_F(LineTest, NothingPassesBetweenDifferentSpeeds) {

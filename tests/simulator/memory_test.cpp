@@ -1,38 +1,12 @@
-// Tags, the flash memory, faults and typed data.
+// The flash memory and faults.
 
 #include <gtest/gtest.h>
 
 #include "simulator/faults.h"
 #include "simulator/memory_image.h"
-#include "simulator/tag.h"
 
 namespace readers {
 namespace {
-
-TEST(TagMemory, FirstAndLastBlockOfEachKind) {
-    const struct {
-        char Type;
-        const char* Uid;
-        std::uint32_t First, Last;
-        std::size_t Size;
-    } cases[] = {
-        {'I', "E007", 5, 15, 44},    {'M', "E002", 0, 254, 1020}, {'S', "E016", 4, 14, 22},
-        {'V', "E016AA", 0, 34, 140}, {'V', "E005", 3, 63, 488},   {'V', "E004", 0, 27, 112},
-        {'V', "E007", 0, 63, 256},   {'V', "E0", 0, 63, 256},
-    };
-    for (const auto& test : cases) {
-        const auto tag = MakeTag(test.Type, test.Uid, std::nullopt);
-        ASSERT_TRUE(tag);
-        EXPECT_EQ(tag->Memory.size(), test.Size) << test.Type << test.Uid;
-        EXPECT_TRUE(BlockText(*tag, test.First) && BlockText(*tag, test.Last));
-        EXPECT_FALSE(BlockText(*tag, test.Last + 1));
-        EXPECT_FALSE(test.First > 0 && BlockText(*tag, test.First - 1));
-        EXPECT_FALSE(MakeTag(test.Type, test.Uid, Bytes(test.Size + 1)));
-        EXPECT_TRUE(MakeTag(test.Type, test.Uid, Bytes(test.Size)));
-    }
-    EXPECT_FALSE(BlockText(*MakeTag('Q', "00", std::nullopt), 0));
-    EXPECT_EQ(BlockText(*MakeTag('S', "00", Bytes{0x01, 0xFE, 0x4A}), 5), "4A00");
-}
 
 TEST(FlashMemory, GapsPagesAndTheEndOfTheAddressSpace) {
     MemoryImage image;
@@ -83,17 +57,6 @@ TEST(FaultCounts, HappenAsOftenAsAsked) {
             happens += faults.Take(words.front()) ? 'x' : '-';
         }
         EXPECT_EQ(happens, test.Happens) << test.Words;
-    }
-}
-
-TEST(TypedData, FormsAndMistakes) {
-    EXPECT_EQ(BytesFromArgument("hex:04 e4"), (Bytes{0x04, 0xE4}));
-    EXPECT_EQ(BytesFromArgument("hex:"), Bytes{});
-    EXPECT_EQ(BytesFromArgument("repeat:5:ab"), BytesOf("ababa"));
-    EXPECT_EQ(BytesFromArgument("repeat:2: :"), BytesOf(" :"));
-    for (const char* wrong : {"hex:4", "hex:0 4", "hex:zz", "repeat:5", "repeat:5:", "repeat:-1:a",
-                              "repeat:1000001:a", "random:x", "random:3:y"}) {
-        EXPECT_EQ(BytesFromArgument(wrong), std::nullopt) << wrong;
     }
 }
 
