@@ -48,7 +48,6 @@ TEST_F(CatalogueTest, EachItemReadsAndWritesItsWord) {
         {Device1D, 50, 13961, false, 113},
         {DeviceLaser, 50, 13961, false, 112},
         {DeviceLaser, 50, 13960, false, 111},
-        {DeviceImager, 50, 13960, false, 112},
         // The laser's words count even behind another reader's bit.
         {Device1D | DeviceLaser, 50, 13960, false, 111},
         {DeviceRfid, 50, 14205, false, 147},

@@ -10,27 +10,6 @@ namespace {
 
 using FieldTest = RecordTest;
 
-TEST_F(FieldTest, TheFirstReaderBitPicksTheLayout) {
-    const struct {
-        WORD Flags;
-        ReaderType Type;
-        WORD Interleaved25;
-    } cases[] = {
-        {0, ReaderType::None, 0},
-        {DeviceImager, ReaderType::Imager2D, 95},
-        {DeviceLaser | DeviceImager | DeviceRfid, ReaderType::LongRangeLaser, 70},
-        {DeviceBarcodeMask, ReaderType::Decoder1D, 0},
-        {0xFFF8, ReaderType::None, 0},
-    };
-    for (std::size_t word = 0; word < SymbologyWords; ++word)
-        SymbologySettings[word] = static_cast<WORD>(word);
-    for (const auto& c : cases) {
-        DeviceFlags = c.Flags;
-        EXPECT_EQ(FittedReader(), c.Type) << c.Flags;
-        EXPECT_EQ(Value(engine::EnableInterleaved25), c.Interleaved25) << c.Flags;
-    }
-}
-
 TEST_F(FieldTest, AFieldThatTheReaderLacksReadsZeroAndStaysUnwritten) {
     DeviceFlags = DeviceLaser;
     for (Relaxed<WORD>& word : SymbologySettings)
