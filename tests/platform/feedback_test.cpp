@@ -80,15 +80,6 @@ TEST(Sound, TheNewestWishCountsAndNoCallerWaits) {
     EXPECT_EQ(notes.Lines, expected);
 }
 
-TEST(Sound, WithoutADeviceThereIsSilence) {
-    const TemporaryTerminal terminal;
-    layer::InstallSound(layer::MakeCanberraSound());
-    EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Default.wav"), nullptr, AsFile));
-    EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Missing.wav"), nullptr, AsFile));
-    EXPECT_TRUE(PlaySoundW(nullptr, nullptr, SND_NOWAIT));
-    layer::FinishSounds();
-}
-
 BOOL Vibrate(DWORD value) {
     return KernelIoControl(0x24321015, &value, sizeof value, nullptr, 0, nullptr);
 }
