@@ -38,6 +38,10 @@ struct Firmware {
     std::vector<Segment> Segments;
 };
 
+void PrintTo(const Firmware& firmware, std::ostream* out) {
+    *out << firmware.Name;
+}
+
 class FirmwareTransfer : public testing::Test {
   protected:
     FirmwareTransfer() {

@@ -302,6 +302,10 @@ struct Failure {
     const char* Text;
 };
 
+void PrintTo(const Failure& failure, std::ostream* out) {
+    *out << failure.Name;
+}
+
 class UpgradeFailures : public UpgradeByHand, public testing::WithParamInterface<std::vector<Failure>> {};
 
 // The decoder gets its power back after each failure and answers, whole or not, in its download mode.
