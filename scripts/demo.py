@@ -344,26 +344,26 @@ def save_picture(terminal, file):
     """The screen as a PNG file, from the dump of the X server."""
     dump = subprocess.run(["xwd", "-root", "-silent"], env=terminal.environment, capture_output=True, check=True).stdout
     header = struct.unpack(">25I", dump[:100])
-    size, width, height, order, bits, stride, colours = (header[i] for i in (0, 4, 5, 7, 11, 12, 19))
-    if bits != 32:
-        raise Failure("the screen has not 32 bits a pixel")
-    pixels = dump[size + 12 * colours:]
-    blue = 0 if order == 0 else 3
-    step = 1 if order == 0 else -1
+    size, width, height, big_endian, bits, stride, colours = (header[i] for i in (0, 4, 5, 7, 11, 12, 19))
+    pixel = bits // 8
+    if pixel not in (3, 4):
+        raise Failure("a screen with so few colours cannot be saved")
+    image = dump[size + 12 * colours:]
+    places = (pixel - 3, pixel - 2, pixel - 1) if big_endian else (2, 1, 0)
     rows = bytearray()
     for y in range(height):
-        row = pixels[y * stride: y * stride + 4 * width]
+        row = image[y * stride: y * stride + pixel * width]
         line = bytearray(3 * width)
-        for channel in range(3):
-            line[channel::3] = row[blue + step * (2 - channel)::4]
+        for colour, place in enumerate(places):
+            line[colour::3] = row[place::pixel]
         rows += b"\0" + line
 
     def chunk(kind, data):
         return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
 
-    image = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">2I5B", width, height, 8, 2, 0, 0, 0))
+    picture = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">2I5B", width, height, 8, 2, 0, 0, 0))
              + chunk(b"IDAT", zlib.compress(bytes(rows))) + chunk(b"IEND", b""))
-    pathlib.Path(file).write_bytes(image)
+    pathlib.Path(file).write_bytes(picture)
     print(f"  {file}: {width} x {height}")
 
 

@@ -16,11 +16,17 @@ namespace {
 constexpr int ButtonRow = 50;  // pixels; its looks depend on the focus
 constexpr std::chrono::milliseconds Step{50};
 
-// The text's part of a box, once it is painted and changes no more.
-Picture TextOf(TestScreen& screen, const ScreenWindow& box) {
+// The text's part of a box, once it is in its place, painted, and changes no more.
+Picture TextOf(TestScreen& screen, unsigned long box) {
     Picture last;
     for (int tries = 0; tries < 100; ++tries) {
-        Picture now = screen.Capture(box.X, box.Y, box.Width, std::max(box.Height - ButtonRow, 1));
+        Picture now;
+        for (const ScreenWindow& window : screen.Windows()) {
+            if (window.Id == box) {
+                now =
+                    screen.Capture(window.X, window.Y, window.Width, std::max(window.Height - ButtonRow, 1));
+            }
+        }
         const bool blank = std::all_of(now.Pixels.begin(), now.Pixels.end(),
                                        [&](unsigned pixel) { return pixel == now.Pixels.front(); });
         if (!blank && now == last) {
@@ -38,7 +44,7 @@ Picture ModelOf(TestScreen& screen, const ScreenWindow& box, const std::string& 
     for (int tries = 0; tries < 200; ++tries) {
         for (const ScreenWindow& window : screen.Windows()) {
             if (window.Title == ErrorBoxTitle && window.Id != box.Id) {
-                return TextOf(screen, window);
+                return TextOf(screen, window.Id);
             }
         }
         std::this_thread::sleep_for(Step);
@@ -62,7 +68,7 @@ bool ErrorBoxSays(TestScreen& screen, const std::string& text) {
     }
     // On a busy machine a box may show for a while what was there before it: then a second look helps.
     for (int looks = 0; looks < 3; ++looks) {
-        const Picture shown = TextOf(screen, *box);
+        const Picture shown = TextOf(screen, box->Id);
         if (!shown.Pixels.empty() && ModelOf(screen, *box, text) == shown) {
             return true;
         }
