@@ -132,6 +132,7 @@ TEST_F(Delivery, ConsumersStayThroughRestarts) {
     messages->Signal(SIGTERM);
     EXPECT_TRUE(event->Wait());
     EXPECT_TRUE(messages->Wait());
+    ExpectNothingLeft();
 }
 
 // A trigger that comes while keys are still being taken in does nothing; the next one reads. Either key
