@@ -155,6 +155,7 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
             if (ShellState.Applying) {
                 Waiting.OpenSettings = true;
             } else {
+                Waiting.OpenSettings = false;
                 OpenSettings(window);
             }
             return 0;
