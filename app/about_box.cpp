@@ -1,7 +1,7 @@
 #include "app/about_box.h"
 
-#include "app/shell_state.h"
 #include "resources/resource.h"
+#include "shell/shell_state.h"
 
 void ShowAboutBox() {
     if (HWND open = ShellState.AboutDialog) {

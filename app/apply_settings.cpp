@@ -1,13 +1,13 @@
 #include "app/apply_settings.h"
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "link/barcode_receiver.h"
 #include "link/parameter_download.h"
 #include "link/serial_ports.h"
 #include "link/settings_download.h"
 #include "settings/catalogue.h"
 #include "settings/record.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "app/init_thread.h"
 #include "app/main_window.h"
-#include "app/shell_state.h"
 #include "link/message_handlers.h"
 #include "platform/controls.h"
 #include "platform/shell.h"
@@ -10,6 +9,7 @@
 #include "scan/read_feedback.h"
 #include "scan/rfid_data.h"
 #include "settings/catalogue.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "app/init_thread.h"
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "link/barcode_receiver.h"
 #include "link/detection.h"
 #include "link/reader_setup.h"
@@ -13,6 +11,8 @@
 #include "settings/general_fields.h"
 #include "settings/record.h"
 #include "settings/settings_file.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

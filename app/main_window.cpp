@@ -2,16 +2,16 @@
 
 #include "app/about_box.h"
 #include "app/apply_settings.h"
-#include "app/error_messages.h"
 #include "app/settings_window.h"
 #include "app/shell_cleanup.h"
-#include "app/shell_state.h"
 #include "app/tray_menu.h"
 #include "app/trigger.h"
 #include "link/barcode_receiver.h"
 #include "link/read_control.h"
 #include "platform/shell.h"
 #include "resources/resource.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 void ReportError(DWORD code) {
     SendMessageW(ShellState.MainWindow, WM_SHOWERROR, code, 0);

@@ -1,11 +1,11 @@
 #include "app/settings_window.h"
 
 #include "app/apply_settings.h"
-#include "app/error_messages.h"
 #include "app/main_window.h"
-#include "app/shell_state.h"
 #include "link/read_control.h"
 #include "settings/settings_file.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 #include "ui/settings_sheet.h"
 
 namespace {

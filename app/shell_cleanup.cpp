@@ -1,10 +1,10 @@
 #include "app/shell_cleanup.h"
 
-#include "app/shell_state.h"
 #include "app/tray_menu.h"
 #include "link/serial_ports.h"
 #include "platform/message_queue.h"
 #include "platform/serial.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "app/tray_menu.h"
 
-#include "app/shell_state.h"
 #include "resources/resource.h"
 #include "settings/field.h"
 #include "settings/general_fields.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "app/trigger.h"
 
-#include "app/error_messages.h"
 #include "app/main_window.h"
-#include "app/shell_state.h"
 #include "link/barcode_receiver.h"
 #include "link/read_control.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -9,14 +9,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "firmware/decoder.h"
 #include "firmware/firmware_frame.h"
 #include "firmware/transfer.h"
 #include "link/serial_ports.h"
-#include "platform/linux/start_windows.h"
+#include "platform/linux/windows/start_windows.h"
 #include "settings/record.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 #include "tests/firmware/firmware_text.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"

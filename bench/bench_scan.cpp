@@ -7,9 +7,8 @@
 #include <filesystem>
 #include <memory>
 
-#include "app/shell_state.h"
-#include "platform/linux/keyboard_backend.h"
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
+#include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/message_queue.h"
 #include "scan/barcode_data.h"
 #include "scan/composition.h"
@@ -17,6 +16,7 @@
 #include "scan/delivery.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 
 namespace {
 

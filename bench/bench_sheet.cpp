@@ -8,13 +8,13 @@
 #include <QTabBar>
 #include <cstdlib>
 
-#include "app/shell_state.h"
-#include "platform/linux/start_windows.h"
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/start_windows.h"
+#include "platform/linux/windows/window_object.h"
 #include "resources/resource.h"
 #include "settings/catalogue.h"
 #include "settings/defaults.h"
+#include "shell/shell_state.h"
 #include "ui/settings_sheet.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <array>
 #include <string_view>
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "link/serial_ports.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

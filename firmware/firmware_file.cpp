@@ -1,7 +1,7 @@
 #include "firmware/firmware_file.h"
 
-#include "app/error_messages.h"
 #include "firmware/srecord.h"
+#include "shell/error_messages.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 #include "firmware/transfer.h"
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "firmware/decoder.h"
 #include "firmware/firmware_file.h"
 #include "firmware/firmware_frame.h"
 #include "firmware/srecord.h"
 #include "platform/controls.h"
 #include "resources/resource.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "firmware/upgrade.h"
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "firmware/decoder.h"
 #include "firmware/firmware_file.h"
 #include "firmware/transfer.h"
@@ -10,6 +8,8 @@
 #include "link/settings_download.h"
 #include "platform/text.h"
 #include "resources/resource.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "firmware/decoder.h"
 #include "platform/shell.h"
 #include "platform/text.h"
 #include "resources/resource.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 
-#include "app/shell_state.h"
 #include "link/command_exchange.h"
 #include "link/message_handlers.h"
 #include "link/packet_message.h"
 #include "link/serial_ports.h"
 #include "link/ssi_packet.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -4,13 +4,13 @@
 #include <atomic>
 #include <cstring>
 
-#include "app/shell_state.h"
 #include "link/escape_frame.h"
 #include "link/rfid_channel.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
 #include "link/ssi_packet.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 
 namespace {
 

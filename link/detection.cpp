@@ -3,13 +3,13 @@
 #include <array>
 #include <span>
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "link/escape_frame.h"
 #include "link/probe_reply.h"
 #include "link/serial_ports.h"
 #include "link/ssi_packet.h"
 #include "settings/record.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 Relaxed<DWORD> RfidReaderModel;
 

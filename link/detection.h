@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/serial.h"
-#include "settings/relaxed.h"
+#include "shell/relaxed.h"
 
 // The RFID reader's model, 100 or 90, as the last probe that found it told.
 extern Relaxed<DWORD> RfidReaderModel;

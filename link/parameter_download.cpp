@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "app/shell_state.h"
 #include "link/command_exchange.h"
 #include "link/serial_ports.h"
+#include "shell/shell_state.h"
 
 namespace {
 

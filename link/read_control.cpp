@@ -3,8 +3,6 @@
 #include <array>
 #include <utility>
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "link/command_exchange.h"
 #include "link/rfid_receiver.h"
 #include "link/rfid_text.h"
@@ -13,6 +11,8 @@
 #include "platform/sound.h"
 #include "settings/general_fields.h"
 #include "settings/record.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -4,13 +4,13 @@
 #include <span>
 #include <string_view>
 
-#include "app/error_messages.h"
 #include "link/command_exchange.h"
 #include "link/detection.h"
 #include "link/serial_ports.h"
 #include "link/settings_download.h"
 #include "link/ssi_packet.h"
 #include "settings/record.h"
+#include "shell/error_messages.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <atomic>
 
-#include "app/shell_state.h"
 #include "link/serial_ports.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -2,13 +2,13 @@
 
 #include <array>
 
-#include "app/shell_state.h"
 #include "link/command_exchange.h"
 #include "link/message_handlers.h"
 #include "link/rfid_channel.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "link/serial_ports.h"
 
-#include "app/shell_state.h"
+#include "shell/shell_state.h"
 
 namespace {
 

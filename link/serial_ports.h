@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/serial.h"
-#include "settings/relaxed.h"
+#include "shell/relaxed.h"
 
 // Selectors of OpenReaderPort: device masks.
 inline constexpr DWORD BarcodePortSelector = 7;

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "app/shell_state.h"
 #include "link/command_exchange.h"
 #include "link/hex_convert.h"
 #include "link/serial_ports.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 
 namespace {
 

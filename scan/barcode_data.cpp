@@ -1,11 +1,11 @@
 #include "scan/barcode_data.h"
 
-#include "app/shell_state.h"
 #include "link/read_control.h"
 #include "scan/delivery.h"
 #include "scan/read_feedback.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 
 namespace {
 

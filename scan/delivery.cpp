@@ -2,12 +2,12 @@
 
 #include <array>
 
-#include "app/shell_state.h"
 #include "platform/window.h"
 #include "scan/composition.h"
 #include "scan/record_channels.h"
 #include "scan/typing.h"
 #include "settings/all_fields.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 
-#include "app/shell_state.h"
 #include "platform/sound.h"
 #include "platform/text.h"
 #include "settings/all_fields.h"
+#include "shell/shell_state.h"
 
 namespace {
 

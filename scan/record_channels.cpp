@@ -1,8 +1,8 @@
 #include "scan/record_channels.h"
 
-#include "app/shell_state.h"
 #include "platform/message_queue.h"
 #include "platform/window.h"
+#include "shell/shell_state.h"
 
 namespace {
 

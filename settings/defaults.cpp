@@ -1,7 +1,7 @@
 #include "settings/defaults.h"
 
-#include "app/shell_state.h"
 #include "settings/pages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "app/shell_state.h"
 #include "settings/catalogue.h"
 #include "settings/general_fields.h"
 #include "settings/pages.h"
+#include "shell/shell_state.h"
 
 namespace {
 

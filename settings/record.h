@@ -6,7 +6,7 @@
 #include <array>
 
 #include "platform/base.h"
-#include "settings/relaxed.h"
+#include "shell/relaxed.h"
 
 // Bits of DeviceFlags: the readers that the terminal carries.
 inline constexpr WORD Device1D = 1;

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <thread>
 
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/thread.h"
 #include "tools/arguments.h"
 
 namespace {

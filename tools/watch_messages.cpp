@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/linux/start_windows.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/window.h"
 #include "tools/record_json.h"
 #include "tools/watch.h"

@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "app/shell_state.h"
 #include "resources/resource.h"
 #include "settings/catalogue.h"
+#include "shell/shell_state.h"
 #include "ui/editors.h"
 #include "ui/item_taps.h"
 #include "ui/item_value.h"

@@ -1,8 +1,8 @@
 #include "ui/editor_dialog.h"
 
-#include "app/shell_state.h"
 #include "platform/controls.h"
 #include "platform/text.h"
+#include "shell/shell_state.h"
 #include "ui/item_display.h"
 #include "ui/item_limits.h"
 

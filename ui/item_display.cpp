@@ -1,9 +1,9 @@
 #include "ui/item_display.h"
 
-#include "app/shell_state.h"
 #include "platform/text.h"
 #include "resources/resource.h"
 #include "settings/catalogue.h"
+#include "shell/shell_state.h"
 #include "ui/item_limits.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "ui/item_limits.h"
 
-#include "app/shell_state.h"
 #include "settings/catalogue.h"
+#include "shell/shell_state.h"
 
 namespace {
 

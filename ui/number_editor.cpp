@@ -1,6 +1,6 @@
-#include "app/shell_state.h"
 #include "platform/text.h"
 #include "resources/resource.h"
+#include "shell/shell_state.h"
 #include "ui/editor_dialog.h"
 #include "ui/editors.h"
 #include "ui/item_limits.h"

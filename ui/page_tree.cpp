@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "app/shell_state.h"
 #include "resources/resource.h"
 #include "settings/catalogue.h"
+#include "shell/shell_state.h"
 #include "ui/item_display.h"
 #include "ui/length_items.h"
 

@@ -1,7 +1,7 @@
 #include "ui/settings_pages.h"
 
-#include "app/shell_state.h"
 #include "settings/catalogue.h"
+#include "shell/shell_state.h"
 #include "ui/page_tree.h"
 #include "ui/tree_notify.h"
 

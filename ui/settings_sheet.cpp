@@ -1,9 +1,9 @@
 #include "ui/settings_sheet.h"
 
-#include "app/shell_state.h"
 #include "platform/controls.h"
 #include "resources/resource.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 #include "ui/settings_pages.h"
 
 namespace {

@@ -1,8 +1,8 @@
 #include "ui/tree_notify.h"
 
-#include "app/shell_state.h"
 #include "firmware/upgrade.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 #include "ui/item_taps.h"
 #include "ui/tree_view.h"
 

@@ -3,9 +3,9 @@
 
 #include <cstdio>
 
-#include "platform/linux/keyboard_backend.h"
-#include "platform/linux/start_windows.h"
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/thread.h"
+#include "platform/linux/keyboard/keyboard_backend.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/window.h"
 
 #if defined(__SANITIZE_ADDRESS__)

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <filesystem>
 
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
 #include "settings/defaults.h"
 #include "settings/record.h"
 #include "settings/settings_file.h"

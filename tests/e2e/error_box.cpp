@@ -6,8 +6,8 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/linux/start_windows.h"
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/window.h"
 #include "tests/e2e/program.h"
 

@@ -1,13 +1,13 @@
 // The warning before an upgrade: what it says of the decoder's version, and what counts as going on.
 #include <gtest/gtest.h>
 
-#include "app/shell_state.h"
 #include "firmware/upgrade_dialogs.h"
 #include "link/serial_ports.h"
-#include "platform/linux/start_windows.h"
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
+#include "platform/linux/windows/start_windows.h"
 #include "resources/resource.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 #include "tests/e2e/readers.h"
 #include "tests/support/temporary_terminal.h"
 

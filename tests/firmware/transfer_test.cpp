@@ -8,14 +8,14 @@
 #include <algorithm>
 #include <random>
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "firmware/decoder.h"
 #include "firmware/firmware_file.h"
 #include "firmware/transfer.h"
 #include "link/serial_ports.h"
-#include "platform/linux/start_windows.h"
+#include "platform/linux/windows/start_windows.h"
 #include "settings/record.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 #include "tests/e2e/program.h"
 #include "tests/e2e/readers.h"
 #include "tests/firmware/firmware_text.h"

@@ -1,11 +1,11 @@
-#include "platform/linux/clock.h"
+#include "platform/linux/kernel/clock.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <string>
 
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/message_queue.h"
 #include "tests/support/temporary_terminal.h"
 

@@ -2,8 +2,8 @@
 
 #include <QApplication>
 
-#include "platform/linux/start_windows.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/start_windows.h"
 
 std::function<void(UINT, WPARAM, LPARAM)> OnControl;
 

@@ -7,7 +7,7 @@
 #include <functional>
 
 #include "platform/controls.h"
-#include "platform/linux/window_object.h"
+#include "platform/linux/windows/window_object.h"
 #include "tests/support/temporary_terminal.h"
 
 class ControlsTest : public testing::Test {

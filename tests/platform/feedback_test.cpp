@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "platform/kernel.h"
-#include "platform/linux/sound_backend.h"
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/sound_backend.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/sound.h"
 #include "tests/support/allocation_count.h"
 #include "tests/support/temporary_terminal.h"

@@ -6,7 +6,7 @@
 
 #include <csignal>
 
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"
 

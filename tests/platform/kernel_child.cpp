@@ -9,8 +9,8 @@
 #include <string>
 
 #include "platform/files.h"
-#include "platform/linux/terminal.h"
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/terminal.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/message_queue.h"
 
 namespace {

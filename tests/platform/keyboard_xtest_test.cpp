@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "platform/keyboard.h"
-#include "platform/linux/keyboard_backend.h"
+#include "platform/linux/keyboard/keyboard_backend.h"
 #include "tests/platform/x_client.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/linux/line_marks.h"
+#include "platform/linux/serial/line_marks.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/resource_file.h"
+#include "platform/linux/resources/resource_file.h"
 
 // Puts compiled resources together byte by byte, also such as no resource compiler would write.
 class ResourceBytes {

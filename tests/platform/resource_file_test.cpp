@@ -1,11 +1,11 @@
-#include "platform/linux/resource_file.h"
+#include "platform/linux/resources/resource_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "resources/embedded.h"
+#include "platform/linux/resources/embedded.h"
 #include "resources/resource.h"
 #include "tests/platform/resource_builder.h"
 

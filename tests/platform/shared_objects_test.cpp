@@ -7,7 +7,7 @@
 #include <array>
 #include <csignal>
 
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
 #include "platform/message_queue.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"

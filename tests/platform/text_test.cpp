@@ -5,7 +5,7 @@
 #include <array>
 #include <string>
 
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
 
 namespace {
 

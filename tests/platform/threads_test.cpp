@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/clock.h"
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/clock.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/message_queue.h"
 #include "tests/support/temporary_terminal.h"
 

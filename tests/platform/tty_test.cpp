@@ -14,7 +14,7 @@
 #include <numeric>
 #include <thread>
 
-#include "platform/linux/serial_port.h"
+#include "platform/linux/serial/serial_port.h"
 #include "platform/serial.h"
 #include "tests/platform/pseudo_terminal.h"
 #include "tests/support/temporary_terminal.h"

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
 #include "platform/window.h"
 
 namespace {

@@ -12,9 +12,9 @@
 #include <QTimer>
 #include <thread>
 
-#include "platform/linux/start_windows.h"
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/start_windows.h"
+#include "platform/linux/windows/window_object.h"
 #include "platform/shell.h"
 #include "resources/resource.h"
 #include "tests/support/temporary_terminal.h"

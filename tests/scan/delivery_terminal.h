@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/clock.h"
+#include "platform/linux/kernel/clock.h"
 #include "platform/window.h"
 #include "scan/scan_data.h"
 #include "tests/support/temporary_terminal.h"

@@ -4,13 +4,13 @@
 
 #include <cstring>
 
-#include "app/shell_state.h"
 #include "platform/keyboard.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/message_queue.h"
 #include "scan/typing.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 #include "tests/scan/delivery_terminal.h"
 
 namespace {

@@ -7,13 +7,13 @@
 #include <map>
 #include <thread>
 
-#include "app/shell_state.h"
 #include "link/serial_ports.h"
 #include "scan/barcode_data.h"
 #include "scan/delivery.h"
 #include "scan/rfid_data.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"
+#include "shell/shell_state.h"
 #include "tests/platform/pseudo_terminal.h"
 #include "tests/scan/delivery_terminal.h"
 #include "tests/support/allocation_count.h"

@@ -8,10 +8,10 @@
 #include <utility>
 #include <vector>
 
-#include "app/shell_state.h"
-#include "platform/linux/clock.h"
-#include "platform/linux/sound_backend.h"
+#include "platform/linux/kernel/clock.h"
+#include "platform/linux/kernel/sound_backend.h"
 #include "settings/all_fields.h"
+#include "shell/shell_state.h"
 #include "tests/scan/stepped_clock.h"
 #include "tests/support/temporary_terminal.h"
 

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/linux/clock.h"
+#include "platform/linux/kernel/clock.h"
 
 class SteppedClock : public layer::Clock {
   public:

@@ -2,9 +2,9 @@
 
 #include <cstdio>
 
-#include "platform/linux/resource_file.h"
-#include "platform/linux/terminal.h"
-#include "resources/embedded.h"
+#include "platform/linux/kernel/terminal.h"
+#include "platform/linux/resources/embedded.h"
+#include "platform/linux/resources/resource_file.h"
 #include "settings/catalogue.h"
 #include "settings/pages.h"
 

@@ -1,8 +1,8 @@
 #include "settings/catalogue.h"
 
-#include "app/shell_state.h"
 #include "resources/resource.h"
 #include "settings/all_fields.h"
+#include "shell/shell_state.h"
 #include "tests/settings/record_fixture.h"
 
 namespace {

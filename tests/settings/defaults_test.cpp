@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "app/shell_state.h"
 #include "settings/all_fields.h"
+#include "shell/shell_state.h"
 #include "tests/settings/record_fixture.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "tests/settings/record_fixture.h"
 
-#include "app/shell_state.h"
 #include "settings/catalogue.h"
+#include "shell/shell_state.h"
 
 void ClearRecord() {
     DeviceFlags = 0;

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/thread.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/clock.h"
+#include "platform/linux/kernel/clock.h"
 
 enum class WireAct {
     // The system's acts.

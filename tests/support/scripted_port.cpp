@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/thread.h"
 
 struct ScriptedPorts::State {
     Conversation& Talk;

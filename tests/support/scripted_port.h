@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/serial_port.h"
+#include "platform/linux/serial/serial_port.h"
 #include "tests/support/conversation.h"
 
 // Makes the ports "COM1:" to "COM9:" scripted ones while it lives. `onIdle` is called in the main thread when

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/linux/shared_names.h"
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/shared_names.h"
+#include "platform/linux/kernel/terminal.h"
 
 TemporaryTerminal::TemporaryTerminal() {
     std::string pattern = std::filesystem::temp_directory_path() / "vantrel-test-XXXXXX";

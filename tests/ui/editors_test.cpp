@@ -7,10 +7,10 @@
 #include <sstream>
 
 #include "app/settings_window.h"
-#include "app/shell_state.h"
 #include "platform/linux/windows/message_loop.h"
 #include "resources/resource.h"
 #include "settings/all_fields.h"
+#include "shell/shell_state.h"
 #include "tests/ui/sheet_driver.h"
 #include "ui/editors.h"
 #include "ui/item_value.h"

@@ -7,14 +7,14 @@
 #include <QTimer>
 #include <algorithm>
 
-#include "app/error_messages.h"
 #include "app/settings_window.h"
-#include "app/shell_state.h"
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/window_object.h"
 #include "resources/resource.h"
 #include "settings/all_fields.h"
 #include "settings/settings_file.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 #include "tests/ui/sheet_driver.h"
 #include "ui/item_value.h"
 #include "ui/settings_sheet.h"

@@ -8,14 +8,14 @@
 #include <QTimer>
 #include <map>
 
-#include "app/shell_state.h"
 #include "app/trigger.h"
 #include "firmware/upgrade.h"
-#include "platform/linux/start_windows.h"
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/start_windows.h"
+#include "platform/linux/windows/window_object.h"
 #include "resources/resource.h"
 #include "settings/defaults.h"
+#include "shell/shell_state.h"
 #include "ui/settings_sheet.h"
 
 Outside World;

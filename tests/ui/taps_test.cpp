@@ -1,8 +1,8 @@
 // Taps on the items of the trees: what they change in the record and in the tree.
-#include "app/shell_state.h"
 #include "platform/linux/windows/message_loop.h"
 #include "resources/resource.h"
 #include "settings/all_fields.h"
+#include "shell/shell_state.h"
 #include "tests/ui/sheet_driver.h"
 
 using testing::Test;

@@ -2,8 +2,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "app/shell_state.h"
 #include "settings/all_fields.h"
+#include "shell/shell_state.h"
 #include "tests/ui/sheet_driver.h"
 
 namespace {

@@ -3,9 +3,9 @@
 #include <atomic>
 #include <utility>
 
-#include "app/shell_state.h"
 #include "link/barcode_receiver.h"
 #include "platform/sound.h"
+#include "shell/shell_state.h"
 
 ShellRecord ShellState;
 

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/linux/clock.h"
+#include "platform/linux/kernel/clock.h"
 
 class TimerDouble : public layer::TimedSource {
   public:

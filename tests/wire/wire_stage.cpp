@@ -11,8 +11,6 @@
 #include <thread>
 #include <utility>
 
-#include "app/error_messages.h"
-#include "app/shell_state.h"
 #include "firmware/decoder.h"
 #include "link/barcode_receiver.h"
 #include "link/detection.h"
@@ -25,6 +23,8 @@
 #include "link/settings_download.h"
 #include "settings/defaults.h"
 #include "settings/record.h"
+#include "shell/error_messages.h"
+#include "shell/shell_state.h"
 #include "tests/wire/setting_names.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // The classes of the common controls. Main thread.
 #pragma once
 
-#include "platform/linux/window_object.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
 
 namespace layer {
 

@@ -4,7 +4,7 @@
 #include <QTabBar>
 #include <functional>
 
-#include "platform/linux/window_object.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -1,7 +1,7 @@
 #include <map>
 
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/styles.h"
+#include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
 
 namespace layer {

@@ -2,8 +2,8 @@
 #include <QApplication>
 #include <atomic>
 
-#include "platform/linux/main_thread.h"
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/main_thread.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/program_resources.h"
 
 namespace layer {

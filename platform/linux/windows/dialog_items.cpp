@@ -1,8 +1,8 @@
 // The platform's calls on the controls of a dialog.
 #include <algorithm>
 
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

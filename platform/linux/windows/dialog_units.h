@@ -4,7 +4,7 @@
 #include <QFont>
 #include <QRect>
 
-#include "platform/linux/resource_file.h"
+#include "platform/linux/resources/resource_file.h"
 
 namespace layer {
 

@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <QLabel>
 
-#include "platform/linux/window_object.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -1,9 +1,9 @@
 // Dialogs made from templates.
 #pragma once
 
-#include "platform/linux/resource_file.h"
-#include "platform/linux/window_object.h"
+#include "platform/linux/resources/resource_file.h"
 #include "platform/linux/windows/dialog_widget.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -3,7 +3,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 
-#include "platform/linux/window_object.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -1,7 +1,7 @@
 #include <mutex>
 #include <set>
 
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/single_instance.h"

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/linux/terminal.h"
+#include "platform/linux/kernel/terminal.h"
 
 namespace layer {
 

@@ -12,8 +12,8 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/linux/main_thread.h"
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/main_thread.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/program_socket.h"
 #include "platform/linux/windows/window_table.h"
 

@@ -6,9 +6,9 @@
 #include <QScreen>
 #include <map>
 
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

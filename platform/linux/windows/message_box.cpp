@@ -3,10 +3,10 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "platform/linux/main_thread.h"
-#include "platform/linux/thread.h"
-#include "platform/linux/window_object.h"
+#include "platform/linux/kernel/main_thread.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_box.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

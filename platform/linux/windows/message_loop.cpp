@@ -14,10 +14,10 @@
 #include <deque>
 #include <mutex>
 
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/menus.h"
 #include "platform/linux/windows/message_box.h"
 #include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
 
 namespace layer {

@@ -1,7 +1,7 @@
 // The main thread's messages: what is posted, what other threads have carried here, timers, quitting.
 #pragma once
 
-#include "platform/linux/clock.h"
+#include "platform/linux/kernel/clock.h"
 #include "platform/window.h"
 
 namespace layer {

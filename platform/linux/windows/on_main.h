@@ -2,8 +2,8 @@
 
 #include <type_traits>
 
-#include "platform/linux/main_thread.h"
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/main_thread.h"
+#include "platform/linux/kernel/thread.h"
 
 namespace layer {
 

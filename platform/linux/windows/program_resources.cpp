@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/linux/thread.h"
-#include "resources/embedded.h"
+#include "platform/linux/kernel/thread.h"
+#include "platform/linux/resources/embedded.h"
 
 namespace layer {
 

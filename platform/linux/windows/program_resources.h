@@ -1,7 +1,7 @@
 // The compiled resources of the program.
 #pragma once
 
-#include "platform/linux/resource_file.h"
+#include "platform/linux/resources/resource_file.h"
 #include "platform/window.h"
 
 namespace layer {

@@ -9,8 +9,8 @@
 #include <mutex>
 #include <set>
 
-#include "platform/linux/terminal.h"
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/terminal.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/folder_lock.h"
 #include "platform/linux/windows/window_table.h"
 

@@ -6,9 +6,9 @@
 #include <QScreen>
 #include <QWindow>
 
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/window_manager.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

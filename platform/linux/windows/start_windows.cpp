@@ -1,4 +1,4 @@
-#include "platform/linux/start_windows.h"
+#include "platform/linux/windows/start_windows.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,11 +9,11 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "platform/linux/thread.h"
-#include "platform/linux/window_object.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/tray_icon.h"
 #include "platform/linux/windows/user_window.h"
+#include "platform/linux/windows/window_object.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 // The font library keeps what it has read for the whole run, out of sight.

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/linux/thread.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/window_table.h"
 

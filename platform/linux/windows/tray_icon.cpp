@@ -9,10 +9,10 @@
 #include <QTimer>
 #include <memory>
 
-#include "platform/linux/window_object.h"
 #include "platform/linux/windows/images.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/screen.h"
+#include "platform/linux/windows/window_object.h"
 #include "platform/shell.h"
 
 namespace layer {

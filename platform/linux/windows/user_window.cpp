@@ -3,9 +3,9 @@
 #include <QCloseEvent>
 #include <map>
 
-#include "platform/linux/start_windows.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/single_instance.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_table.h"
 
 namespace layer {

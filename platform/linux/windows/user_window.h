@@ -1,7 +1,7 @@
 // Windows of registered classes, whose messages go to a window procedure.
 #pragma once
 
-#include "platform/linux/window_object.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/window_object.h"
+#include "platform/linux/windows/window_object.h"
 
 #include <QEvent>
 #include <QVariant>

@@ -1,0 +1,254 @@
+#include "platform/linux/kernel/disk_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <mutex>
+#include <utility>
+
+#include "platform/files.h"
+#include "platform/linux/kernel/thread.h"
+
+namespace layer {
+
+namespace {
+
+// A descriptor that is closed once, by whoever owns it last.
+class Descriptor {
+  public:
+    explicit Descriptor(int number = -1) : number_(number) {}
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~Descriptor() { Close(); }
+    void Close() {
+        if (number_ >= 0) {
+            close(std::exchange(number_, -1));
+        }
+    }
+    int Number() const { return number_; }
+    explicit operator bool() const { return number_ >= 0; }
+
+  private:
+    int number_;
+};
+
+bool IsRegular(int file, struct stat& status) {
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool Lock(int file, bool alone) {
+    while (flock(file, (alone ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0) {
+        if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Opens and locks a regular file. A file that has been replaced between the two steps is opened anew;
+// `missing` says whether there is none.
+Descriptor OpenLocked(const std::string& path, int flags, bool alone, bool* missing = nullptr) {
+    for (int tries = 0; tries < 10; ++tries) {
+        // Without waiting, so that a pipe under the name stops nobody.
+        Descriptor file(open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
+        struct stat opened {};
+        if (!file) {
+            if (missing != nullptr) {
+                *missing = errno == ENOENT;
+            }
+            return Descriptor();
+        }
+        if (!IsRegular(file.Number(), opened) || !Lock(file.Number(), alone)) {
+            return Descriptor();
+        }
+        struct stat named {};
+        if (stat(path.c_str(), &named) == 0 && named.st_dev == opened.st_dev &&
+            named.st_ino == opened.st_ino) {
+            return file;
+        }
+    }
+    return Descriptor();
+}
+
+// The file that a chain of links ends at, existing or not; the path itself when it is no link.
+std::string LinkEnd(std::string path) {
+    char target[PATH_MAX];
+    for (int links = 0; links < 8 && realpath(path.c_str(), target) == nullptr; ++links) {
+        const ssize_t length = readlink(path.c_str(), target, sizeof target);
+        if (length <= 0 || static_cast<std::size_t>(length) == sizeof target) {
+            return path;
+        }
+        const std::string next(target, static_cast<std::size_t>(length));
+        path = next.front() == '/' ? next : path.substr(0, path.rfind('/') + 1) + next;
+    }
+    return realpath(path.c_str(), target) != nullptr ? target : path;
+}
+
+class DiskFile : public Stream {
+  public:
+    // `replaces` is the path whose place the file takes when it is closed, or empty; `old` is what is there.
+    DiskFile(Descriptor file, DWORD access, std::string written, std::string replaces, Descriptor old)
+        : file_(std::move(file)),
+          access_(access),
+          written_(std::move(written)),
+          replaces_(std::move(replaces)),
+          old_(std::move(old)) {}
+    ~DiskFile() override { Close(); }
+
+    BOOL Read(void* buffer, DWORD size, DWORD& read) override {
+        std::scoped_lock lock(mutex_);
+        if (!file_ || (access_ & GENERIC_READ) == 0) {
+            return FALSE;
+        }
+        return Move(size, read, [&](std::size_t done) {
+            return ::read(file_.Number(), static_cast<char*>(buffer) + done, size - done);
+        });
+    }
+
+    BOOL Write(const void* buffer, DWORD size, DWORD& written) override {
+        std::scoped_lock lock(mutex_);
+        if (!file_ || (access_ & GENERIC_WRITE) == 0) {
+            return FALSE;
+        }
+        const BOOL whole = Move(size, written, [&](std::size_t done) {
+            return ::write(file_.Number(), static_cast<const char*>(buffer) + done, size - done);
+        });
+        if (whole && written == size) {
+            return TRUE;
+        }
+        failed_ = true;
+        return FALSE;
+    }
+
+    DWORD Size() override {
+        std::scoped_lock lock(mutex_);
+        struct stat status {};
+        if (!file_ || fstat(file_.Number(), &status) != 0 || status.st_size >= INVALID_FILE_SIZE) {
+            return INVALID_FILE_SIZE;
+        }
+        return static_cast<DWORD>(status.st_size);
+    }
+
+    bool MoveTo(DWORD position) override {
+        std::scoped_lock lock(mutex_);
+        return file_ && lseek(file_.Number(), position, SEEK_SET) == static_cast<off_t>(position);
+    }
+
+    void Close() override {
+        std::scoped_lock lock(mutex_);
+        if (!file_) {
+            return;
+        }
+        if (!replaces_.empty()) {
+            Replace();
+        }
+        file_.Close();
+        old_.Close();
+    }
+
+  private:
+    template <class Step>
+    static BOOL Move(DWORD size, DWORD& moved, Step step) {
+        std::size_t done = 0;
+        while (done < size) {
+            const ssize_t count = step(done);
+            if (count < 0 && errno == EINTR) {
+                continue;
+            }
+            if (count < 0) {
+                moved = static_cast<DWORD>(done);
+                return FALSE;
+            }
+            if (count == 0) {
+                break;
+            }
+            done += static_cast<std::size_t>(count);
+        }
+        moved = static_cast<DWORD>(done);
+        return TRUE;
+    }
+
+    void Replace() {
+        // The content has to be on the disk before the name points at it.
+        if (failed_ || fsync(file_.Number()) != 0 || std::rename(written_.c_str(), replaces_.c_str()) != 0) {
+            unlink(written_.c_str());
+            return;
+        }
+        const std::string folder = replaces_.substr(0, replaces_.rfind('/') + 1);
+        const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (directory) {
+            fsync(directory.Number());
+        }
+    }
+
+    std::mutex mutex_;
+    Descriptor file_;
+    const DWORD access_;
+    const std::string written_;
+    const std::string replaces_;
+    Descriptor old_;
+    bool failed_ = false;
+};
+
+int OpenFlags(DWORD access) {
+    const bool reads = (access & GENERIC_READ) != 0;
+    const bool writes = (access & GENERIC_WRITE) != 0;
+    return writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY;
+}
+
+std::shared_ptr<Stream> OpenExisting(const std::string& path, const DiskAccess& access) {
+    Descriptor file = OpenLocked(path, OpenFlags(access.Access), access.ShareMode == 0);
+    if (!file) {
+        return nullptr;
+    }
+    return std::make_shared<DiskFile>(std::move(file), access.Access, std::string(), std::string(),
+                                      Descriptor());
+}
+
+std::shared_ptr<Stream> CreateAlways(const std::string& path, const DiskAccess& access) {
+    if ((access.Access & GENERIC_WRITE) == 0) {
+        return nullptr;
+    }
+    // A link keeps pointing where it does; what it points at is replaced.
+    const std::string target = LinkEnd(path);
+    bool missing = false;
+    Descriptor old = OpenLocked(target, O_RDWR, true, &missing);
+    if (!old && !missing) {
+        return nullptr;
+    }
+    const std::string written = target + ".new";
+    Descriptor file = OpenLocked(written, OpenFlags(access.Access) | O_CREAT | O_NOFOLLOW, true);
+    if (!file || ftruncate(file.Number(), 0) != 0) {
+        return nullptr;
+    }
+    struct stat status {};
+    if (old && (fstat(old.Number(), &status) != 0 || fchmod(file.Number(), status.st_mode & 0777) != 0)) {
+        unlink(written.c_str());
+        return nullptr;
+    }
+    return std::make_shared<DiskFile>(std::move(file), access.Access, written, target, std::move(old));
+}
+
+}  // namespace
+
+std::shared_ptr<Stream> OpenDiskFile(const std::string& path, const DiskAccess& access) {
+    switch (access.Disposition) {
+        case OPEN_EXISTING:
+            return OpenExisting(path, access);
+        case CREATE_ALWAYS:
+            return CreateAlways(path, access);
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace layer

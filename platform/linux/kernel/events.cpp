@@ -1,0 +1,83 @@
+#include "platform/kernel.h"
+#include "platform/linux/kernel/event.h"
+#include "platform/linux/kernel/local_object.h"
+#include "platform/linux/kernel/named_event.h"
+#include "platform/linux/kernel/thread.h"
+
+namespace layer {
+
+namespace {
+
+class LocalEvent : public LocalObject, public Event {
+  public:
+    explicit LocalEvent(bool set) : set_(set) {}
+
+    void Set() override {
+        std::scoped_lock lock(mutex_);
+        set_ = true;
+        changed_.notify_all();
+    }
+    void Reset() override {
+        std::scoped_lock lock(mutex_);
+        set_ = false;
+    }
+
+  private:
+    bool Ready() const override { return set_; }
+    void Take() override { set_ = false; }
+
+    bool set_;
+};
+
+class Semaphore : public LocalObject {
+  public:
+    explicit Semaphore(LONG count) : count_(count) {}
+
+  private:
+    bool Ready() const override { return count_ > 0; }
+    void Take() override { --count_; }
+
+    LONG count_;
+};
+
+}  // namespace
+
+}  // namespace layer
+
+HANDLE CreateEventW(LPSECURITY_ATTRIBUTES, BOOL manualReset, BOOL initialState, LPCWSTR name) {
+    layer::SuspendPoint();
+    if (manualReset) {
+        return nullptr;
+    }
+    if (name != nullptr && name[0] != 0) {
+        return layer::NewHandle(layer::OpenNamedEvent(name, initialState != FALSE));
+    }
+    return layer::NewHandle(std::make_shared<layer::LocalEvent>(initialState != FALSE));
+}
+
+HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG initialCount, LONG maximumCount, LPCWSTR name) {
+    layer::SuspendPoint();
+    const bool named = name != nullptr && name[0] != 0;
+    if (named || initialCount < 0 || maximumCount < 1 || initialCount > maximumCount) {
+        return nullptr;
+    }
+    return layer::NewHandle(std::make_shared<layer::Semaphore>(initialCount));
+}
+
+BOOL EventModify(HANDLE event, DWORD action) {
+    layer::SuspendPoint();
+    const auto found = layer::FindObjectAs<layer::Event>(event);
+    if (found == nullptr) {
+        return FALSE;
+    }
+    switch (action) {
+        case EVENT_SET:
+            found->Set();
+            return TRUE;
+        case EVENT_RESET:
+            found->Reset();
+            return TRUE;
+        default:
+            return FALSE;
+    }
+}

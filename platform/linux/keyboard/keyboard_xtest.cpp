@@ -1,0 +1,242 @@
+// Key events for the X client in front, through the XTEST extension.
+//
+// A key is pressed and released in one go when it goes down, so none is ever left down, whatever becomes of
+// this program; the Shift key is remembered and becomes part of the character. The character is looked up in
+// the map in force, because the layout may be any.
+#include <X11/XKBlib.h>
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+
+#include <bitset>
+#include <vector>
+
+#include "platform/keyboard.h"
+#include "platform/linux/kernel/clock.h"
+#include "platform/linux/keyboard/held_keys.h"
+#include "platform/linux/keyboard/keyboard_backend.h"
+#include "platform/linux/keyboard/keyboard_map.h"
+#include "platform/linux/keyboard/us_keyboard.h"
+#include "platform/linux/keyboard/x_connection.h"
+
+namespace layer {
+namespace {
+
+constexpr std::uint64_t ReconnectPause = 1000;
+constexpr unsigned AllModifiers = 0xFF;
+
+class XtestKeyboard : public KeyboardBackend {
+  public:
+    ~XtestKeyboard() override;
+    bool Connect();
+    void Key(BYTE key, bool up) override;
+    void ReleaseAll() override;
+
+  private:
+    // A key without symbols of its own, and those that it has been lent.
+    struct Borrowed {
+        KeyCode key;
+        KeySym symbols[MaxLevels];
+        int used;
+    };
+
+    void Disconnect();
+    bool Ready();
+    void FetchMap();
+    void TakeNews();
+    void Type(const KeyMeaning& meaning, bool shift);
+    bool Choose(const KeyMeaning& meaning, unsigned locked, int group, KeyChoice& choice);
+    bool Borrow(KeySym symbol);
+    void Emit(const KeyChoice& choice, const XkbStateRec& state);
+    void Fake(KeyCode key, bool down) { XTestFakeKeyEvent(connection_.Get(), key, down, CurrentTime); }
+    void Press(KeyCode key) { PressSynthetic(connection_.Get(), key); }
+
+    XConnection connection_;
+    XkbDescPtr map_ = nullptr;
+    int eventBase_ = 0;
+    unsigned keyboard_ = XkbUseCoreKbd;  // whose map tells what our keys give
+    bool stale_ = true;
+    std::uint64_t lastTry_ = 0;
+    bool shift_ = false;
+    std::vector<Borrowed> borrowed_;
+    std::bitset<256> again_;  // modifiers pressed again for the user
+};
+
+XtestKeyboard::~XtestKeyboard() {
+    ReleaseAll();
+    Disconnect();
+}
+
+bool XtestKeyboard::Connect() {
+    lastTry_ = CurrentClock().Now();
+    int major = XkbMajorVersion, minor = XkbMinorVersion, opcode = 0, error = 0, a = 0, b = 0, c = 0, d = 0;
+    if (!connection_.Open())
+        return false;
+    Display* display = connection_.Get();
+    if (!XkbQueryExtension(display, &opcode, &eventBase_, &error, &major, &minor) ||
+        !XTestQueryExtension(display, &a, &b, &c, &d)) {
+        connection_.Close();
+        return false;
+    }
+    XTestGrabControl(display, True);  // also while a client has grabbed the server
+    XkbSelectEvents(display, XkbUseCoreKbd, XkbMapNotifyMask | XkbNewKeyboardNotifyMask,
+                    XkbMapNotifyMask | XkbNewKeyboardNotifyMask);
+    keyboard_ = XtestDevice(display);
+    FetchMap();
+    return connection_.Usable() && map_ != nullptr;
+}
+
+void XtestKeyboard::Disconnect() {
+    if (map_ != nullptr)
+        XkbFreeKeyboard(map_, 0, True);
+    map_ = nullptr;
+    borrowed_.clear();
+    connection_.Close();
+}
+
+bool XtestKeyboard::Ready() {
+    if (connection_.Usable() && map_ != nullptr)
+        return true;
+    if (CurrentClock().Now() - lastTry_ < ReconnectPause)
+        return false;
+    Disconnect();
+    return Connect();
+}
+
+void XtestKeyboard::FetchMap() {
+    XkbDescPtr fresh = XkbGetMap(connection_.Get(), XkbAllMapComponentsMask, keyboard_);
+    if (fresh == nullptr)
+        return;
+    if (map_ != nullptr)
+        XkbFreeKeyboard(map_, 0, True);
+    map_ = fresh;
+    stale_ = false;
+    // A new layout takes back what was lent.
+    std::erase_if(borrowed_, [&](const Borrowed& lent) {
+        return XkbKeyNumGroups(map_, lent.key) == 0 ||
+               XkbKeySymEntry(map_, lent.key, 0, 0) != lent.symbols[0];
+    });
+}
+
+// The map may have changed since the last key.
+void XtestKeyboard::TakeNews() {
+    XEvent event;
+    while (connection_.Usable() && XEventsQueued(connection_.Get(), QueuedAfterReading) > 0) {
+        XNextEvent(connection_.Get(), &event);
+        if (event.type == MappingNotify)
+            XRefreshKeyboardMapping(&event.xmapping);
+        if (event.type == eventBase_ || event.type == MappingNotify)
+            stale_ = true;
+    }
+    if (stale_)
+        FetchMap();
+}
+
+void XtestKeyboard::Key(BYTE key, bool up) {
+    if (key == VK_SHIFT)
+        shift_ = !up;
+    else if (!up && Ready())
+        Type(MeaningOf(key, shift_), shift_);
+}
+
+void XtestKeyboard::Type(const KeyMeaning& meaning, bool shift) {
+    if (meaning.symbol == NoSymbol)
+        return;
+    XkbStateRec state{};
+    if (XkbGetState(connection_.Get(), XkbUseCoreKbd, &state) != Success)
+        return;
+    TakeNews();
+    KeyChoice choice{};
+    if (!connection_.Usable() || !Choose(meaning, state.locked_mods, state.group, choice))
+        return;
+    if (!meaning.isCharacter && shift)
+        choice.press |= ShiftMask;
+    Emit(choice, state);
+}
+
+bool XtestKeyboard::Choose(const KeyMeaning& meaning, unsigned locked, int group, KeyChoice& choice) {
+    for (const KeySym symbol : {meaning.symbol, meaning.substitute}) {
+        if (symbol != NoSymbol && FindKey(map_, symbol, locked, group, choice))
+            return true;
+    }
+    const KeySym last = meaning.substitute != NoSymbol ? meaning.substitute : meaning.symbol;
+    return Borrow(last) && FindKey(map_, last, locked, group, choice);
+}
+
+// Puts the symbol on a key that has none. It stays there: a client may look at the map only when it gets
+// round to the key event, and must then still find it. A key takes as many symbols as it can.
+bool XtestKeyboard::Borrow(KeySym symbol) {
+    const SpareType type = TypeForSpareKeys(map_);
+    if (borrowed_.empty() || borrowed_.back().used >= type.levels) {
+        bool taken[256] = {};
+        for (const Borrowed& key : borrowed_)
+            taken[key.key] = true;
+        KeyCode key = SpareKey(map_, taken);
+        if (key == 0) {
+            if (borrowed_.empty())
+                return false;
+            key = borrowed_.front().key;
+            borrowed_.erase(borrowed_.begin());
+        }
+        borrowed_.push_back({key, {}, 0});
+    }
+    Borrowed& lent = borrowed_.back();
+    lent.symbols[lent.used++] = symbol;
+    GiveSymbols(connection_.Get(), map_, lent.key, type, lent.symbols);
+    FetchMap();
+    return connection_.Usable();
+}
+
+void XtestKeyboard::Emit(const KeyChoice& choice, const XkbStateRec& state) {
+    Display* display = connection_.Get();
+    HeldKeys::Forget(display, again_);
+    const HeldKeys held(display, map_, choice.key);
+    held.Release();
+    if (state.latched_mods != 0)
+        XkbLatchModifiers(display, XkbUseCoreKbd, AllModifiers, 0);
+    unsigned locks = choice.locked;
+    KeyCode pressed[8];
+    int count = 0;
+    for (unsigned bit = 1; bit <= Mod5Mask; bit <<= 1) {
+        if ((choice.press & bit) == 0)
+            continue;
+        const KeyCode key = ModifierKey(map_, bit);
+        if (key != 0)
+            pressed[count++] = key;
+        else
+            locks |= bit;  // no key holds it down
+    }
+    if (locks != state.locked_mods)
+        XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, locks);
+    for (int i = 0; i < count; ++i)
+        Press(pressed[i]);
+    Press(choice.key);
+    Fake(choice.key, false);
+    for (int i = count; i-- > 0;)
+        Fake(pressed[i], false);
+    if (locks != state.locked_mods)
+        XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, state.locked_mods);
+    held.Restore(again_);
+    XFlush(display);
+}
+
+void XtestKeyboard::ReleaseAll() {
+    shift_ = false;
+    if (!connection_.Usable())
+        return;
+    HeldKeys::Forget(connection_.Get(), again_);
+    TakeNews();
+    KeySym none[] = {NoSymbol};
+    for (const Borrowed& key : borrowed_)
+        XChangeKeyboardMapping(connection_.Get(), key.key, 1, none, 1);
+    borrowed_.clear();
+    XSync(connection_.Get(), False);
+}
+
+}  // namespace
+
+std::unique_ptr<KeyboardBackend> MakeXtestKeyboard() {
+    auto keyboard = std::make_unique<XtestKeyboard>();
+    return keyboard->Connect() ? std::move(keyboard) : nullptr;
+}
+
+}  // namespace layer

@@ -1,1 +1,0 @@
-vantrel_library(vantrel_resource_file linux/resource_file.cpp linux/resource_images.cpp)

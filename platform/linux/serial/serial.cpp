@@ -1,0 +1,101 @@
+// The platform's serial calls: each finds the port of its handle and hands over.
+#include "platform/serial.h"
+
+#include <mutex>
+#include <utility>
+
+#include "platform/linux/kernel/thread.h"
+#include "platform/linux/serial/serial_port.h"
+
+namespace layer {
+namespace {
+
+std::mutex openerMutex;
+SerialOpener installedOpener;
+
+std::shared_ptr<SerialPort> PortOf(HANDLE handle) {
+    SuspendPoint();
+    return FindObjectAs<SerialPort>(handle);
+}
+
+}  // namespace
+
+std::shared_ptr<SerialPort> OpenSerialPort(const std::string& name) {
+    SerialOpener opener;
+    {
+        std::lock_guard lock(openerMutex);
+        opener = installedOpener;
+    }
+    return opener ? opener(name) : OpenTty(name);
+}
+
+void InstallSerialOpener(SerialOpener opener) {
+    std::lock_guard lock(openerMutex);
+    installedOpener = std::move(opener);
+}
+
+}  // namespace layer
+
+BOOL SetupComm(HANDLE port, DWORD inputQueue, DWORD outputQueue) {
+    const auto found = layer::PortOf(port);
+    return found && found->SetQueues(inputQueue, outputQueue);
+}
+
+BOOL GetCommState(HANDLE port, DCB* state) {
+    const auto found = layer::PortOf(port);
+    return found && state != nullptr && found->GetState(*state);
+}
+
+BOOL SetCommState(HANDLE port, DCB* state) {
+    const auto found = layer::PortOf(port);
+    return found && state != nullptr && found->SetState(*state);
+}
+
+BOOL GetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
+    const auto found = layer::PortOf(port);
+    return found && timeouts != nullptr && found->GetTimeouts(*timeouts);
+}
+
+BOOL SetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
+    const auto found = layer::PortOf(port);
+    return found && timeouts != nullptr && found->SetTimeouts(*timeouts);
+}
+
+BOOL PurgeComm(HANDLE port, DWORD flags) {
+    const auto found = layer::PortOf(port);
+    return found && found->Purge(flags);
+}
+
+BOOL SetCommMask(HANDLE port, DWORD mask) {
+    const auto found = layer::PortOf(port);
+    return found && found->SetMask(mask);
+}
+
+BOOL WaitCommEvent(HANDLE port, LPDWORD events, LPOVERLAPPED overlapped) {
+    const auto found = layer::PortOf(port);
+    return found && events != nullptr && overlapped == nullptr && found->WaitEvent(*events);
+}
+
+BOOL ClearCommError(HANDLE port, LPDWORD errors, COMSTAT* status) {
+    const auto found = layer::PortOf(port);
+    if (!found)
+        return FALSE;
+    DWORD errorBits = 0;
+    COMSTAT counts{};
+    const BOOL done = found->ClearError(errorBits, counts);
+    if (errors != nullptr)
+        *errors = errorBits;
+    if (status != nullptr)
+        *status = counts;
+    return done;
+}
+
+BOOL SetCommBreak(HANDLE port) {
+    const auto found = layer::PortOf(port);
+    return found && found->SetBreak(true);
+}
+
+BOOL ClearCommBreak(HANDLE port) {
+    const auto found = layer::PortOf(port);
+    return found && found->SetBreak(false);
+}
