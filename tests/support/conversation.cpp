@@ -139,12 +139,8 @@ bool Conversation::Did(WireStep act) {
 }
 
 bool Conversation::Wait(Lock& lock, std::uint64_t deadline, const std::function<bool()>& done) {
-    if (!layer::OnMainThread()) {
-        waits_.push_back(&done);
-        const bool fulfilled = clock_.WaitUntil(lock, changed_, deadline, done);
-        std::erase(waits_, &done);
-        return fulfilled;
-    }
+    if (!layer::OnMainThread())
+        return clock_.WaitUntil(lock, changed_, deadline, done);
     while (!done()) {
         const std::uint64_t next = std::min(deadline, Due());
         const std::uint64_t now = clock_.Now();
@@ -162,10 +158,9 @@ bool Conversation::Wait(Lock& lock, std::uint64_t deadline, const std::function<
     return true;
 }
 
-int Conversation::ThreadsAtRest() {
+std::uint64_t Conversation::NextArrival() {
     const Lock lock(mutex_);
-    return static_cast<int>(
-        std::count_if(waits_.begin(), waits_.end(), [](const auto* done) { return !(*done)(); }));
+    return !steps_.empty() && steps_.front().Act != WireAct::Nothing ? Due() : layer::Forever;
 }
 
 std::uint64_t Conversation::NextDue() {

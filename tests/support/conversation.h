@@ -82,8 +82,8 @@ class Conversation : public layer::TimedSource {
     // False when the time has come, or when nothing is left that could fulfil the wait.
     bool Wait(Lock& lock, std::uint64_t deadline, const std::function<bool()>& done);
 
-    // Whether all other threads that are in a wait have to stay there.
-    int ThreadsAtRest();
+    // When the reader acts next, if that is the next thing to happen; else Forever.
+    std::uint64_t NextArrival();
 
     std::uint64_t NextDue() override;
     void RunDue(std::uint64_t now) override;
@@ -103,5 +103,4 @@ class Conversation : public layer::TimedSource {
     int line_ = 0;
     bool active_ = false, failed_ = false;
     std::map<int, WireInput> inputs_;
-    std::vector<const std::function<bool()>*> waits_;  // of threads other than the main one
 };

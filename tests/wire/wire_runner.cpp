@@ -1,65 +1,61 @@
-// Runs every conversation of tests/wire/*.wire against the reader link: a test case each.
-#include <dirent.h>
+#include "tests/wire/wire_runner.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
-#include <thread>
-
-#include "tests/wire/wire_stage.h"
 
 namespace {
 
 class WireTest : public testing::Test {
   public:
-    explicit WireTest(const WireCase& wireCase) : case_(wireCase) {}
+    WireTest(const WireCase& wireCase, StageMaker makeStage) : case_(wireCase), makeStage_(makeStage) {}
 
     void TestBody() override {
-        WireStage stage(
+        const auto stage = makeStage_(
             [this](int line, const std::string& what) { ADD_FAILURE_AT(case_.File.c_str(), line) << what; });
         for (const WireCommand& command : case_.Commands) {
             try {
-                stage.Run(command);
+                stage->Run(command);
             } catch (const std::exception& problem) {
                 ADD_FAILURE_AT(case_.File.c_str(), command.Line) << problem.what();
             }
             if (HasFailure())
                 return;
         }
-        stage.CheckEnd(case_.Line);
+        stage->CheckEnd(case_.Line);
     }
 
   private:
     const WireCase case_;
+    const StageMaker makeStage_;
 };
 
-void Register(const std::filesystem::path& file) {
+void Register(const std::filesystem::path& file, StageMaker makeStage) {
     std::string suite = file.stem().string();
     std::replace(suite.begin(), suite.end(), '-', '_');
     for (const WireCase& wireCase : ReadWireFile(file.string())) {
         testing::RegisterTest(suite.c_str(), wireCase.Name.c_str(), nullptr, nullptr, wireCase.File.c_str(),
                               wireCase.Line,
-                              [wireCase]() -> testing::Test* { return new WireTest(wireCase); });
+                              [=]() -> testing::Test* { return new WireTest(wireCase, makeStage); });
     }
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int RunWireFiles(int argc, char** argv, const char* folder, StageMaker makeStage) {
     testing::InitGoogleTest(&argc, argv);
-    // A sanitizer adds a thread of its own with the first one; the stage counts threads.
-    std::thread([] {}).join();
     std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(WIRE_FILES)) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         if (entry.path().extension() == ".wire")
             files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
     try {
         for (const auto& file : files)
-            Register(file);
+            Register(file, makeStage);
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "%s\n", problem.what());
         return 1;

@@ -2,13 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 #include <deque>
-#include <filesystem>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 #include "firmware/decoder.h"
@@ -54,23 +51,6 @@ int RecordRfid(const char* line, DWORD length) {
     return 1;
 }
 
-int ThreadCount() {
-    int count = 0;
-    for ([[maybe_unused]] const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
-        ++count;
-    return count;
-}
-
-DWORD ToNumber(const std::string& word) {
-    return static_cast<DWORD>(std::stoul(word, nullptr, 0));
-}
-
-const std::string& At(const std::vector<std::string>& words, std::size_t index) {
-    if (index >= words.size())
-        throw std::runtime_error("something is missing after " + words.back());
-    return words[index];
-}
-
 std::string HexOf(const std::vector<BYTE>& bytes) {
     constexpr std::size_t Shown = 300;
     std::string text;
@@ -83,23 +63,25 @@ std::string HexOf(const std::vector<BYTE>& bytes) {
 }
 
 DWORD Variable(const std::string& name) {
-    if (name == "TransferBusy")
-        return ShellState.TransferBusy;
-    if (name == "LaserHold")
-        return ShellState.LaserHold;
-    if (name == "ReaderReady")
-        return ShellState.ReaderReady;
-    if (name == "ReconfigureReaders")
-        return ShellState.ReconfigureReaders;
-    if (name == "RfidReadActive")
-        return ShellState.RfidReadActive;
-    if (name == "BarcodeThreadRun")
-        return ShellState.BarcodeThreadRun;
-    if (name == "RfidThreadRun")
-        return ShellState.RfidThreadRun;
-    if (name == "RfidReaderModel")
-        return RfidReaderModel;
-    throw std::runtime_error("nothing is known about " + name);
+    static const std::map<std::string, DWORD (*)()> variables{
+        {"TransferBusy", []() -> DWORD { return ShellState.TransferBusy; }},
+        {"TriggerReleased", []() -> DWORD { return ShellState.TriggerReleased; }},
+        {"LaserHold", []() -> DWORD { return ShellState.LaserHold; }},
+        {"ReaderReady", []() -> DWORD { return ShellState.ReaderReady; }},
+        {"InitDone", []() -> DWORD { return ShellState.InitDone; }},
+        {"Applying", []() -> DWORD { return ShellState.Applying; }},
+        {"ReconfigureReaders", []() -> DWORD { return ShellState.ReconfigureReaders; }},
+        {"BarcodeEnabled", []() -> DWORD { return ShellState.BarcodeEnabled; }},
+        {"RfidEnabled", []() -> DWORD { return ShellState.RfidEnabled; }},
+        {"BarcodeReadActive", []() -> DWORD { return ShellState.BarcodeReadActive; }},
+        {"RfidReadActive", []() -> DWORD { return ShellState.RfidReadActive; }},
+        {"BarcodeThreadRun", []() -> DWORD { return ShellState.BarcodeThreadRun; }},
+        {"RfidThreadRun", []() -> DWORD { return ShellState.RfidThreadRun; }},
+        {"RfidReaderModel", []() -> DWORD { return RfidReaderModel; }}};
+    const auto found = variables.find(name);
+    if (found == variables.end())
+        throw std::runtime_error("nothing is known about " + name);
+    return found->second();
 }
 
 HANDLE PortOf(const std::string& number) {
@@ -119,6 +101,8 @@ void CloseIfOpen(Relaxed<HANDLE>& handle) {
     if (HANDLE open = handle.Exchange(nullptr))
         CloseHandle(open);
 }
+
+constexpr std::uint64_t LongestCall = 60'000;
 
 // Everything that a case before this one may have left.
 void ClearState() {
@@ -143,12 +127,20 @@ void ClearState() {
 
 }  // namespace
 
+DWORD ToNumber(const std::string& word) {
+    return static_cast<DWORD>(std::stoul(word, nullptr, 0));
+}
+
+const std::string& At(const std::vector<std::string>& words, std::size_t index) {
+    if (index >= words.size())
+        throw std::runtime_error("something is missing after " + words.back());
+    return words[index];
+}
+
 WireStage::WireStage(Conversation::Complaint complain)
     : complain_(std::move(complain)),
       talk_(clock_, complain_),
-      timers_(clock_),
-      watched_{WireAct::Write, WireAct::Rts, WireAct::Rate},
-      threadsBefore_(ThreadCount()) {
+      watched_{WireAct::Write, WireAct::Rts, WireAct::Rate} {
     layer::InstallClock(&clock_);
     ClearState();
     ReceiveHandlers = {RecordBarcode, RecordRfid};
@@ -163,7 +155,9 @@ WireStage::~WireStage() {
     CloseRfidChannel();
     CloseIfOpen(ShellState.BarcodePort);
     CloseIfOpen(ShellState.RfidPort);
-    Settle();
+    // Whoever waits for a time to come ends with it.
+    while (StageClock::Rest() && clock_.NextWake() != layer::Forever)
+        clock_.AdvanceTo(clock_.NextWake());
     ports_.reset();
     layer::InstallClock(nullptr);
 }
@@ -230,7 +224,6 @@ void WireStage::Prepare(const Words& words) {
 }
 
 void WireStage::Call(const WireCommand& command) {
-    soundsBefore_ = SoundsStopped();
     std::vector<WireStep> steps = command.Steps;
     // A receive thread purges its port first: what the reader sends at once would not reach it.
     if (command.Words.size() > 1 && command.Words[1].ends_with("Receiver") && !steps.empty() &&
@@ -325,39 +318,32 @@ DWORD WireStage::CallByName(const Words& words) {
     throw std::runtime_error("unknown call: " + name);
 }
 
-// Lets time pass, as the message loop of the main window would.
+void WireStage::Step(std::uint64_t limit) {
+    clock_.AdvanceTo(std::max(clock_.Now() + 1, std::min({limit, talk_.NextArrival(), NextTimer()})));
+}
+
 void WireStage::Let(std::uint64_t milliseconds) {
     const std::uint64_t end = clock_.Now() + milliseconds;
-    Settle();
-    while (clock_.Now() < end) {
-        clock_.AdvanceTo(std::min({end, std::max(talk_.NextDue(), clock_.Now() + 1),
-                                   std::max(timers_.NextDue(), clock_.Now() + 1)}));
-        Settle();
-        RunTimers();
-    }
-}
-
-void WireStage::RunTimers() {
-    for (const UINT_PTR id : timers_.TakeFired()) {
-        if (id == IDT_RFID_READ)
-            CloseRfidChannel();
-        if (id == IDT_AIM_DURATION) {
-            ShellState.LaserHold = 0;
-            result_ = LaserAim(1, 0);
-        }
-        Settle();
-    }
-}
-
-// Waits until the receive threads have done all they can do now.
-void WireStage::Settle() const {
-    auto& talk = const_cast<Conversation&>(talk_);
-    for (int i = 0; i < 5000; ++i) {
-        if (ThreadCount() - threadsBefore_ <= talk.ThreadsAtRest())
+    for (;;) {
+        if (!StageClock::Rest())
+            complain_(0, "a thread neither waits nor ends");
+        RunMainWindow();
+        if (clock_.Now() >= end)
             return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        Step(std::min(end, clock_.NextWake()));
     }
-    complain_(0, "a thread neither waits nor ends");
+}
+
+void WireStage::Settle() {
+    // A thread that looks for something again and again is left at it.
+    const std::uint64_t end = clock_.Now() + LongestCall;
+    for (;;) {
+        Let(0);
+        const std::uint64_t next = std::min(clock_.NextWake(), talk_.NextArrival());
+        if (next == layer::Forever || clock_.Now() >= end)
+            return;
+        Step(next);
+    }
 }
 
 void WireStage::Same(int line, const std::string& what, std::uint64_t expected, std::uint64_t got) {
@@ -387,10 +373,6 @@ void WireStage::Expect(const Words& words, int line) {
         ExpectMessage(words, line);
     } else if (what == "no" && second == "message") {
         CheckEnd(line);
-    } else if (what == "no" && second == "timer") {
-        Same(line, "timer " + At(words, 3), 0, timers_.PeriodOf(ToNumber(words[3])));
-    } else if (what == "timer") {
-        Same(line, "timer " + second, ToNumber(At(words, 3)), timers_.PeriodOf(ToNumber(second)));
     } else if (what == "reply") {
         const std::vector<BYTE> got(reply_.Bytes.begin(), reply_.Bytes.begin() + reply_.Length);
         if (got != ReadWireBytes(words, 2))
@@ -408,9 +390,6 @@ void WireStage::Expect(const Words& words, int line) {
     } else if (what == "rate") {
         Same(line, "rate of port " + second, ToNumber(At(words, 3)),
              ports_->RateOf(static_cast<int>(ToNumber(second))));
-    } else if (what == "silenced") {
-        Same(line, "sounds stopped", ToNumber(second),
-             static_cast<std::uint64_t>(SoundsStopped() - soundsBefore_));
     } else {
         Same(line, what, ToNumber(second), Variable(what));
     }
