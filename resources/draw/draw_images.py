@@ -133,6 +133,7 @@ def main():
     icons = {size: app_icon(size) for size in sorted(ICON_SIZES, reverse=True)}
     (ICONS / "states.bmp").write_bytes(bmp(states))
     (ICONS / "vantrel.ico").write_bytes(ico(list(icons.values())))
+    (ICONS / "vantrel.png").write_bytes(png(icons[48], 1))
     if sys.argv[1:2] == ["--png"]:
         folder = pathlib.Path(sys.argv[2])
         shown = [[p + (0 if p == PALETTE["."] else 255,) for p in row] for row in states]
