@@ -1,10 +1,10 @@
 #include "link/command_exchange.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 
 #include "link/escape_frame.h"
+#include "link/packet_sender.h"
 #include "link/rfid_channel.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr int WriteTries = 3;
 constexpr DWORD AfterEscapeFrame = 50;  // the 1D reader must have taken a command before the next one
 constexpr DWORD BarcodeReplyDelay = 100;
 constexpr DWORD RfidReplyDelay = 30;
@@ -22,56 +21,20 @@ constexpr DWORD PollStep = 10;
 constexpr int RegisterFailures = 3;
 constexpr int RegisterRepeats = 10;
 
-bool WriteWithRetries(HANDLE port, const BYTE* bytes, std::size_t size) {
-    for (int i = 0; i < WriteTries; ++i) {
-        if (WritePort(port, bytes, static_cast<DWORD>(size))) {
-            return true;
-        }
-    }
-    return false;
-}
-
 int SendEscaped(HANDLE port, std::span<const BYTE> command) {
     EscFrame frame;
     const std::size_t size = BuildEscapeFrame(command, frame);
-    if (size == 0 || !WriteWithRetries(port, frame.data(), size)) {
+    if (size == 0 || !WriteWithRetries(port, frame.data(), static_cast<DWORD>(size))) {
         return 0;
     }
     Sleep(AfterEscapeFrame);
     return 1;
 }
 
-// The main thread's trigger packets and the receive thread's acknowledgements meet on one port. RTS must be
-// up around each of them: whoever ends while another packet is under way leaves the line to it.
-std::atomic<DWORD> PacketsUnderWay{0};
-std::atomic<DWORD> RtsDrops{0};
-
-int SendPacket(HANDLE port, std::span<const BYTE> packet) {
-    SsiFrame frame;
-    const std::size_t size = SealSsiPacket(packet, frame);
-    if (size == 0) {
-        return 0;
-    }
-    const DWORD drops = RtsDrops;
-    ++PacketsUnderWay;
-    SetRts(port, true);
-    if (RtsDrops != drops) {
-        RaiseRts(port);  // another packet's end has dropped it meanwhile
-    }
-    const bool written = WriteWithRetries(port, frame.data(), size);
-    // After a failure RTS stays raised until the next packet.
-    if (written && PacketsUnderWay == 1) {
-        SetRts(port, false);
-        ++RtsDrops;
-    }
-    --PacketsUnderWay;
-    return written ? 1 : 0;
-}
-
 int SendText(HANDLE port, std::span<const BYTE> text) {
     const auto end = std::find(text.begin(), text.end(), BYTE{0});
     const std::size_t size = static_cast<std::size_t>(end - text.begin());
-    return size != 0 && WriteWithRetries(port, text.data(), size) ? 1 : 0;
+    return size != 0 && WriteWithRetries(port, text.data(), static_cast<DWORD>(size)) ? 1 : 0;
 }
 
 std::span<const BYTE> BytesOf(std::string_view text) {

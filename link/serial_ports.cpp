@@ -5,6 +5,7 @@
 namespace {
 
 constexpr DWORD QueueSize = 4096;
+constexpr int WriteTries = 3;
 constexpr DWORD BarcodeWriteTimeout = 200;
 constexpr DWORD OtherWriteTimeout = 10;
 constexpr DWORD RtsLead = 100;  // the reader wakes up by RTS and needs this long before it listens
@@ -110,4 +111,13 @@ DWORD ReadPort(HANDLE port, BYTE* buffer, DWORD size) {
 bool WritePort(HANDLE port, const BYTE* bytes, DWORD size) {
     DWORD written = 0;
     return WriteFile(port, bytes, size, &written, nullptr) && written > 0;
+}
+
+bool WriteWithRetries(HANDLE port, const BYTE* bytes, DWORD size) {
+    for (int i = 0; i < WriteTries; ++i) {
+        if (WritePort(port, bytes, size)) {
+            return true;
+        }
+    }
+    return false;
 }

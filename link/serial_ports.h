@@ -43,3 +43,5 @@ void PurgePort(HANDLE port);
 DWORD ReadPort(HANDLE port, BYTE* buffer, DWORD size);
 // One write; whether the platform accepted it and at least a byte of it went out.
 bool WritePort(HANDLE port, const BYTE* bytes, DWORD size);
+// WritePort, up to three times.
+bool WriteWithRetries(HANDLE port, const BYTE* bytes, DWORD size);
