@@ -129,6 +129,33 @@ constexpr const Setting* ImagerSecondRows[] = {
     &general::DecodingAimingPattern,
 };
 
+// A packet counts its bytes in one: it has to hold every row at once.
+constexpr bool IsLengthRow(const Setting& row) {
+    return std::ranges::any_of(
+        Lengths, [&row](const LengthFields& fields) { return fields.Mode->ItemId == row.ItemId; });
+}
+constexpr std::size_t FullSize(SettingList rows, ReaderType type) {
+    std::size_t size = 0;
+    for (const Setting* row : rows) {
+        if (IsIn(*row, type))
+            size += IsLengthRow(*row) ? 4 : row->Parameter.Extended ? 3 : 2;
+    }
+    return size;
+}
+constexpr std::size_t MostEntries =
+    std::tuple_size_v<decltype(ParameterPacket::Bytes)> - EmptyParameterPacket;
+static_assert(FullSize(FirstRows, ReaderType::LongRangeLaser) +
+                  FullSize(LaserEndRows, ReaderType::LongRangeLaser) <=
+              MostEntries);
+static_assert(FullSize(FirstRows, ReaderType::Imager2D) <= MostEntries);
+static_assert(FullSize(ImagerSecondRows, ReaderType::Imager2D) <= MostEntries);
+
+constexpr bool HaveParameters(SettingList rows) {
+    return std::ranges::all_of(
+        rows, [](const Setting* row) { return IsLengthRow(*row) || row->Parameter.Number != NoParameter; });
+}
+static_assert(HaveParameters(FirstRows) && HaveParameters(LaserEndRows) && HaveParameters(ImagerSecondRows));
+
 const LengthFields* LengthsOf(const Setting& mode) {
     const auto found = std::find_if(std::begin(Lengths), std::end(Lengths),
                                     [&mode](const LengthFields& fields) { return fields.Mode == &mode; });

@@ -12,6 +12,12 @@ bool Selects(DWORD mask, ResetGroup group) {
     return (mask & static_cast<DWORD>(group)) != 0;
 }
 
+void Reset(const Setting& setting, ReaderType type) {
+    const SettingPlace& place = PlaceOf(setting, type);
+    if (place.HasDefault)
+        *WordOf(setting, type) = place.Default;
+}
+
 void ClearSymbologies() {
     for (Relaxed<WORD>& word : SymbologySettings)
         word = 0;
@@ -22,14 +28,18 @@ void ClearSymbologies() {
 void ResetSettings(DWORD mask) {
     const ReaderType type = FittedReader();
     const auto reset = [=](const Setting& setting) {
-        const SettingPlace& place = PlaceOf(setting, type);
-        if (place.HasDefault && Selects(mask, setting.Group))
-            *WordOf(setting, type) = place.Default;
+        if (Selects(mask, setting.Group))
+            Reset(setting, type);
     };
     if (Selects(mask, ResetGroup::BarcodeReader))
         ClearSymbologies();
     ForEachSymbologyField(reset);
     ForEachGeneralField(reset);
+}
+
+void ResetNewer(const Setting& setting, DWORD fileVersion) {
+    if (setting.Since > fileVersion)
+        Reset(setting, FittedReader());
 }
 
 void ReconcileDeviceFlags(const WORD& detected) {

@@ -12,6 +12,9 @@ inline constexpr DWORD ResetAllGroups = static_cast<DWORD>(ResetGroup::BarcodeRe
 // PrefixCode and SuffixCode among it, keeps its value.
 void ResetSettings(DWORD mask);
 
+// Gives a field that a settings file of that version did not have yet its default.
+void ResetNewer(const Setting& setting, DWORD fileVersion);
+
 // Takes over the device flags that the detection found (bits 0 to 2 and 5 count). Another barcode reader
 // gets its defaults, and so does an RFID reader that was not there before or came with another barcode
 // reader; both set ShellState.ReconfigureReaders. What belonged to a reader that is gone is cleared.

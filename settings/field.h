@@ -53,7 +53,15 @@ struct ReaderParameter {
     BYTE ReplacedBy = 0;
 };
 
+// A version of the settings file, so that an older one is less.
+constexpr DWORD FileVersion(WORD major, WORD minor) {
+    return DWORD{major} << 16 | minor;
+}
+inline constexpr WORD FileMajor = 1;  // what is written
+inline constexpr WORD FileMinor = 1;
+
 struct Setting {
+    const char* Name = "";  // as it is declared; unique in each reader's layout
     SettingBlock Block = SettingBlock::General;
     SettingEncoding Encoding = SettingEncoding::Toggle;
     ResetGroup Group = ResetGroup::General;
@@ -67,6 +75,7 @@ struct Setting {
     WORD RangeLabel = 0;
     bool ShortNumber = false;  // read as one word, where other numbers are read as a double word
     ReaderParameter Parameter;
+    DWORD Since = 0;  // the FileVersion that first had the field; an older file leaves it at its default
     std::array<SettingPlace, ReaderTypes> Places;  // by ReaderType
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string_view>
 
 #include "settings/pages.h"
 
@@ -78,6 +79,41 @@ constexpr bool NumbersDiffer(const SettingGroup& group) {
 }
 constexpr bool NumbersDiffer(std::span<const SettingGroup> groups) {
     return std::ranges::all_of(groups, [](const SettingGroup& group) { return NumbersDiffer(group); });
+}
+
+// No two fields of a reader's layout have the same name.
+constexpr bool NamesDiffer(std::span<const SettingList> general, std::span<const SettingGroup> groups) {
+    std::array<std::string_view, SymbologyWords + GeneralWords> names;
+    std::size_t count = 0;
+    const auto add = [&](SettingList list) {
+        for (const Setting* setting : list)
+            names[count++] = setting->Name;
+    };
+    for (const SettingList list : general)
+        add(list);
+    for (const SettingGroup& group : groups) {
+        add(group.Switch);
+        add(group.Items);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (names[i].empty() || std::find(names.begin(), names.begin() + i, names[i]) != names.begin() + i)
+            return false;
+    }
+    return true;
+}
+
+// The file that is written says that it has every field; else each load would reset the newer ones.
+constexpr bool NoneIsNewer(std::span<const SettingList> lists) {
+    return std::ranges::all_of(lists, [](SettingList list) {
+        return std::ranges::all_of(
+            list, [](const Setting* setting) { return setting->Since <= FileVersion(FileMajor, FileMinor); });
+    });
+}
+constexpr bool NoneIsNewer(std::span<const SettingGroup> groups) {
+    return std::ranges::all_of(groups, [](const SettingGroup& group) {
+        const SettingList lists[] = {group.Switch, group.Items};
+        return NoneIsNewer(lists);
+    });
 }
 
 // A default is one of the choices.

@@ -173,6 +173,10 @@ static_assert(checks::LayoutFits(Only1D, ReaderType::Decoder1D, GeneralWords));
 static_assert(checks::LayoutFits(OnlyLaser, ReaderType::LongRangeLaser, GeneralWords));
 static_assert(checks::LayoutFits(OnlyImager, ReaderType::Imager2D, GeneralWords));
 static_assert(checks::NumbersDiffer(General));
+static_assert(checks::NamesDiffer(Only1D, symbologies::Groups));
+static_assert(checks::NamesDiffer(OnlyLaser, OnLaser) && checks::NamesDiffer(OnlyImager, headings::Groups));
+static_assert(checks::NoneIsNewer(General) && checks::NoneIsNewer(symbologies::Groups) &&
+              checks::NoneIsNewer(headings::Groups));
 static_assert(std::ranges::all_of(General, [](SettingList list) {
     return checks::DefaultsFit(list) && checks::ParametersFit(list, general::BarcodeDecodeTimeout);
 }));
@@ -201,6 +205,20 @@ std::span<const SettingGroup> EngineGroups() {
 
 std::span<const SettingGroup> LaserGroups() {
     return OnLaser;
+}
+
+std::span<const SettingGroup> GroupsOn(ReaderType type) {
+    switch (type) {
+        case ReaderType::Decoder1D:
+            return symbologies::Groups;
+        case ReaderType::LongRangeLaser:
+            return OnLaser;
+        case ReaderType::Imager2D:
+            return headings::Groups;
+        case ReaderType::None:
+            break;
+    }
+    return {};
 }
 
 SettingList OutputItems() {

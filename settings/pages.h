@@ -21,6 +21,9 @@ std::span<const SettingGroup> Decoder1DGroups();
 std::span<const SettingGroup> EngineGroups();
 std::span<const SettingGroup> LaserGroups();
 
+// Those of a reader; none without one.
+std::span<const SettingGroup> GroupsOn(ReaderType type);
+
 // The general page: what every terminal with a barcode reader shows first, what the fitted reader adds, what
 // an RFID reader adds, what comes last, and what is kept in the record without being shown. Some fields
 // belong to several readers.

@@ -3,7 +3,9 @@
 #include <array>
 
 #include "platform/text.h"
+#include "settings/defaults.h"
 #include "settings/general_fields.h"
+#include "settings/pages.h"
 
 namespace {
 
@@ -19,10 +21,8 @@ constexpr std::size_t SymbologyAt = 240;
 constexpr std::size_t GeneralAt = SymbologyAt + 2 * SymbologyWords;
 static_assert(GeneralAt + 2 * GeneralWords == SettingsFileSize);
 
-constexpr WORD VersionMajor = 1;
-constexpr WORD VersionMinor = 1;
 // Version and a mark that is written and never read.
-constexpr BYTE Header[] = {VersionMajor, 0, VersionMinor, 0, 5, 0, 0, 0};
+constexpr BYTE Header[] = {FileMajor, 0, FileMinor, 0, 5, 0, 0, 0};
 constexpr WORD DefaultReadDuration = 3;
 
 using FileImage = std::array<BYTE, SettingsFileSize>;
@@ -92,6 +92,9 @@ int LoadSettings() {
 
     const WORD major = WordAt(image, MajorAt);
     const WORD minor = WordAt(image, MinorAt);
+    const auto reset = [&](const Setting& setting) { ResetNewer(setting, FileVersion(major, minor)); };
+    ForEachSymbologyField(reset);
+    ForEachGeneralField(reset);
     if (major == 1 && minor == 0) {
         // Version 1.0 numbered the choices from 0; since then each has a bit.
         SetValue(general::ActiveDevice, static_cast<WORD>(Value(general::ActiveDevice) + 1));

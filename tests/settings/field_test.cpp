@@ -1,10 +1,15 @@
 #include "settings/field.h"
 
 #include <atomic>
+#include <regex>
+#include <set>
 #include <thread>
 
 #include "settings/all_fields.h"
+#include "settings/defaults.h"
+#include "settings/pages.h"
 #include "tests/settings/record_fixture.h"
+#include "tests/support/temporary_terminal.h"
 
 namespace {
 
@@ -66,6 +71,36 @@ TEST_F(FieldTest, ATextReadWhileItIsWrittenIsEndedAndOfBothTexts) {
     }
     writer.join();
     EXPECT_TRUE(sound);
+}
+
+// No compiler finds a field that is declared and then forgotten.
+TEST(Fields, EachOneThatIsDeclaredIsAnItem) {
+    std::set<std::string> items;
+    const auto take = [&](const Setting& setting) { items.insert(setting.Name); };
+    ForEachGeneralField(take);
+    ForEachSymbologyField(take);
+    for (const char* header : {"decoder1d", "engine", "general"}) {
+        const std::string text =
+            ReadWholeFile(std::string(VANTREL_SOURCE_DIR "/settings/") + header + "_fields.h");
+        const std::regex declaration(R"(\nSETTING\((\w+),)");
+        std::sregex_iterator found(text.begin(), text.end(), declaration), end;
+        EXPECT_GE(std::distance(found, end), 50) << header;
+        for (; found != end; ++found)
+            EXPECT_TRUE(items.contains((*found)[1])) << (*found)[1] << " stands in no list of pages.cpp";
+    }
+}
+
+TEST_F(FieldTest, OneThatIsNewerThanTheFileGetsItsDefault) {
+    constexpr Setting newer = describe::NewIn(1, 2, engine::EnableUpcA);
+    const struct { WORD Major, Minor, Value; } files[] = {{1, 1, '1'}, {0, 9, '1'}, {1, 2, '0'}, {2, 0, '0'}};
+    DeviceFlags = DeviceImager;
+    for (const auto& file : files) {
+        SetValue(newer, '0');
+        ResetNewer(newer, FileVersion(file.Major, file.Minor));
+        EXPECT_EQ(Value(newer), file.Value) << file.Major << "." << file.Minor;
+    }
+    ResetNewer(decoder1d::Code39Enabled, 0);
+    EXPECT_EQ(Value(newer), '0') << "a field that every file has";
 }
 
 }  // namespace

@@ -2,39 +2,21 @@
 
 #include <stdexcept>
 
-#include "settings/all_fields.h"
-
-namespace {
-
-struct Named {
-    const char* Name;
-    const Setting& Field;
-};
-
-const Named Names[] = {
-    {"1d.Code39Enabled", decoder1d::Code39Enabled},
-    {"general.ScanMode", general::ScanMode},
-    {"general.BarcodeDecodeTimeout", general::BarcodeDecodeTimeout},
-    {"general.AimDuration", general::AimDuration},
-    {"general.RfidReadDuration", general::RfidReadDuration},
-    {"general.DecodingAimingPattern", general::DecodingAimingPattern},
-    {"engine.EnableUpcA", engine::EnableUpcA},
-    {"engine.EnableCode128", engine::EnableCode128},
-    {"engine.EnableRss14", engine::EnableRss14},
-    {"engine.Code39LengthMode", engine::Code39LengthMode},
-    {"engine.Code39Length2", engine::Code39Length2},
-    {"engine.Code39Length1", engine::Code39Length1},
-    {"engine.SupplementaryRedundancy", engine::SupplementaryRedundancy},
-    {"engine.TransmitDecodeMode", engine::TransmitDecodeMode},
-    {"engine.EscapeCharacters", engine::EscapeCharacters},
-};
-
-}  // namespace
+#include "settings/pages.h"
 
 const Setting& SettingByName(const std::string& name) {
-    for (const Named& named : Names) {
-        if (name == named.Name)
-            return named.Field;
-    }
-    throw std::runtime_error("no such setting: " + name);
+    const std::string layout = name.substr(0, name.find('.') + 1);
+    const Setting* found = nullptr;
+    const auto look = [&](const Setting& setting) {
+        const char* own = setting.Block == SettingBlock::General ? "general."
+                          : IsIn(setting, ReaderType::Decoder1D) ? "1d."
+                                                                 : "engine.";
+        if (layout == own && layout + setting.Name == name)
+            found = &setting;
+    };
+    ForEachGeneralField(look);
+    ForEachSymbologyField(look);
+    if (!found)
+        throw std::runtime_error("no such setting: " + name);
+    return *found;
 }
