@@ -1,9 +1,8 @@
 #include "app/apply_settings.h"
 
 #include "link/barcode_receiver.h"
-#include "link/parameter_download.h"
+#include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
-#include "link/settings_download.h"
 #include "settings/catalogue.h"
 #include "settings/record.h"
 #include "shell/error_messages.h"
@@ -12,22 +11,6 @@
 namespace {
 
 constexpr DWORD ApplyExitCode = 2255;
-
-// Each read of the barcode receive thread ends when this many milliseconds pass without a byte.
-constexpr DWORD MessageGap = 30;
-
-int DownloadSettings() {
-    if ((DeviceFlags & Device1D) && !Save1DSettings()) {
-        return 0;
-    }
-    if ((DeviceFlags & DeviceLaser) && !DownloadLaserSettings()) {
-        return 0;
-    }
-    if ((DeviceFlags & DeviceImager) && !DownloadImagerSettings()) {
-        return 0;
-    }
-    return 1;
-}
 
 // "Active Device" may still name a reader that has gone since it was chosen: switched on, the first press of
 // the trigger would fail on it and end the program.
@@ -49,7 +32,7 @@ DWORD WINAPI ApplySettingsThread(LPVOID) {
     while (!ShellState.ReaderReady) {
         Sleep(10);
     }
-    const int downloaded = DownloadSettings();
+    const bool downloaded = DownloadSettings();
     SetCursor(previous);
     if (!downloaded) {
         if (!ShellState.Closing) {
@@ -60,7 +43,7 @@ DWORD WINAPI ApplySettingsThread(LPVOID) {
     }
     SwitchReadersOn();
     if (ShellState.BarcodeEnabled) {
-        SetPortTimeouts(ShellState.BarcodePort, MessageGap);
+        SetPortTimeouts(ShellState.BarcodePort, FittedBarcodeReader()->MessageGap);
         ResumeBarcodeReceiver();
     }
     SendMessageW(ShellState.MainWindow, WM_SETTINGSAPPLIED, 0, 0);

@@ -3,6 +3,7 @@
 #include "link/barcode_receiver.h"
 #include "link/detection.h"
 #include "link/reader_setup.h"
+#include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "platform/message_queue.h"
 #include "scan/decode_record.h"
@@ -18,25 +19,20 @@ namespace {
 
 constexpr LPCWSTR DataQueueName = TEXT("QuenraDataQueue");
 
-constexpr DWORD LaserRate = 38400;
-constexpr DWORD WorkingRate = 115200;
-constexpr UINT ImagerPowerUp = 3200;  // milliseconds
-constexpr UINT ReaderPowerUp = 1200;
+constexpr UINT RfidPowerUp = 1200;  // milliseconds
 
 // Opens the reader that the settings name, without looking for it. A terminal with an RFID reader alone has
 // nothing to open now, but becomes ready like any other.
 DWORD OpenStoredReader() {
-    UINT powerUp = ReaderPowerUp;
-    if (HasBarcodeReader()) {
-        HANDLE port = OpenReaderPort(DeviceBarcodeMask);
+    UINT powerUp = RfidPowerUp;
+    if (const BarcodeReader* reader = FittedBarcodeReader()) {
+        HANDLE port = OpenReaderPort(BarcodePortSelector);
         if (!port) {
             return ErrorBarcodeReaderOn;
         }
         ShellState.BarcodePort = port;
-        SetPortLine(port, (DeviceFlags & DeviceLaser) ? LaserRate : WorkingRate);
-        if (DeviceFlags & DeviceImager) {
-            powerUp = ImagerPowerUp;
-        }
+        SetPortLine(port, reader->WorkingRate);
+        powerUp = reader->PowerUp;
     }
     SetTimer(ShellState.MainWindow, IDT_READER_READY, powerUp, nullptr);
     return Success;

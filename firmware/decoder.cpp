@@ -66,16 +66,6 @@ bool AwaitReply(HANDLE port, DWORD timeout, bool zeros, ReaderReply& reply) {
     return false;
 }
 
-bool WriteFirmware(HANDLE port, std::span<const BYTE> bytes) {
-    constexpr int WriteTries = 3;
-    for (int i = 0; i < WriteTries; ++i) {
-        if (WritePort(port, bytes.data(), static_cast<DWORD>(bytes.size()))) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // "Ver" anywhere and an ESC: the version stands between the ESC and the reply's last character.
 void StoreVersion(const ReaderReply& reply, std::span<BYTE> version) {
     if (!ReplyContains(reply, "Ver")) {
@@ -131,7 +121,7 @@ int FirmwareExchange(HANDLE port, std::span<const BYTE> bytes, ReaderReply& repl
         return 0;
     }
     PurgePort(port);
-    if (!WriteFirmware(port, bytes)) {
+    if (!WriteWithRetries(port, bytes.data(), static_cast<DWORD>(bytes.size()))) {
         return 0;
     }
     Sleep(PollStep);

@@ -4,6 +4,7 @@
 #include "firmware/firmware_file.h"
 #include "firmware/transfer.h"
 #include "firmware/upgrade_dialogs.h"
+#include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "link/settings_download.h"
 #include "platform/text.h"
@@ -100,4 +101,9 @@ DWORD UpgradeFirmware(HWND owner) {
     const DWORD result = Upgrade(owner);
     ShellState.UpgradeActive = 0;
     return result;
+}
+
+bool FirmwareUpgradable() {
+    const BarcodeReader* reader = FittedBarcodeReader();
+    return reader && reader->Upgradable;
 }

@@ -6,6 +6,7 @@
 #include "link/command_exchange.h"
 #include "link/message_handlers.h"
 #include "link/packet_message.h"
+#include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "link/ssi_packet.h"
 #include "settings/record.h"
@@ -33,13 +34,6 @@ void HandOver(PacketMessage& message) {
         ShellState.TransferBusy = 0;
     }
     ClearMessage(message);
-}
-
-void HandOverDecoderMessage(std::span<const BYTE> bytes, PacketMessage& message) {
-    ClearMessage(message);
-    std::copy(bytes.begin(), bytes.end(), message.Bytes.begin());
-    message.Length = static_cast<DWORD>(bytes.size());
-    HandOver(message);
 }
 
 // Beginning of any packet of a decode.
@@ -91,9 +85,45 @@ bool IsDecodeData(std::span<const BYTE> bytes) {
     return bytes.size() > 1 && bytes[1] == DECODE_DATA;
 }
 
-// Handles every packet in the bytes. Returns how many bytes at their end may be the beginning of a packet
-// that goes on in the next read: only a read that filled its buffer can cut one, any other ended with a
-// pause.
+// One event: reads what is there and handles it. False on a break.
+bool ReceiveOnce(HANDLE port, ReceiveBuffer& buffer, PacketMessage& message) {
+    DWORD events = 0;
+    if (!WaitCommEvent(port, &events, nullptr)) {
+        Sleep(WaitPause);
+        return true;
+    }
+    if (events & EV_BREAK) {
+        return false;
+    }
+    if ((events & EV_RXCHAR) == 0) {
+        return true;  // woken by a change of the mask
+    }
+    const DWORD kept = buffer.Kept;
+    const DWORD read = ReadPort(port, buffer.Bytes.data() + kept, ReadSize);
+    buffer.Kept = 0;
+    if (read == 0 && kept == 0) {
+        // An event without bytes completes nothing: the part of a packet message that has come so far stays
+        // where it is until its continuation comes or is overdue.
+        return true;
+    }
+    const std::span<const BYTE> bytes(buffer.Bytes.data(), kept + read);
+    const BarcodeReader* reader = FittedBarcodeReader();
+    const DWORD rest = reader ? reader->Receive(port, message, bytes, read == ReadSize) : 0;
+    std::copy(bytes.end() - rest, bytes.end(), buffer.Bytes.begin());
+    buffer.Kept = rest;
+    return true;
+}
+
+}  // namespace
+
+DWORD TakeDecoderMessage(HANDLE, PacketMessage& message, std::span<const BYTE> bytes, bool) {
+    ClearMessage(message);
+    std::copy(bytes.begin(), bytes.end(), message.Bytes.begin());
+    message.Length = static_cast<DWORD>(bytes.size());
+    HandOver(message);
+    return 0;
+}
+
 DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled) {
     while (!bytes.empty()) {
         const SsiPiece piece = NextSsiPacket(bytes);
@@ -120,40 +150,6 @@ DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> byt
     }
     return 0;
 }
-
-// One event: reads what is there and handles it. False on a break.
-bool ReceiveOnce(HANDLE port, ReceiveBuffer& buffer, PacketMessage& message) {
-    DWORD events = 0;
-    if (!WaitCommEvent(port, &events, nullptr)) {
-        Sleep(WaitPause);
-        return true;
-    }
-    if (events & EV_BREAK) {
-        return false;
-    }
-    if ((events & EV_RXCHAR) == 0) {
-        return true;  // woken by a change of the mask
-    }
-    const DWORD kept = buffer.Kept;
-    const DWORD read = ReadPort(port, buffer.Bytes.data() + kept, ReadSize);
-    buffer.Kept = 0;
-    if (read == 0 && kept == 0) {
-        // An event without bytes completes nothing: the part of a packet message that has come so far stays
-        // where it is until its continuation comes or is overdue.
-        return true;
-    }
-    const std::span<const BYTE> bytes(buffer.Bytes.data(), kept + read);
-    if ((DeviceFlags & (DeviceLaser | DeviceImager)) == 0) {
-        HandOverDecoderMessage(bytes, message);
-        return true;
-    }
-    const DWORD rest = TakePackets(port, message, bytes, read == ReadSize);
-    std::copy(bytes.end() - rest, bytes.end(), buffer.Bytes.begin());
-    buffer.Kept = rest;
-    return true;
-}
-
-}  // namespace
 
 int StartBarcodeReceiver(WORD deviceMask) {
     if ((deviceMask & DeviceBarcodeMask) == 0) {

@@ -1,6 +1,9 @@
 // The barcode receive thread: waits for bytes on the barcode port and turns them into messages.
 #pragma once
 
+#include <span>
+
+#include "link/packet_message.h"
 #include "platform/kernel.h"
 
 // Creates the thread, suspended, when the mask has a barcode reader; ShellState.BarcodeThread holds it. 1,
@@ -18,3 +21,12 @@ DWORD WINAPI BarcodeReceiveThread(LPVOID);
 // The continuation of a packet message is overdue: gives the trigger free again. The main window calls it
 // when IDT_CONTINUATION has fired; the receive thread itself drops the part before it takes another packet.
 void ContinuationOverdue();
+
+// How one read of the port becomes messages, which are handed over. `filled`: the read filled its buffer, so
+// that its end may be the beginning of a packet that goes on in the next one. Returns how many bytes at the
+// end are to be kept for that. On the receive thread.
+using TakeBytes = DWORD (*)(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
+// The 1D reader: a read is a message.
+DWORD TakeDecoderMessage(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
+// The scan engines: checks, acknowledges and joins packets.
+DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);

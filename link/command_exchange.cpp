@@ -3,33 +3,19 @@
 #include <algorithm>
 #include <cstring>
 
-#include "link/escape_frame.h"
-#include "link/packet_sender.h"
+#include "link/readers/barcode_reader.h"
 #include "link/rfid_channel.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
-#include "link/ssi_packet.h"
-#include "settings/record.h"
 #include "shell/shell_state.h"
 
 namespace {
 
-constexpr DWORD AfterEscapeFrame = 50;  // the 1D reader must have taken a command before the next one
 constexpr DWORD BarcodeReplyDelay = 100;
 constexpr DWORD RfidReplyDelay = 30;
 constexpr DWORD PollStep = 10;
 constexpr int RegisterFailures = 3;
 constexpr int RegisterRepeats = 10;
-
-int SendEscaped(HANDLE port, std::span<const BYTE> command) {
-    EscFrame frame;
-    const std::size_t size = BuildEscapeFrame(command, frame);
-    if (size == 0 || !WriteWithRetries(port, frame.data(), static_cast<DWORD>(size))) {
-        return 0;
-    }
-    Sleep(AfterEscapeFrame);
-    return 1;
-}
 
 int SendText(HANDLE port, std::span<const BYTE> text) {
     const auto end = std::find(text.begin(), text.end(), BYTE{0});
@@ -64,7 +50,8 @@ int SendReaderCommand(HANDLE port, std::span<const BYTE> command) {
     if (port != ShellState.BarcodePort) {
         return SendText(port, command);
     }
-    return (DeviceFlags & Device1D) ? SendEscaped(port, command) : SendPacket(port, command);
+    const BarcodeReader* reader = FittedBarcodeReader();
+    return reader && reader->Send(port, command) ? 1 : 0;
 }
 
 int SendReaderCommand(HANDLE port, std::string_view command) {

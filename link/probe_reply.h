@@ -1,9 +1,14 @@
 // What the readers' answers to the detection's probes say.
 #pragma once
 
+#include <array>
 #include <span>
 
 #include "platform/base.h"
+
+// A probe's answers come within so many milliseconds, and none is longer than the buffer.
+inline constexpr DWORD ProbeWindow = 500;
+using ProbeAnswer = std::array<BYTE, 512>;
 
 enum class RevisionAnswer {
     NoRevision,  // not a revision reply

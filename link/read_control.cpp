@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "link/command_exchange.h"
+#include "link/readers/barcode_reader.h"
 #include "link/rfid_receiver.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
-#include "link/ssi_packet.h"
 #include "platform/sound.h"
 #include "settings/general_fields.h"
 #include "settings/record.h"
@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr UINT LaserHoldTime = 1000;
-constexpr DWORD RfidRate = 57600;
 constexpr int GreetingTries = 6;
 constexpr DWORD GreetingWindow = 250;
 constexpr DWORD GreetingReadSize = 20;
@@ -32,46 +30,6 @@ bool ReceiverStarted = false;
 
 void StopSound() {
     PlaySoundW(nullptr, nullptr, SND_ASYNC);
-}
-
-bool Send(std::span<const BYTE> command) {
-    return SendReaderCommand(ShellState.BarcodePort, command) == 1;
-}
-
-bool AimsFirst() {
-    return (DeviceFlags & DeviceLaser) != 0 && Value(general::AimDuration) != 0;
-}
-
-DWORD Result(bool sent) {
-    return sent ? Success : ErrorSetBarcodeReader;
-}
-
-DWORD PressPacketReader() {
-    if (AimsFirst() && ShellState.LaserHold == 0) {
-        const DWORD result = LaserAim(0, 1);
-        if (result == Success) {
-            ShellState.LaserHold = 1;
-        }
-        return result;
-    }
-    // The hold is used up: its timer must not end that of the next press.
-    KillTimer(ShellState.MainWindow, IDT_LASER_HOLD);
-    ShellState.LaserHold = 0;
-    return Result(Send(SsiStartDecode));
-}
-
-DWORD ReleasePacketReader() {
-    if (AimsFirst()) {
-        const DWORD result = LaserAim(0, 0);
-        if (result != Success) {
-            return result;
-        }
-        if (ShellState.LaserHold == 1) {
-            SetTimer(ShellState.MainWindow, IDT_LASER_HOLD, LaserHoldTime, nullptr);
-            return Success;
-        }
-    }
-    return Result(Send(SsiStopDecode));
 }
 
 // The rest of the greeting's line must have passed before the receive thread starts: it would be taken for a
@@ -119,25 +77,11 @@ DWORD BarcodeTrigger(int pressed) {
     if (pressed) {
         StopSound();
     }
-    if (DeviceFlags & Device1D) {
-        return Result(SendReaderCommand(ShellState.BarcodePort, pressed ? "ON" : "OFF") == 1);
+    const BarcodeReader* reader = FittedBarcodeReader();
+    if (!reader) {
+        return ErrorSetBarcodeReader;
     }
-    return pressed ? PressPacketReader() : ReleasePacketReader();
-}
-
-DWORD LaserAim(int startAfter, int on) {
-    if (on) {
-        if (!Send(SsiAimOn)) {
-            return ErrorSetBarcodeReader;
-        }
-        SetTimer(ShellState.MainWindow, IDT_AIM_DURATION, Value(general::AimDuration) * 100u, nullptr);
-    } else {
-        KillTimer(ShellState.MainWindow, IDT_AIM_DURATION);
-        if (!Send(SsiAimOff)) {
-            return ErrorSetBarcodeReader;
-        }
-    }
-    return startAfter == 1 ? Result(Send(SsiStartDecode)) : Success;
+    return pressed ? reader->Press() : reader->Release();
 }
 
 DWORD OpenRfidChannel() {
@@ -148,7 +92,7 @@ DWORD OpenRfidChannel() {
             return ErrorRfidReaderOn;
         }
         ShellState.RfidPort = port;
-        SetPortLine(port, RfidRate);
+        SetPortLine(port, RfidWorkingRate);
         if (AwaitGreeting(port)) {
             SkipGreeting(port);
             if (!StartRfidReceiver(DeviceFlags & DeviceRfid)) {

@@ -9,6 +9,8 @@
 inline constexpr DWORD BarcodePortSelector = 7;
 inline constexpr DWORD RfidPortSelector = 32;
 
+inline constexpr DWORD RfidWorkingRate = 57600;
+
 // Events both receive threads wait for.
 inline constexpr DWORD ReceiveEvents = EV_RXCHAR | EV_BREAK;
 

@@ -1,10 +1,10 @@
 #include "scan/barcode_data.h"
 
 #include "link/read_control.h"
+#include "link/readers/barcode_reader.h"
 #include "scan/delivery.h"
 #include "scan/read_feedback.h"
 #include "settings/all_fields.h"
-#include "settings/record.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -54,5 +54,7 @@ int HandleBarcodeData(const BYTE* message, DWORD length) {
         return 0;
     }
     const std::span<const BYTE> bytes(message, length);
-    return (DeviceFlags & Device1D) != 0 ? Handle1DMessage(bytes) : HandlePacketMessage(bytes);
+    const BarcodeReader* reader = FittedBarcodeReader();
+    return reader && reader->Protocol == ReaderProtocol::Escape ? Handle1DMessage(bytes)
+                                                                : HandlePacketMessage(bytes);
 }

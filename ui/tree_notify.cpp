@@ -1,7 +1,6 @@
 #include "ui/tree_notify.h"
 
 #include "firmware/upgrade.h"
-#include "settings/record.h"
 #include "shell/shell_state.h"
 #include "ui/item_taps.h"
 #include "ui/tree_view.h"
@@ -14,7 +13,7 @@ constexpr UINT UpgradeKeyTime = 3000;    // milliseconds between the two
 
 bool UpgradePossible() {
     HWND sheet = ShellState.SettingsSheet;
-    return sheet && IsWindowVisible(sheet) && (DeviceFlags & Device1D) != 0;
+    return sheet && IsWindowVisible(sheet) && FirmwareUpgradable();
 }
 
 // The two keys of the hidden sequence, one after the other with nothing between them.

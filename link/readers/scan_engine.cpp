@@ -1,0 +1,106 @@
+#include "link/readers/scan_engine.h"
+
+#include <algorithm>
+
+#include "link/command_exchange.h"
+#include "link/packet_sender.h"
+#include "link/probe_reply.h"
+#include "link/serial_ports.h"
+#include "shell/shell_state.h"
+
+namespace {
+
+constexpr DWORD ProbeDelay = 100;
+constexpr DWORD DefaultsTime = 1000;  // an engine that takes its factory defaults restarts at 9600
+constexpr DWORD DefaultsRate = 9600;
+constexpr DWORD NewRateTime = 500;
+
+bool Acknowledged(HANDLE port, std::span<const BYTE> packet) {
+    ReaderReply reply;
+    return RequestReply(port, packet, reply) && ReplyAcknowledges(reply);
+}
+
+// Looking for the two acknowledgement bytes anywhere would find them in other packets' data too.
+bool BeginsWithAck(const ReaderReply& reply) {
+    return reply.Length >= SsiReaderAck.size() &&
+           std::equal(SsiReaderAck.begin(), SsiReaderAck.end(), reply.Bytes.begin());
+}
+
+}  // namespace
+
+WORD ProbeScanEngine(HANDLE port) {
+    SsiFrame frame;
+    const std::size_t size = SealSsiPacket(SsiRequestRevision, frame);
+    SetRts(port, true);
+    if (!WritePort(port, frame.data(), static_cast<DWORD>(size))) {
+        return 0;
+    }
+    SetRts(port, false);
+    Sleep(ProbeDelay);
+    ProbeAnswer buffer;
+    const ReplyWindow window{port, IsWholePacket, ProbeWindow};
+    for (;;) {
+        const std::span<const BYTE> answer = window.Next(buffer);
+        if (answer.empty()) {
+            return 0;
+        }
+        switch (ParseRevisionReply(answer)) {
+            case RevisionAnswer::NoRevision:
+            case RevisionAnswer::Unknown:
+                break;
+            case RevisionAnswer::Unnamed:
+                return 0;
+            case RevisionAnswer::Laser:
+                return DeviceLaser;
+            case RevisionAnswer::Imager:
+                return DeviceImager;
+        }
+    }
+}
+
+bool SetUpScanEngine(HANDLE port, const BarcodeReader& reader, std::span<const BYTE> lengths,
+                     std::span<const BYTE> base) {
+    if (!Acknowledged(port, SsiParameterDefaults)) {
+        return false;
+    }
+    Sleep(DefaultsTime);
+    SetPortLine(port, DefaultsRate);
+    if (!Acknowledged(port, lengths) || !Acknowledged(port, base)) {
+        return false;
+    }
+    Sleep(NewRateTime);
+    SetPortRate(port, reader.WorkingRate);
+    return true;
+}
+
+DWORD CommandScanEngine(std::span<const BYTE> packet) {
+    return SendReaderCommand(ShellState.BarcodePort, packet) ? Success : ErrorSetBarcodeReader;
+}
+
+DWORD StartDecoding() {
+    // The hold is used up: its timer must not end that of the next press.
+    KillTimer(ShellState.MainWindow, IDT_LASER_HOLD);
+    ShellState.LaserHold = 0;
+    return CommandScanEngine(SsiStartDecode);
+}
+
+DWORD StopDecoding() {
+    return CommandScanEngine(SsiStopDecode);
+}
+
+bool DownloadRows(ParameterRows rows) {
+    ParameterPacket packet;
+    BuildParameterPacket(rows, packet);
+    if (packet.Length <= EmptyParameterPacket) {
+        return true;
+    }
+    const HANDLE port = ShellState.BarcodePort;
+    SetPortTimeouts(port, MAXDWORD);
+    ReaderReply reply;
+    return RequestReply(port, std::span<const BYTE>(packet.Bytes.data(), packet.Length), reply) &&
+           BeginsWithAck(reply);
+}
+
+bool SendToScanEngine(HANDLE port, std::span<const BYTE> packet) {
+    return SendPacket(port, packet) != 0;
+}
