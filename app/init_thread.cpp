@@ -5,6 +5,7 @@
 #include "link/reader_setup.h"
 #include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
+#include "platform/log.h"
 #include "platform/message_queue.h"
 #include "scan/decode_record.h"
 #include "settings/catalogue.h"
@@ -134,6 +135,7 @@ DWORD WINAPI InitThread(LPVOID) {
     // A second start that asks for the settings just now waits like any other until the first apply is over.
     ShellState.Applying = 1;
     ShellState.InitDone = 1;
+    ReportReady(TEXT("The readers are ready"));
     SetWindowPos(window, HWND_TOP, 0, 0, 240, 294, SWP_SHOWWINDOW);
     if (GetForegroundWindow() == window) {
         ShellState.Applying = 0;

@@ -1,6 +1,7 @@
 #include "shell/error_messages.h"
 
 #include "platform/text.h"
+#include "shell/log.h"
 
 namespace {
 
@@ -48,6 +49,7 @@ int ShowErrorMessage(HWND owner, DWORD code) {
         }
     }
 
+    Log(code == FirmwareUpgradeDone ? LogPriority::Notice : LogPriority::Error, TEXT("%s (%u)"), text, code);
     SetForegroundWindow(owner);
     return MessageBoxW(owner, text, caption, MB_OK);
 }

@@ -3,6 +3,7 @@
 
 #include "platform/controls.h"
 #include "platform/linux/controls/controls.h"
+#include "platform/linux/windows/start_windows.h"
 
 namespace layer {
 
@@ -45,6 +46,7 @@ class ProgressControl : public WindowObject {
         const int before = bar_->value();
         bar_->setValue(std::clamp(position, bar_->minimum(), bar_->maximum()));
         Paint();
+        TellWatchdog();
         return before;
     }
 

@@ -1,5 +1,6 @@
 # Clock, objects, threads, waits, files, queues, sound and text, behind the platform's names.
 
+pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(CANBERRA REQUIRED IMPORTED_TARGET libcanberra)
 
 vantrel_library(vantrel_platform_kernel
@@ -13,6 +14,7 @@ vantrel_library(vantrel_platform_kernel
   linux/kernel/host_path.cpp
   linux/kernel/install_sounds.cpp
   linux/kernel/local_object.cpp
+  linux/kernel/log.cpp
   linux/kernel/manual_clock.cpp
   linux/kernel/message_queue.cpp
   linux/kernel/named_event.cpp
@@ -27,4 +29,4 @@ vantrel_library(vantrel_platform_kernel
 # Files and serial ports share CreateFileW and ReadFile, so the two libraries need each other.
 target_link_libraries(vantrel_platform_kernel
   PUBLIC Threads::Threads vantrel_resources $<TARGET_NAME_IF_EXISTS:vantrel_platform_serial>
-  PRIVATE PkgConfig::CANBERRA)
+  PRIVATE PkgConfig::CANBERRA PkgConfig::SYSTEMD)

@@ -1,10 +1,12 @@
 #include "platform/linux/windows/start_windows.h"
 
 #include <fcntl.h>
+#include <systemd/sd-daemon.h>
 #include <unistd.h>
 
 #include <QApplication>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -98,7 +100,23 @@ void EndAtOnce() {
     }
 }
 
+// A service manager that watches is told of every turn of the message loop, so that a program that hangs is
+// started anew. Twice in each period that it gives.
+void FeedWatchdog() {
+    std::uint64_t period = 0;
+    if (sd_watchdog_enabled(0, &period) <= 0) {
+        return;
+    }
+    auto* feeder = new QTimer(qApp);
+    QObject::connect(feeder, &QTimer::timeout, feeder, TellWatchdog);
+    feeder->start(std::chrono::milliseconds(std::max<std::uint64_t>(period / 2000, 1)));
+}
+
 }  // namespace
+
+void TellWatchdog() {
+    sd_notify(0, "WATCHDOG=1");
+}
 
 void StartWindows() {
     if (QCoreApplication::instance() != nullptr) {
@@ -118,6 +136,7 @@ void StartWindows() {
     RegisterBasicControls();
     RegisterCommonControls();
     OpenMailbox();
+    FeedWatchdog();
 }
 
 void TakeSignals() {

@@ -11,4 +11,8 @@ void StartWindows();
 // message loop.
 void TakeSignals();
 
+// Tells a service manager that watches that the program lives. Whoever keeps the main thread for long calls
+// it.
+void TellWatchdog();
+
 }  // namespace layer

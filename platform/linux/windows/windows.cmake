@@ -43,7 +43,7 @@ target_precompile_headers(vantrel_platform_windows PRIVATE
   <QApplication> <QLabel> <QLineEdit> <QPainter> <QPushButton> <QTreeWidget> <QWidget>)
 target_link_libraries(vantrel_platform_windows
   PUBLIC vantrel_platform_kernel vantrel_resource_file vantrel_resources Qt6::Widgets
-  PRIVATE PkgConfig::VANTREL_X11)
+  PRIVATE PkgConfig::VANTREL_X11 PkgConfig::SYSTEMD)
 
 # Everything that the system's sources are linked with; linux/main.cpp goes into each program.
 add_library(vantrel_platform INTERFACE)
