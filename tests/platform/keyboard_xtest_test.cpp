@@ -10,63 +10,10 @@
 
 #include "platform/keyboard.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
+#include "tests/platform/typed_text.h"
 #include "tests/platform/x_client.h"
 
 namespace {
-
-struct Stroke {
-    char Character;
-    BYTE Key;
-    bool Shift;
-};
-
-// Keys as they are typed for a scan.
-std::vector<Stroke> AllStrokes() {
-    std::vector<Stroke> strokes;
-    for (char c = 'a'; c <= 'z'; ++c) {
-        const auto key = static_cast<BYTE>(c - 'a' + 'A');
-        strokes.push_back({c, key, false});
-        strokes.push_back({static_cast<char>(key), key, true});
-    }
-    const char* digits = "0123456789";
-    const char* shifted = ")!@#$%^&\0(";
-    for (int i = 0; i < 10; ++i) {
-        strokes.push_back({digits[i], static_cast<BYTE>('0' + i), false});
-        if (shifted[i] != 0)
-            strokes.push_back({shifted[i], static_cast<BYTE>('0' + i), true});
-    }
-    const Stroke others[] = {
-        {'\r', VK_RETURN, false},   {' ', VK_SPACE, false},     {'*', VK_MULTIPLY, false},
-        {'+', VK_ADD, false},       {';', VK_OEM_1, false},     {':', VK_OEM_1, true},
-        {'=', VK_OEM_PLUS, false},  {',', VK_OEM_COMMA, false}, {'<', VK_OEM_COMMA, true},
-        {'-', VK_OEM_MINUS, false}, {'_', VK_OEM_MINUS, true},  {'.', VK_OEM_PERIOD, false},
-        {'>', VK_OEM_PERIOD, true}, {'/', VK_OEM_2, false},     {'?', VK_OEM_2, true},
-        {'`', VK_OEM_3, false},     {'~', VK_OEM_3, true},      {'[', VK_OEM_4, false},
-        {'{', VK_OEM_4, true},      {'\\', VK_OEM_5, false},    {'|', VK_OEM_5, true},
-        {']', VK_OEM_6, false},     {'}', VK_OEM_6, true},      {'\'', VK_OEM_7, false},
-        {'"', VK_OEM_7, true}};
-    strokes.insert(strokes.end(), std::begin(others), std::end(others));
-    return strokes;
-}
-
-void Type(const Stroke& stroke) {
-    if (stroke.Shift)
-        keybd_event(VK_SHIFT, 0, 0, 0);
-    keybd_event(stroke.Key, 0, 0, 0);
-    keybd_event(stroke.Key, 0, KEYEVENTF_KEYUP, 0);
-    if (stroke.Shift)
-        keybd_event(VK_SHIFT, 0, KEYEVENTF_KEYUP, 0);
-}
-
-void Type(const std::string& text) {
-    const auto strokes = AllStrokes();
-    for (const char c : text) {
-        for (const Stroke& stroke : strokes) {
-            if (stroke.Character == c)
-                Type(stroke);
-        }
-    }
-}
 
 class XtestKeyboard : public testing::Test {
   protected:
@@ -82,12 +29,9 @@ class XtestKeyboard : public testing::Test {
         ASSERT_EQ(std::system(("setxkbmap " + arguments).c_str()), 0);
     }
     void ExpectAll(const std::string& what) {
-        std::string expected;
-        for (const Stroke& stroke : AllStrokes()) {
-            Type(stroke);
-            expected += stroke.Character;
-        }
-        EXPECT_EQ(client_.Typed(expected.size()), expected) << what;
+        const std::string all = AllCharacters();
+        TypeText(all);
+        EXPECT_EQ(client_.Typed(all.size()), all) << what;
     }
 
     XServer server_;
@@ -135,7 +79,7 @@ TEST_F(XtestKeyboard, KeysHeldByTheUserAreRestored) {
                 client_.Hold(held, real);
                 const unsigned before = client_.Modifiers();
                 ASSERT_NE(before, 0u);
-                Type("aB1!");
+                TypeText("aB1!");
                 keybd_event(VK_TAB, 0, 0, 0);
                 keybd_event(VK_TAB, 0, KEYEVENTF_KEYUP, 0);
                 EXPECT_EQ(client_.Typed(5), "aB1!<Tab>") << layout << " " << XKeysymToString(held) << real;
@@ -144,7 +88,7 @@ TEST_F(XtestKeyboard, KeysHeldByTheUserAreRestored) {
                 client_.LetGo(held, real);
                 EXPECT_FALSE(client_.AnyKeyDown());
                 EXPECT_EQ(client_.Modifiers(), 0u);
-                Type("Z");
+                TypeText("Z");
                 EXPECT_EQ(client_.Typed(1), "Z");
                 EXPECT_FALSE(client_.AnyKeyDown());
             }
@@ -156,10 +100,10 @@ TEST_F(XtestKeyboard, KeyThatTheUserHoldsIsTypedOnce) {
     Layout("us");
     client_.Hold(XK_a);
     client_.Typed(1);
-    Type("a");
+    TypeText("a");
     EXPECT_EQ(client_.Typed(1), "a");
     client_.LetGo(XK_a);
-    Type("a");
+    TypeText("a");
     EXPECT_EQ(client_.Typed(1), "a");
     EXPECT_FALSE(client_.AnyKeyDown());
 }
@@ -167,7 +111,7 @@ TEST_F(XtestKeyboard, KeyThatTheUserHoldsIsTypedOnce) {
 TEST_F(XtestKeyboard, LayoutChangeBetweenTwoKeys) {
     for (const char* layout : {"us", "de", "ru", "fr"}) {
         Layout(layout);
-        Type("y;z/");
+        TypeText("y;z/");
         EXPECT_EQ(client_.Typed(4), "y;z/") << layout;
     }
 }
@@ -175,12 +119,7 @@ TEST_F(XtestKeyboard, LayoutChangeBetweenTwoKeys) {
 TEST_F(XtestKeyboard, TwoTypistsDoNotMixTheirShifts) {
     Layout("us");
     constexpr int Count = 100;
-    const Stroke capital{'A', 'A', true}, small{'b', 'B', false};
-    auto typist = [](const Stroke& stroke) {
-        for (int i = 0; i < Count; ++i)
-            Type(stroke);
-    };
-    std::thread one(typist, capital), two(typist, small);
+    std::thread one(TypeText, std::string(Count, 'A')), two(TypeText, std::string(Count, 'b'));
     one.join();
     two.join();
     const std::string typed = client_.Typed(2 * Count);
@@ -199,7 +138,7 @@ TEST_F(XtestKeyboard, EndTakesNothingWithIt) {
     EXPECT_EQ(client_.Modifiers(), 0u);
     keybd_event('A', 0, KEYEVENTF_KEYUP, 0);
     keybd_event(VK_SHIFT, 0, KEYEVENTF_KEYUP, 0);
-    Type("x");
+    TypeText("x");
     EXPECT_EQ(client_.Typed(1), "x");
 }
 
@@ -208,14 +147,14 @@ TEST(XtestServer, LossAndReturnOfTheServer) {
     const std::string name = server->Name();
     setenv("VANTREL_KEYBOARD", "xtest", 1);
     layer::InstallKeyboard(nullptr);
-    Type("a");
+    TypeText("a");
     server.reset();
     for (int i = 0; i < 5; ++i)
-        Type("bC");
+        TypeText("bC");
     server = std::make_unique<XServer>(name);
     XClient client;
     std::this_thread::sleep_for(std::chrono::milliseconds(1100));
-    Type("dE");
+    TypeText("dE");
     EXPECT_EQ(client.Typed(2), "dE");
     layer::InstallKeyboard(nullptr);
     unsetenv("VANTREL_KEYBOARD");

@@ -7,10 +7,7 @@
 #include <bitset>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
-#include <cstdlib>
 #include <mutex>
-#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -22,12 +19,6 @@ namespace {
 
 constexpr int EndTries = 100;
 constexpr std::chrono::milliseconds EndPause{10};
-
-class NoKeyboard : public KeyboardBackend {
-  public:
-    void Key(BYTE, bool) override {}
-    void ReleaseAll() override {}
-};
 
 struct Typist;
 
@@ -65,31 +56,10 @@ Typist::~Typist() {
     keyboard.free.notify_one();
 }
 
-std::unique_ptr<KeyboardBackend> Choose() {
-    const char* choice = std::getenv("VANTREL_KEYBOARD");
-    const std::string_view wanted = choice != nullptr ? choice : "";
-    constexpr std::string_view Trace = "trace:";
-    if (wanted.substr(0, Trace.size()) == Trace) {
-        if (auto backend = MakeTraceKeyboard(std::string(wanted.substr(Trace.size()))))
-            return backend;
-        std::fprintf(stderr, "vantrel: cannot write the key trace; no keys are sent\n");
-    } else if (wanted == "none") {
-        return std::make_unique<NoKeyboard>();
-    } else if (wanted.empty() || wanted == "xtest") {
-        if (auto backend = MakeXtestKeyboard())
-            return backend;
-        std::fprintf(stderr, "vantrel: no usable X display; no keys are sent\n");
-    } else {
-        std::fprintf(stderr,
-                     "vantrel: VANTREL_KEYBOARD is none of xtest, trace:FILE, none; no keys are sent\n");
-    }
-    return std::make_unique<NoKeyboard>();
-}
-
 // With the keyboard's lock held.
 void MakeReady(Keyboard& keyboard) {
     if (!keyboard.backend)
-        keyboard.backend = Choose();
+        keyboard.backend = ChooseKeyboard();
     if (keyboard.endRegistered)
         return;
     keyboard.endRegistered = true;
