@@ -41,6 +41,7 @@ DWORD WINAPI ApplySettingsThread(LPVOID) {
         }
         return ApplyExitCode;
     }
+    ShellState.SettingsApplied = 1;
     SwitchReadersOn();
     if (ShellState.BarcodeEnabled) {
         SetPortTimeouts(ShellState.BarcodePort, FittedBarcodeReader()->MessageGap);

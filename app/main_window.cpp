@@ -1,5 +1,7 @@
 #include "app/main_window.h"
 
+#include <utility>
+
 #include "app/about_box.h"
 #include "app/apply_settings.h"
 #include "app/settings_window.h"
@@ -66,19 +68,18 @@ void ToggleRfidReader() {
     }
 }
 
-// What was asked for while the apply thread had the reader's port; done when it has ended. Both readers are
-// off then and their items unmarked, so that choosing one means to have it on.
-struct {
-    bool BarcodeOn, RfidOn, OpenSettings;
-} Waiting;
+// The settings were asked for while the apply thread had the reader's port; they open when it has ended.
+bool OpenSettingsWaits = false;
 
+// While settings are applied both readers are off and their items unmarked: choosing one means to have it on, and
+// that is what the apply thread does with every reader whose item can be chosen.
 void SwitchReader(UINT id) {
-    const bool barcode = id == IDM_BC_READER;
     if (ShellState.Applying) {
-        (barcode ? Waiting.BarcodeOn : Waiting.RfidOn) = true;
-    } else if (barcode && BarcodeItemEnabled()) {
+        return;
+    }
+    if (id == IDM_BC_READER && BarcodeItemEnabled()) {
         ToggleBarcodeReader();
-    } else if (!barcode && RfidItemEnabled()) {
+    } else if (id == IDM_RFID_READER && RfidItemEnabled()) {
         ToggleRfidReader();
     }
 }
@@ -88,15 +89,7 @@ void OnSettingsApplied(HWND window) {
     if (ShellState.Closing || ShellState.ErrorShown) {
         return;
     }
-    const auto waiting = Waiting;
-    Waiting = {};
-    if (waiting.BarcodeOn && !ShellState.BarcodeEnabled) {
-        SwitchReader(IDM_BC_READER);
-    }
-    if (waiting.RfidOn && !ShellState.RfidEnabled) {
-        SwitchReader(IDM_RFID_READER);
-    }
-    if (waiting.OpenSettings) {
+    if (std::exchange(OpenSettingsWaits, false)) {
         SendMessageW(window, WM_OPENSETTINGS, 0, 0);
     }
 }
@@ -117,7 +110,7 @@ void OnCommand(HWND window, UINT id) {
     switch (id) {
         case IDM_SETTINGS:
             if (ShellState.Applying) {
-                Waiting.OpenSettings = true;
+                OpenSettingsWaits = true;
             } else {
                 OnSettingsCommand(window);
             }
@@ -153,9 +146,9 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
             return 0;
         case WM_OPENSETTINGS:
             if (ShellState.Applying) {
-                Waiting.OpenSettings = true;
+                OpenSettingsWaits = true;
             } else {
-                Waiting.OpenSettings = false;
+                OpenSettingsWaits = false;
                 OpenSettings(window);
             }
             return 0;

@@ -86,7 +86,6 @@ void ApplySettings(HWND window) {
         DestroyWindow(sheet);
     }
     ShellState.Applying = 1;
-    ShellState.SettingsUnapplied = 0;
     HANDLE thread = CreateThread(nullptr, 0, ApplySettingsThread, nullptr, 0, nullptr);
     if (!thread) {
         ShellState.Applying = 0;

@@ -62,10 +62,10 @@ struct ShellRecord {
     Relaxed<BYTE> LaserHold;         // the laser's aiming beam was switched on and decoding has not started
     DWORD UpgradeKeyArmed;           // the first key of the upgrade sequence was seen
 
-    Relaxed<DWORD> Applying;    // the apply thread runs; openings of the settings and reader switches wait
-    DWORD SettingsUnapplied;    // the snapshots belong to a sheet whose edits have not been applied yet
-    DWORD UpgradeActive;        // the firmware upgrade runs: the sheet that owns it stays
-    Relaxed<DWORD> ErrorShown;  // an error box is up and the program ends after it
+    Relaxed<DWORD> Applying;  // the apply thread runs; openings of the settings and reader switches wait
+    Relaxed<DWORD> SettingsApplied;  // the reader holds what the record says, until a sheet opens
+    DWORD UpgradeActive;             // the firmware upgrade runs: the sheet that owns it stays
+    Relaxed<DWORD> ErrorShown;       // an error box is up and the program ends after it
     Relaxed<DWORD> Closing;  // everything is being released: failures of other threads are no news any more
 
     WCHAR EditorText[11];  // the open editor's result

@@ -38,12 +38,12 @@ PROPSHEETPAGEW MakePage(int dialog, LPCWSTR title, DLGPROC procedure) {
     return page;
 }
 
-// A sheet that was closed without being applied has left its changes in the record: the reader still holds
-// what the snapshots say.
+// Until something has been applied the reader may hold anything, and everything is sent. A sheet that was
+// closed without being applied has left its changes in the record: the reader still holds what the snapshots
+// say.
 void KeepSnapshots() {
-    if (!ShellState.SettingsUnapplied) {
+    if (ShellState.SettingsApplied.Exchange(0)) {
         TakeSnapshots();
-        ShellState.SettingsUnapplied = 1;
     }
 }
 

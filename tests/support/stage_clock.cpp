@@ -7,7 +7,6 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <string>
 #include <thread>
 
@@ -48,7 +47,7 @@ StageClock::~StageClock() {
     RemoveSource(*this);
 }
 
-bool StageClock::Rest() {
+std::optional<unsigned long> StageClock::Rest() {
     const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     std::optional<unsigned long> before;
     while (std::chrono::steady_clock::now() < until) {
@@ -56,14 +55,14 @@ bool StageClock::Rest() {
         // twice.
         const auto switches = SwitchesAtRest();
         if (switches && switches == before) {
-            return true;
+            return switches;
         }
         before = switches;
         if (!switches) {
             std::this_thread::sleep_for(std::chrono::microseconds(50));
         }
     }
-    return false;
+    return std::nullopt;
 }
 
 std::uint64_t StageClock::NextWake() {

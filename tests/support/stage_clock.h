@@ -3,6 +3,8 @@
 // time.
 #pragma once
 
+#include <optional>
+
 #include "platform/linux/kernel/clock.h"
 
 class StageClock : public layer::ManualClock, private layer::TimedSource {
@@ -12,8 +14,9 @@ class StageClock : public layer::ManualClock, private layer::TimedSource {
 
     bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition,
                    std::uint64_t deadline, const std::function<bool()>& done) override;
-    // Lets the other threads do all they can do without time passing; false when one neither waits nor ends.
-    static bool Rest();
+    // Lets the other threads do all they can do without time passing. How often they have had a processor up
+    // to now, which grows with whatever they do; nothing when one of them neither waits nor ends.
+    static std::optional<unsigned long> Rest();
     // The earliest deadline of another thread's wait, or Forever.
     std::uint64_t NextWake();
 

@@ -83,7 +83,7 @@ TEST_F(SheetTest, SwitchesTheReadersOffAndKeepsWhatTheyHold) {
     DestroySheet();
     Open();
     EXPECT_TRUE(Changed(general::GoodReadBeep));
-    ShellState.SettingsUnapplied = 0;
+    ShellState.SettingsApplied = 1;
     DestroySheet();
     Open();
     EXPECT_FALSE(Changed(general::GoodReadBeep));

@@ -124,7 +124,7 @@ SheetTest::SheetTest() {
                                   nullptr, nullptr);
     ShellState.MainWindow = window;
     ShellState.StateImages = LoadImages();
-    ShellState.SettingsUnapplied = 0;
+    ShellState.SettingsApplied = 1;
     ShellState.UpgradeKeyArmed = 0;
     ShellState.InitDone = 1;
     PreviewSound = [](int sound) { World.Sounds.push_back(sound); };

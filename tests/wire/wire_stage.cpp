@@ -62,26 +62,37 @@ std::string HexOf(const std::vector<BYTE>& bytes) {
     return text + "(" + std::to_string(bytes.size()) + " bytes)";
 }
 
-DWORD Variable(const std::string& name) {
-    static const std::map<std::string, DWORD (*)()> variables{
-        {"TransferBusy", []() -> DWORD { return ShellState.TransferBusy; }},
-        {"TriggerReleased", []() -> DWORD { return ShellState.TriggerReleased; }},
-        {"LaserHold", []() -> DWORD { return ShellState.LaserHold; }},
-        {"ReaderReady", []() -> DWORD { return ShellState.ReaderReady; }},
-        {"InitDone", []() -> DWORD { return ShellState.InitDone; }},
-        {"Applying", []() -> DWORD { return ShellState.Applying; }},
-        {"ReconfigureReaders", []() -> DWORD { return ShellState.ReconfigureReaders; }},
-        {"BarcodeEnabled", []() -> DWORD { return ShellState.BarcodeEnabled; }},
-        {"RfidEnabled", []() -> DWORD { return ShellState.RfidEnabled; }},
-        {"BarcodeReadActive", []() -> DWORD { return ShellState.BarcodeReadActive; }},
-        {"RfidReadActive", []() -> DWORD { return ShellState.RfidReadActive; }},
-        {"BarcodeThreadRun", []() -> DWORD { return ShellState.BarcodeThreadRun; }},
-        {"RfidThreadRun", []() -> DWORD { return ShellState.RfidThreadRun; }},
-        {"RfidReaderModel", []() -> DWORD { return RfidReaderModel; }}};
+struct Variable {
+    std::function<DWORD()> Get;
+    std::function<void(DWORD)> Set;
+};
+
+template <class T>
+Variable Word(Relaxed<T>& word) {
+    return {[&] { return DWORD{word}; }, [&](DWORD value) { word = static_cast<T>(value); }};
+}
+
+const Variable& VariableByName(const std::string& name) {
+    static const std::map<std::string, Variable> variables{
+        {"TransferBusy", Word(ShellState.TransferBusy)},
+        {"TriggerReleased", Word(ShellState.TriggerReleased)},
+        {"LaserHold", Word(ShellState.LaserHold)},
+        {"ReaderReady", Word(ShellState.ReaderReady)},
+        {"InitDone", Word(ShellState.InitDone)},
+        {"Applying", Word(ShellState.Applying)},
+        {"ReconfigureReaders", Word(ShellState.ReconfigureReaders)},
+        {"BarcodeEnabled", Word(ShellState.BarcodeEnabled)},
+        {"RfidEnabled", Word(ShellState.RfidEnabled)},
+        {"BarcodeReadActive", Word(ShellState.BarcodeReadActive)},
+        {"RfidReadActive", Word(ShellState.RfidReadActive)},
+        {"BarcodeThreadRun", Word(ShellState.BarcodeThreadRun)},
+        {"RfidThreadRun", Word(ShellState.RfidThreadRun)},
+        {"RfidReaderModel",
+         {[] { return DWORD{RfidReaderModel}; }, [](DWORD value) { RfidReaderModel = value; }}}};
     const auto found = variables.find(name);
     if (found == variables.end())
         throw std::runtime_error("nothing is known about " + name);
-    return found->second();
+    return found->second;
 }
 
 HANDLE PortOf(const std::string& number) {
@@ -102,7 +113,7 @@ void CloseIfOpen(Relaxed<HANDLE>& handle) {
         CloseHandle(open);
 }
 
-constexpr std::uint64_t LongestCall = 60'000;
+constexpr std::uint64_t LongestCall = 10'000;
 
 // Everything that a case before this one may have left.
 void ClearState() {
@@ -156,7 +167,7 @@ WireStage::~WireStage() {
     CloseIfOpen(ShellState.BarcodePort);
     CloseIfOpen(ShellState.RfidPort);
     // Whoever waits for a time to come ends with it.
-    while (StageClock::Rest() && clock_.NextWake() != layer::Forever)
+    while (StageClock::Rest().has_value() && clock_.NextWake() != layer::Forever)
         clock_.AdvanceTo(clock_.NextWake());
     ports_.reset();
     layer::InstallClock(nullptr);
@@ -202,14 +213,7 @@ void WireStage::Prepare(const Words& words) {
         if (words.size() > 2)
             SetPortLine(handle, ToNumber(words[2]));
     } else if (what == "var") {
-        if (At(words, 1) == "ReconfigureReaders")
-            ShellState.ReconfigureReaders = static_cast<WORD>(ToNumber(At(words, 2)));
-        else if (words[1] == "RfidReaderModel")
-            RfidReaderModel = ToNumber(At(words, 2));
-        else if (words[1] == "LaserHold")
-            ShellState.LaserHold = static_cast<BYTE>(ToNumber(At(words, 2)));
-        else
-            throw std::runtime_error("cannot set " + words[1]);
+        VariableByName(At(words, 1)).Set(ToNumber(At(words, 2)));
     } else if (what == "watch" || what == "ignore") {
         for (std::size_t i = 1; i < words.size(); ++i) {
             if (what == "watch")
@@ -325,9 +329,15 @@ void WireStage::Step(std::uint64_t limit) {
 void WireStage::Let(std::uint64_t milliseconds) {
     const std::uint64_t end = clock_.Now() + milliseconds;
     for (;;) {
-        if (!StageClock::Rest())
+        auto threads = StageClock::Rest();
+        for (auto before = threads; threads; before = threads) {
+            RunMainWindow();
+            threads = StageClock::Rest();
+            if (threads == before)
+                break;
+        }
+        if (!threads)
             complain_(0, "a thread neither waits nor ends");
-        RunMainWindow();
         if (clock_.Now() >= end)
             return;
         Step(std::min(end, clock_.NextWake()));
@@ -391,7 +401,7 @@ void WireStage::Expect(const Words& words, int line) {
         Same(line, "rate of port " + second, ToNumber(At(words, 3)),
              ports_->RateOf(static_cast<int>(ToNumber(second))));
     } else {
-        Same(line, what, ToNumber(second), Variable(what));
+        Same(line, what, ToNumber(second), VariableByName(what).Get());
     }
 }
 

@@ -1,0 +1,292 @@
+#include "tests/app/app_stage.h"
+
+#include <unistd.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QTest>
+#include <filesystem>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+
+#include "app/init_thread.h"
+#include "app/main_window.h"
+#include "link/barcode_receiver.h"
+#include "link/message_handlers.h"
+#include "link/serial_ports.h"
+#include "platform/linux/keyboard/keyboard_backend.h"
+#include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/start_windows.h"
+#include "platform/linux/windows/window_object.h"
+#include "platform/sound.h"
+#include "resources/resource.h"
+#include "scan/barcode_data.h"
+#include "scan/rfid_data.h"
+#include "settings/catalogue.h"
+#include "settings/record.h"
+#include "settings/settings_file.h"
+#include "shell/shell_state.h"
+
+// There is no sound device.
+BOOL PlaySoundW(LPCWSTR, HMODULE, DWORD) {
+    return TRUE;
+}
+
+namespace {
+
+void RegisterMainClass() {
+    static const bool registered = [] {
+        WNDCLASSW windowClass = {};
+        windowClass.lpfnWndProc = MainWndProc;
+        windowClass.lpszClassName = WindowClassName;
+        return RegisterClassW(&windowClass) != 0;
+    }();
+    if (!registered) {
+        throw std::runtime_error("the window class cannot be registered");
+    }
+}
+
+HIMAGELIST LoadImages() {
+    HIMAGELIST images = ImageList_Create(15, 15, ILC_MASK, 7, 0);
+    HBITMAP bitmap = LoadBitmapW(nullptr, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
+    ImageList_AddMasked(images, bitmap, RGB(0, 255, 0));
+    DeleteObject(bitmap);
+    return images;
+}
+
+// A program that has started, found its readers as configured, and switched them on.
+void BeRunning() {
+    if (HasBarcodeReader()) {
+        ShellState.BarcodePort = OpenReaderPort(BarcodePortSelector);
+        SetPortTimeouts(ShellState.BarcodePort, 30);
+        StartBarcodeReceiver(DeviceFlags);
+    }
+    BuildPageLists();
+    TakeSnapshots();
+    ShellState.SettingsApplied = 1;
+    ShellState.ReaderReady = 1;
+    ShellState.InitDone = 1;
+    ApplyActiveDevice();
+    if (ShellState.BarcodeEnabled) {
+        ResumeBarcodeReceiver();
+    }
+    ShowWindow(ShellState.MainWindow, SW_HIDE);
+}
+
+DWORD Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    return static_cast<DWORD>(SendMessageW(ShellState.MainWindow, message, wParam, lParam));
+}
+
+std::string Unquote(const std::string& word) {
+    return word.size() >= 2 && word.front() == '"' ? word.substr(1, word.size() - 2) : word;
+}
+
+// Where the keyboard writes to; it is chosen once in a program.
+class KeyFile {
+  public:
+    ~KeyFile() { std::filesystem::remove(Path); }
+    const std::string Path =
+        std::filesystem::temp_directory_path() / ("vantrel-keys-" + std::to_string(getpid()));
+};
+
+const KeyFile Keys;
+
+std::string PlainText(QString text) {
+    return text.remove('&').toStdString();
+}
+
+}  // namespace
+
+AppStage::AppStage(Conversation::Complaint complain) : WireStage(std::move(complain)) {
+    setenv("VANTREL_KEYBOARD", ("trace:" + Keys.Path).c_str(), 1);
+    layer::StartWindows();
+    layer::PrepareKeyboard();
+    RegisterMainClass();
+    std::destroy_at(&ShellState);
+    std::construct_at(&ShellState);
+    ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
+    ShellState.MainWindow = CreateWindowExW(0, WindowClassName, WindowTitle, WS_VISIBLE, 0, 0, 240, 294,
+                                            nullptr, nullptr, nullptr, nullptr);
+    ShellState.StateImages = LoadImages();
+    QObject::connect(&watch_, &QTimer::timeout, [this] { AnswerWindows(); });
+    watch_.start(1);
+    Typed();  // by the case before
+}
+
+AppStage::~AppStage() {
+    if (IsWindow(ShellState.MainWindow)) {
+        Send(WM_CLOSE);
+    }
+    Settle();
+    layer::ForgetQuit();
+}
+
+void AppStage::AnswerWindows() {
+    if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+        items_.clear();
+        QAction* picked = nullptr;
+        for (QAction* action : menu->actions()) {
+            const std::string text = PlainText(action->text());
+            items_[text] = !action->isEnabled() ? "grey" : action->isChecked() ? "checked" : "unchecked";
+            picked = text == pick_ ? action : picked;
+        }
+        if (picked) {
+            menu->setActiveAction(picked);
+            QTest::keyClick(menu, Qt::Key_Return);
+        }
+        menu->close();
+        return;
+    }
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (!window->isVisible() || window->windowTitle() != "Error Msg") {
+            continue;
+        }
+        std::string text;
+        for (const QLabel* label : window->findChildren<QLabel*>()) {
+            if (label->text() != window->windowTitle()) {
+                text += label->text().toStdString();
+            }
+        }
+        boxes_.push_back(text);
+        if (const Words call = std::exchange(atBox_, {}); !call.empty()) {
+            CallByName(call);
+        }
+        QTest::mouseClick(window->findChild<QAbstractButton*>(), Qt::LeftButton);
+        return;
+    }
+}
+
+std::uint64_t AppStage::NextTimer() {
+    return layer::WindowTimers().NextDue();
+}
+
+void AppStage::RunMainWindow() {
+    layer::PumpMessages();
+}
+
+void AppStage::Prepare(const Words& words) {
+    const std::string& what = words[0];
+    if (what == "running") {
+        BeRunning();
+        RunMainWindow();
+    } else if (what == "save") {
+        SaveSettings();
+    } else if (what == "front") {
+        ShowWindow(ShellState.MainWindow, SW_SHOWNORMAL);
+        SetForegroundWindow(ShellState.MainWindow);
+        RunMainWindow();
+    } else if (what == "at" && At(words, 1) == "box") {
+        atBox_.assign(words.begin() + 1, words.end());
+    } else if (what == "go") {
+        CallByName(words);
+        Let(0);
+    } else {
+        WireStage::Prepare(words);
+    }
+}
+
+DWORD AppStage::OpenMenu(const std::string& item) {
+    pick_ = item;
+    items_.clear();
+    Send(WM_TRAYNOTIFY, IDI_TRAY, WM_LBUTTONDOWN);
+    RunMainWindow();
+    return items_.empty() ? 0 : 1;
+}
+
+DWORD AppStage::CallByName(const Words& words) {
+    const std::string& name = At(words, 1);
+    const bool secondKey = words.size() > 2 && words[2] == "2";
+    if (name == "start") {
+        CloseHandle(CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr));
+        return 1;
+    }
+    if (name == "press") {
+        return Send(secondKey ? ShellState.MsgUser2Down : ShellState.MsgUser1Down);
+    }
+    if (name == "release") {
+        return Send(secondKey ? ShellState.MsgUser2Up : ShellState.MsgUser1Up);
+    }
+    if (name == "menu") {
+        return OpenMenu(words.size() > 2 ? Unquote(words[2]) : "");
+    }
+    if (name == "command") {
+        return Send(WM_COMMAND, ToNumber(At(words, 2)));
+    }
+    if (name == "settings") {
+        return Send(WM_OPENSETTINGS);
+    }
+    if (name == "apply") {
+        return Send(WM_APPLYSETTINGS);
+    }
+    if (name == "ok" || name == "cancel") {
+        SendMessageW(ShellState.SettingsSheet, WM_COMMAND, name == "ok" ? IDOK : IDCANCEL, 0);
+        RunMainWindow();
+        return 1;
+    }
+    if (name == "error") {
+        return Send(WM_SHOWERROR, ToNumber(At(words, 2)));
+    }
+    if (name == "exit") {
+        return Send(WM_CLOSE);
+    }
+    return WireStage::CallByName(words);
+}
+
+std::string AppStage::Typed() {
+    std::istringstream lines(ReadWholeFile(Keys.Path));
+    std::string text, tick, key, way;
+    while (lines >> tick >> key >> way) {
+        const int code = std::stoi(key, nullptr, 16);
+        if (way == "down" && code != 0x10) {
+            text += code == 0x0D ? '\r' : static_cast<char>(code);
+        }
+    }
+    return text.substr(std::exchange(typed_, text.size()));
+}
+
+void AppStage::ExpectText(int line, const std::string& what, const std::string& expected,
+                          const std::string& got) {
+    if (expected != got) {
+        complain_(line, what + " should be \"" + expected + "\" but is \"" + got + "\"");
+    }
+}
+
+void AppStage::Expect(const Words& words, int line) {
+    const std::string& what = At(words, 1);
+    if (what == "box") {
+        ExpectText(line, "the box", Unquote(At(words, 2)), boxes_.empty() ? "" : boxes_.front());
+        if (!boxes_.empty()) {
+            boxes_.pop_front();
+        }
+    } else if (what == "no" && At(words, 2) == "box") {
+        ExpectText(line, "the box", "", boxes_.empty() ? "" : boxes_.front());
+    } else if (what == "items") {
+        ExpectText(line, "BC Reader", Unquote(At(words, 2)), items_["BC Reader"]);
+        ExpectText(line, "RFID Reader", Unquote(At(words, 3)), items_["RFID Reader"]);
+    } else if (what == "typed") {
+        const std::vector<BYTE> typed = ReadWireBytes(words, 2);
+        ExpectText(line, "what is typed", {typed.begin(), typed.end()}, Typed());
+    } else if (what == "sheet") {
+        ExpectText(line, what, At(words, 2), ShellState.SettingsSheet ? "open" : "closed");
+    } else if (what == "program") {
+        ExpectText(line, what, At(words, 2), layer::QuitPending() ? "ended" : "running");
+    } else if (what == "window") {
+        HWND window = ShellState.MainWindow;
+        ExpectText(line, what, At(words, 2), IsWindowVisible(window) ? "shown" : "hidden");
+    } else if (what == "file") {
+        const std::string file = ReadWholeFile(terminal_.Path("DiskOnChip/Vantrel.ini"));
+        const std::size_t at = ToNumber(At(words, 2));
+        Same(line, "the file at " + words[2], ToNumber(At(words, 3)),
+             at < file.size() ? static_cast<BYTE>(file[at]) : 0x100u);
+    } else {
+        WireStage::Expect(words, line);
+    }
+}
+
+void AppStage::CheckEnd(int line) {
+    ExpectText(line, "an unexpected box", "", boxes_.empty() ? "" : boxes_.front());
+    WireStage::CheckEnd(line);
+}
