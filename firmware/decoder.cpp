@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
@@ -114,6 +115,11 @@ bool AwaitErased(HANDLE port) {
 }
 
 }  // namespace
+
+bool FirmwareUpgradable() {
+    const BarcodeReader* reader = FittedBarcodeReader();
+    return reader && reader->Upgradable;
+}
 
 int FirmwareExchange(HANDLE port, std::span<const BYTE> bytes, ReaderReply& reply) {
     ClearReply(reply);

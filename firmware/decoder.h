@@ -8,6 +8,9 @@
 #include "firmware/firmware_frame.h"
 #include "link/command_exchange.h"
 
+// Whether the fitted reader is one whose firmware can be exchanged.
+bool FirmwareUpgradable();
+
 // Purges the port, writes the bytes as they are (up to three tries) and waits at most 2 s for a reply. A
 // reply that has begun goes on until its CR, until 30 ms pass without a byte, or until its 100 bytes are
 // there; leading zero bytes are dropped. 1, or 0 when nothing could be sent or nothing came.

@@ -4,7 +4,6 @@
 #include "firmware/firmware_file.h"
 #include "firmware/transfer.h"
 #include "firmware/upgrade_dialogs.h"
-#include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "link/settings_download.h"
 #include "platform/text.h"
@@ -101,9 +100,4 @@ DWORD UpgradeFirmware(HWND owner) {
     const DWORD result = Upgrade(owner);
     ShellState.UpgradeActive = 0;
     return result;
-}
-
-bool FirmwareUpgradable() {
-    const BarcodeReader* reader = FittedBarcodeReader();
-    return reader && reader->Upgradable;
 }

@@ -7,6 +7,3 @@
 // window shown. 0 when the user cancelled it, Success, or the error code that has been shown. The settings
 // sheet stays while ShellState.UpgradeActive is set, and may be gone afterwards when the program has ended.
 DWORD UpgradeFirmware(HWND owner);
-
-// Whether the fitted reader's firmware can be exchanged.
-bool FirmwareUpgradable();

@@ -1,5 +1,6 @@
 #include "ui/tree_notify.h"
 
+#include "firmware/decoder.h"
 #include "firmware/upgrade.h"
 #include "shell/shell_state.h"
 #include "ui/item_taps.h"
