@@ -1,7 +1,7 @@
 #include "app/trigger.h"
 
 #include "app/main_window.h"
-#include "link/barcode_receiver.h"
+#include "link/packet_receiver.h"
 #include "link/read_control.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"

@@ -59,7 +59,7 @@ void JoinDecode(benchmark::State& state) {
     for (auto _ : state) {
         for (std::span<const BYTE> rest(read); !rest.empty();) {
             const SsiPiece piece = NextSsiPacket(rest);
-            AddPacket(message, piece.Packet, 0);
+            AddPacket(message, piece.Bytes, 0);
             rest = rest.subspan(piece.Size);
         }
         benchmark::DoNotOptimize(message.Length);

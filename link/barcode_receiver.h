@@ -18,15 +18,12 @@ void ResumeBarcodeReceiver();
 // ShellState.BarcodeThreadRun is cleared and its wait ends. May be run on any thread.
 DWORD WINAPI BarcodeReceiveThread(LPVOID);
 
-// The continuation of a packet message is overdue: gives the trigger free again. The main window calls it
-// when IDT_CONTINUATION has fired; the receive thread itself drops the part before it takes another packet.
-void ContinuationOverdue();
-
 // How one read of the port becomes messages, which are handed over. `filled`: the read filled its buffer, so
 // that its end may be the beginning of a packet that goes on in the next one. Returns how many bytes at the
 // end are to be kept for that. On the receive thread.
 using TakeBytes = DWORD (*)(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
 // The 1D reader: a read is a message.
 DWORD TakeDecoderMessage(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
-// The scan engines: checks, acknowledges and joins packets.
-DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
+
+// Hands a whole message over and forgets it.
+void HandOver(PacketMessage& message);

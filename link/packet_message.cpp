@@ -1,6 +1,7 @@
 #include "link/packet_message.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "link/ssi_packet.h"
 
@@ -8,9 +9,61 @@ namespace {
 
 constexpr std::size_t CodeIdentifierSize = 1;
 
+BYTE StatusOf(std::span<const BYTE> packet) {
+    return packet.size() >= SsiHeaderSize ? packet[3] : BYTE{0};
+}
+
 std::span<const BYTE> DataOf(std::span<const BYTE> packet, bool first) {
     const std::size_t skipped = SsiHeaderSize + (first ? 0 : CodeIdentifierSize);
     return packet.size() > skipped ? packet.subspan(skipped) : std::span<const BYTE>{};
+}
+
+// The bytes of a packet as they were sent first.
+BYTE FirstSent(std::span<const BYTE> packet, std::size_t at) {
+    return at == 3 ? static_cast<BYTE>(packet[at] & ~SsiResent) : packet[at];
+}
+
+bool RepeatsLast(const PacketMessage& message, std::span<const BYTE> packet) {
+    if (message.FirstBroken || packet.size() != message.LastSize) {
+        return false;
+    }
+    for (std::size_t at = 0; at < packet.size(); ++at) {
+        if (FirstSent(packet, at) != message.Last[at]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void KeepAsLast(PacketMessage& message, std::span<const BYTE> packet) {
+    message.LastSize = std::min(packet.size(), message.Last.size());
+    for (std::size_t at = 0; at < message.LastSize; ++at) {
+        message.Last[at] = FirstSent(packet, at);
+    }
+}
+
+bool BelongsToLostPart(const PacketMessage& message) {
+    return message.Lost == LostPart::Certain || (message.Lost == LostPart::Possible && !message.FirstBroken);
+}
+
+PacketStep Join(PacketMessage& message, std::span<const BYTE> packet) {
+    const std::span<const BYTE> data = DataOf(packet, message.Length == 0);
+    if (!message.Discarding && message.Length + data.size() <= MessageLimit) {
+        std::copy(data.begin(), data.end(), message.Bytes.begin() + message.Length);
+        message.Length += static_cast<DWORD>(data.size());
+    } else if (!message.Discarding) {
+        ClearMessage(message);
+        message.Discarding = true;
+    }
+    message.Pending = (StatusOf(packet) & SsiContinued) != 0;
+    if (message.Pending) {
+        return PacketStep::More;
+    }
+    if (message.Discarding || message.Length == 0) {
+        ClearMessage(message);
+        return PacketStep::Nothing;
+    }
+    return PacketStep::Complete;
 }
 
 }  // namespace
@@ -19,35 +72,46 @@ void ClearMessage(PacketMessage& message) {
     std::fill_n(message.Bytes.begin(), message.Length, BYTE{0});
     message.Length = 0;
     message.Pending = false;
-    message.TooLong = false;
+    message.Discarding = false;
 }
 
-bool DropOverdue(PacketMessage& message, DWORD now) {
-    if (!message.Pending || now - message.LastPacket < ContinuationTimeout) {
-        return false;
-    }
+void DropPart(PacketMessage& message) {
+    message.Lost = message.Pending ? LostPart::Certain : std::max(message.Lost, LostPart::Possible);
+    message.FirstBroken = false;
     ClearMessage(message);
-    return true;
+}
+
+void DropOverdue(PacketMessage& message, DWORD now) {
+    if (message.Pending && now - message.LastPacket >= ContinuationTimeout) {
+        message.Lost = LostPart::Certain;
+        ClearMessage(message);
+    }
+}
+
+void NoteBroken(PacketMessage& message, BYTE status) {
+    message.FirstBroken |= (status & SsiResent) == 0;
+}
+
+void NoteRefusal(PacketMessage& message, DWORD now) {
+    message.Refused = true;
+    message.LastPacket = now;
 }
 
 PacketStep AddPacket(PacketMessage& message, std::span<const BYTE> packet, DWORD now) {
-    const std::span<const BYTE> data = DataOf(packet, message.Length == 0 && !message.TooLong);
-    if (message.TooLong || message.Length + data.size() > MessageLimit) {
-        // The rest is still taken, packet by packet, so that it isn't mistaken for another decode.
-        ClearMessage(message);
-        message.TooLong = true;
-    } else {
-        std::copy(data.begin(), data.end(), message.Bytes.begin() + message.Length);
-        message.Length += static_cast<DWORD>(data.size());
-    }
+    const bool resent = (StatusOf(packet) & SsiResent) != 0;
+    const bool afterRefusal = std::exchange(message.Refused, false);
     message.LastPacket = now;
-    message.Pending = packet.size() >= SsiHeaderSize && (packet[3] & SsiContinued) != 0;
-    if (message.Pending) {
-        return PacketStep::More;
+    if (resent && RepeatsLast(message, packet)) {
+        return message.Pending ? PacketStep::More : PacketStep::Repeated;
     }
-    if (message.TooLong || message.Length == 0) {
+    if (!resent && afterRefusal) {
         ClearMessage(message);
-        return PacketStep::Nothing;
     }
-    return PacketStep::Complete;
+    if (!message.Pending) {
+        message.Discarding = resent && BelongsToLostPart(message);
+        message.Lost = LostPart::None;
+    }
+    message.FirstBroken = false;
+    KeepAsLast(message, packet);
+    return Join(message, packet);
 }

@@ -6,9 +6,14 @@ namespace {
 
 constexpr std::size_t ChecksumSize = 2;
 
-bool ChecksumMatches(std::span<const BYTE> bytes, std::size_t length) {
+// The length of the whole packet that begins with the first byte, without its checksum; 0 when none does.
+std::size_t PacketLength(std::span<const BYTE> bytes) {
+    const std::size_t length = bytes.empty() ? 0 : bytes[0];
+    if (length < SsiHeaderSize || bytes.size() < length + ChecksumSize) {
+        return 0;
+    }
     const WORD expected = SsiChecksum(bytes.first(length));
-    return bytes[length] == expected >> 8 && bytes[length + 1] == (expected & 0xFF);
+    return bytes[length] == expected >> 8 && bytes[length + 1] == (expected & 0xFF) ? length : 0;
 }
 
 }  // namespace
@@ -37,22 +42,24 @@ std::size_t SealSsiPacket(std::span<const BYTE> packet, SsiFrame& frame) {
 }
 
 SsiPiece NextSsiPacket(std::span<const BYTE> bytes) {
-    const std::size_t all = bytes.size();
-    if (all < 2) {
-        return {SsiFinding::Incomplete, {}, all};
+    if (const std::size_t length = PacketLength(bytes)) {
+        return {bytes[1] == DECODE_DATA ? SsiFinding::Decode : SsiFinding::Other, bytes.first(length),
+                length + ChecksumSize};
     }
-    const std::size_t length = bytes[0];
-    const bool decode = bytes[1] == DECODE_DATA;
-    if (length < SsiHeaderSize) {
-        return {decode ? SsiFinding::Corrupt : SsiFinding::Noise, {}, all};
+    for (std::size_t at = 1; at + 1 < bytes.size(); ++at) {
+        if (bytes[at + 1] == DECODE_DATA && PacketLength(bytes.subspan(at)) != 0) {
+            return {SsiFinding::Noise, bytes.first(at), at};
+        }
     }
-    if (all < length + ChecksumSize) {
-        return {SsiFinding::Incomplete, {}, all};
+    return {SsiFinding::Rest, bytes, bytes.size()};
+}
+
+std::optional<BYTE> BrokenDecodeStatus(std::span<const BYTE> bytes) {
+    for (std::size_t at = 0; at < bytes.size(); ++at) {
+        const bool fromReader = at == 1 || (at + 1 < bytes.size() && bytes[at + 1] == SsiReader);
+        if (bytes[at] == DECODE_DATA && fromReader) {
+            return at + 2 < bytes.size() ? bytes[at + 2] : BYTE{0};
+        }
     }
-    if (ChecksumMatches(bytes, length)) {
-        return {decode ? SsiFinding::Decode : SsiFinding::Other, bytes.first(length), length + ChecksumSize};
-    }
-    // The length of something that is no packet says nothing about where the next one begins.
-    return decode ? SsiPiece{SsiFinding::Corrupt, {}, length + ChecksumSize}
-                  : SsiPiece{SsiFinding::Noise, {}, all};
+    return std::nullopt;
 }

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <span>
 
 #include "platform/base.h"
@@ -22,6 +23,8 @@ inline constexpr BYTE STOP_DECODE = 0xE5;
 inline constexpr BYTE DECODE_DATA = 0xF3;
 
 inline constexpr BYTE SsiHost = 0x04;              // source of what we send
+inline constexpr BYTE SsiReader = 0x00;            // source of what an engine sends
+inline constexpr BYTE SsiResent = 0x01;            // status: sent again, after a refusal or a missing answer
 inline constexpr BYTE SsiContinued = 0x02;         // status: more packets of this decode follow
 inline constexpr BYTE SsiPermanent = 0x08;         // status of the parameter packets we send
 inline constexpr BYTE SsiNakCauseResend = 0x01;    // cause we give with CMD_NAK
@@ -49,18 +52,22 @@ using SsiFrame = std::array<BYTE, SsiFrameLimit>;
 std::size_t SealSsiPacket(std::span<const BYTE> packet, SsiFrame& frame);
 
 enum class SsiFinding {
-    Decode,      // a whole DECODE_DATA packet
-    Other,       // a whole packet with another opcode
-    Corrupt,     // DECODE_DATA with a length below 4 or a wrong checksum
-    Incomplete,  // could be the beginning of a packet, but the bytes end before it does
-    Noise,       // no packet
+    Decode,  // a whole DECODE_DATA packet
+    Other,   // a whole packet with another opcode
+    Noise,   // no packet, but a whole DECODE_DATA packet follows it
+    Rest,    // no packet up to the end
 };
 
 struct SsiPiece {
     SsiFinding Finding;
-    std::span<const BYTE> Packet;  // Decode and Other: bytes 0 to L - 1
-    std::size_t Size;              // bytes to skip; all there are when the next packet's place is unknown
+    std::span<const BYTE> Bytes;  // of a packet 0 to L - 1, else what was found
+    std::size_t Size;             // bytes to skip
 };
 
-// Looks at the packet that begins with the first byte; at least one byte.
+// Looks at what begins with the first byte; at least one byte. Behind something that is no packet only a
+// DECODE_DATA packet counts, at the next place where length and checksum are right.
 SsiPiece NextSsiPacket(std::span<const BYTE> bytes);
+
+// Whether the bytes, which are no packet, look like a broken DECODE_DATA packet or a part of one; its status
+// byte then, 0 when that is missing.
+std::optional<BYTE> BrokenDecodeStatus(std::span<const BYTE> bytes);

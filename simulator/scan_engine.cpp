@@ -212,6 +212,10 @@ void ScanEngine::Decode() {
 void ScanEngine::SendNextPacket() {
     ++Sending->Tries;
     Bytes packet = Sending->Packets[Sending->Next];
+    if (Sending->Tries > 1) {
+        const Bytes content(packet.begin() + 4, packet.end() - 2);
+        packet = SsiPacketOf(DecodeData, packet[3] | StatusResent, content);
+    }
     if (const auto values = Link.Faults().Take("opcode")) {
         Bytes content(packet.begin() + 4, packet.end() - 2);
         packet =

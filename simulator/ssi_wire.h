@@ -19,6 +19,7 @@ enum SsiOpcode : std::uint8_t {
     DecodeData = 0xF3,
 };
 
+inline constexpr std::uint8_t StatusResent = 0x01;
 inline constexpr std::uint8_t StatusContinued = 0x02;
 inline constexpr std::uint8_t StatusPermanent = 0x08;
 inline constexpr std::uint8_t SourceHost = 0x04;

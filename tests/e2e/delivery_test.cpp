@@ -68,6 +68,19 @@ TEST_P(Outputs, EachOnItsOwn) {
 
 INSTANTIATE_TEST_SUITE_P(DataOutput, Outputs, testing::Range(1, 8));
 
+// The engine sends a packet again when it is refused, arrives in two pieces or gets no answer it can read.
+TEST_F(Delivery, ALabelIsTypedWholeAndOnceThoughPacketsAreResent) {
+    StartLaser('1');
+    Wire->Command("packet-size 6");
+    for (const char* fault : {"checksum", "checksum after1", "checksum x2 after1", "com1 split 5 60"}) {
+        Wire->Command(std::string("fault ") + fault);
+        EXPECT_TRUE(Read("1 ABCDEFGH")) << fault;
+        EXPECT_EQ(Desktop.Typed(9), "ABCDEFGH\n") << fault;
+    }
+    EXPECT_NE(Wire->Log().find("why=nak"), std::string::npos);
+    EXPECT_EQ(Desktop.Typed(1, 500), "");
+}
+
 // No consumer of the queue: the newest record takes the place of the one before, and a late consumer gets it.
 TEST_F(Delivery, TheNewestRecordWaits) {
     StartLaser('4');

@@ -50,27 +50,41 @@ TEST(SsiPacket, FindsWhatAReadBeginsWith) {
         const char* Read;
         SsiFinding Expected;
         std::size_t Size;
+        int Broken;  // the status of a broken decode in it, -1 when it does not look like one
     } cases[] = {
-        {"06 F3 00 00 01 41 FE C5", SsiFinding::Decode, 8},
-        {"06 F3 00 02 01 41 FE C3 06 F3", SsiFinding::Decode, 8},
-        {"06 F3 00 00 01 41 FE C4", SsiFinding::Corrupt, 8},
-        {"03 F3 00 00 01 41 FE C5", SsiFinding::Corrupt, 8},
-        {"00 F3", SsiFinding::Corrupt, 2},
-        {"06 F3 00 00 01 41 FE", SsiFinding::Incomplete, 7},
-        {"FF F3 00 00 01 41 FE C5", SsiFinding::Incomplete, 8},
-        {"06", SsiFinding::Incomplete, 1},
-        {"04 D0 00 00 FF 2C", SsiFinding::Other, 6},
-        {"04 D0 00 00 FF 2C 06 F3", SsiFinding::Other, 6},
-        {"04 D0 00 00 FF", SsiFinding::Incomplete, 5},
-        // Another opcode with a wrong checksum: its length is not to be trusted.
-        {"04 D0 00 00 FF 2D 06 F3", SsiFinding::Noise, 8},
-        {"02 D0 00 00 FF 2C", SsiFinding::Noise, 6},
+        {"06 F3 00 00 01 41 FE C5", SsiFinding::Decode, 8, 0},
+        {"06 F3 00 02 01 41 FE C3 06 F3", SsiFinding::Decode, 8, 2},
+        {"04 D0 00 00 FF 2C", SsiFinding::Other, 6, -1},
+        {"04 D0 00 00 FF 2C 06 F3", SsiFinding::Other, 6, -1},
+        // Broken: checksum, length byte, cut anywhere, the beginning gone.
+        {"06 F3 00 01 01 41 FE C5", SsiFinding::Rest, 8, 1},
+        {"03 F3 00 00 01 41 FE C5", SsiFinding::Rest, 8, 0},
+        {"FF F3 00 03 01 41 FE C2", SsiFinding::Rest, 8, 3},
+        {"06 F3 00 02 01 41 FE", SsiFinding::Rest, 7, 2},
+        {"00 F3", SsiFinding::Rest, 2, 0},
+        {"F3 00 01 01 41 FE C4", SsiFinding::Rest, 7, 1},
+        {"9A 33 06 F3 00 01 01 41 FE C5", SsiFinding::Rest, 10, 1},
+        {"06", SsiFinding::Rest, 1, -1},
+        {"04 D0 00 00 FF 2D", SsiFinding::Rest, 6, -1},
+        {"02 D0 00 00 FF F3", SsiFinding::Rest, 6, -1},
+        // Noise in front, whatever length its first byte says; the tail of a packet, and its resend.
+        {"00 06 F3 00 00 01 41 FE C5", SsiFinding::Noise, 1, -1},
+        {"FF 06 F3 00 00 01 41 FE C5", SsiFinding::Noise, 1, -1},
+        {"41 FE C5 06 F3 00 01 01 41 FE C4", SsiFinding::Noise, 3, -1},
+        {"06 F3 00 00 01 06 F3 00 01 01 41 FE C4", SsiFinding::Noise, 5, 0},
+        {"04 D0 00 00 FF 2D 06 F3 00 00 01 41 FE C5", SsiFinding::Noise, 6, -1},
+        // Only a decode counts behind noise.
+        {"9A 04 D0 00 00 FF 2C", SsiFinding::Rest, 7, -1},
     };
     for (const auto& c : cases) {
         const auto read = Bytes(c.Read);
         const SsiPiece piece = NextSsiPacket(read);
         EXPECT_EQ(c.Expected, piece.Finding) << c.Read;
         EXPECT_EQ(c.Size, piece.Size) << c.Read;
+        const bool whole = piece.Finding == SsiFinding::Decode || piece.Finding == SsiFinding::Other;
+        EXPECT_EQ(piece.Size - (whole ? 2 : 0), piece.Bytes.size()) << c.Read;
+        const auto status = BrokenDecodeStatus(piece.Bytes);
+        EXPECT_EQ(c.Broken, status ? *status : -1) << c.Read;
     }
 }
 

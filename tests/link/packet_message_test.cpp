@@ -1,96 +1,126 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "hex_bytes.h"
 #include "link/packet_message.h"
 
 namespace {
 
-std::vector<BYTE> Packet(bool continued, std::string_view text, BYTE identifier = 3) {
-    std::vector<BYTE> packet{0, 0xF3, 0, static_cast<BYTE>(continued ? 2 : 0), identifier};
-    packet.insert(packet.end(), text.begin(), text.end());
-    packet[0] = static_cast<BYTE>(packet.size());
-    return packet;
-}
-
 std::string TextOf(const PacketMessage& message) {
     return {message.Bytes.begin(), message.Bytes.begin() + message.Length};
 }
 
-void ExpectCleared(const PacketMessage& message) {
-    EXPECT_EQ(0u, message.Length);
-    EXPECT_FALSE(message.Pending);
-    EXPECT_FALSE(message.TooLong);
-    for (const BYTE value : message.Bytes)
-        ASSERT_EQ(0, value);
+// Plays packets and gives what is handed over, and "-" for a last packet that brings nothing. A packet is its
+// text: "+" behind it announces another one, in front "'" marks a resend and "!" a packet that comes broken
+// and is refused. "~N" lets N ms pass, "off" switches the reader off.
+std::string Play(const std::string& script, DWORD now = 0) {
+    PacketMessage message;
+    std::string result;
+    std::istringstream words(script);
+    for (std::string word; words >> word;) {
+        if (word == "off") {
+            DropPart(message);
+            continue;
+        }
+        if (word[0] == '~') {
+            now += static_cast<DWORD>(std::stoul(word.substr(1)));
+            continue;
+        }
+        const bool broken = word[0] == '!', resent = word[broken] == '\'', more = word.back() == '+';
+        const std::string text = word.substr(broken + resent, word.size() - broken - resent - more);
+        std::vector<BYTE> packet{0, 0xF3, 0, static_cast<BYTE>(resent | more << 1)};
+        if (text != "empty")
+            packet.push_back('#');
+        if (text != "empty" && text != "bare")
+            packet.insert(packet.end(), text.begin(), text.end());
+        packet[0] = static_cast<BYTE>(packet.size());
+        DropOverdue(message, now);
+        if (broken) {
+            NoteBroken(message, packet[3]);
+            NoteRefusal(message, now);
+            continue;
+        }
+        switch (AddPacket(message, packet, now)) {
+            case PacketStep::Complete:
+                result += TextOf(message) + " ";
+                EXPECT_EQ(0, message.Bytes[message.Length]);
+                ClearMessage(message);
+                break;
+            case PacketStep::Nothing:
+                result += "- ";
+                break;
+            case PacketStep::More:
+            case PacketStep::Repeated:
+                break;
+        }
+    }
+    EXPECT_EQ(message.Length, std::string_view(TextOf(message)).size());
+    return result.substr(0, result.empty() ? 0 : result.size() - 1);
 }
 
-TEST(PacketMessage, JoinsPacketsAndKeepsTheFirstIdentifier) {
-    PacketMessage message;
-    EXPECT_EQ(PacketStep::More, AddPacket(message, Packet(true, "abc", 17), 0));
-    EXPECT_EQ(PacketStep::More, AddPacket(message, Packet(true, "def", 17), 10));
-    EXPECT_EQ(PacketStep::Complete, AddPacket(message, Packet(false, "g", 17), 20));
-    EXPECT_EQ(std::string("\x11") + "abcdefg", TextOf(message));
-    EXPECT_EQ(0, message.Bytes[message.Length]);
-    ClearMessage(message);
-    ExpectCleared(message);
-}
-
-TEST(PacketMessage, TakesPacketsWithoutData) {
-    PacketMessage message;
-    // Only the identifier: a scan without data. Not even that: nothing to hand over.
-    EXPECT_EQ(PacketStep::Complete, AddPacket(message, Packet(false, ""), 0));
-    EXPECT_EQ(1u, message.Length);
-    ClearMessage(message);
-    EXPECT_EQ(PacketStep::Nothing, AddPacket(message, Bytes("04 F3 00 00"), 0));
-    ExpectCleared(message);
-    // A continuation that brings nothing leaves what has come.
-    AddPacket(message, Packet(true, "ab"), 0);
-    EXPECT_EQ(PacketStep::Complete, AddPacket(message, Bytes("04 F3 00 00"), 0));
-    EXPECT_EQ(std::string("\x03") + "ab", TextOf(message));
+TEST(PacketMessage, JoinsResendsAndDrops) {
+    const struct {
+        const char* Script;
+        const char* Result;
+    } cases[] = {
+        {"abc+ def+ g", "#abcdefg"},
+        {"bare empty ab+ empty", "# - #ab"},
+        // A refused packet is continued by its resend, however often, and not by another first try.
+        {"ab+ !cd 'cd", "#abcd"},
+        {"ab+ !cd+ !'cd+ 'cd+ ef", "#abcdef"},
+        {"!ab 'ab", "#ab"},
+        {"!ab+ 'ab+ cd", "#abcd"},
+        {"ab+ !cd xy", "#xy"},
+        {"ab+ 'cd", "#abcd"},
+        // A lost acknowledgement: the repetition of what has been taken brings nothing.
+        {"ab 'ab", "#ab"},
+        {"ab+ 'ab+ cd 'cd", "#abcd"},
+        {"ab+ 'ab+ 'ab+ 'cd xy", "#abcd #xy"},
+        {"ab+ !'ab+ 'ab+ cd", "#abcd"},
+        {"ab !'ab 'ab", "#ab"},
+        {"'ab 'ab", "#ab"},
+        // The same again, but refused in between: that one's resend.
+        {"ab !ab 'ab", "#ab #ab"},
+        {"ab !ab !'ab 'ab 'ab", "#ab #ab"},
+        {"ab+ !ab+ 'ab+ ab", "#ababab"},
+        {"ab+ cd 'ab", "#abcd #ab"},
+        // Overdue: the rest is taken and dropped up to the last packet.
+        {"ab+ ~1999 cd", "#abcd"},
+        {"ab+ ~2000 cd", "#cd"},
+        {"ab+ ~2000 'cd xy", "- #xy"},
+        {"ab+ ~2000 'cd+ ef+ !gh 'gh xy", "- #xy"},
+        {"ab+ ~2000 'cd+ ~2000 'ef 'gh", "- #gh"},
+        {"ab+ ~2000 'ab+ 'cd", "-"},
+        {"ab+ ~1900 cd+ ~1900 !ef ~1900 'ef", "#abcdef"},
+        {"ab+ ~2000 !cd 'cd xy", "- #xy"},
+        {"ab+ ~2000 xy+ !zz 'zz", "#xyzz"},
+        // Switched off: nothing of then is continued.
+        {"ab+ off 'cd 'ef", "- #ef"},
+        {"ab+ off cd", "#cd"},
+        {"off 'ab xy", "- #xy"},
+        {"off 'ab+ cd xy", "- #xy"},
+        {"off !ab 'ab", "#ab"},
+        {"!ab off 'ab", "-"},
+        {"ab+ off !cd 'cd", "-"},
+        {"ab off 'ab 'ab cd", "#ab #cd"},
+    };
+    for (const auto& [script, result] : cases) {
+        EXPECT_EQ(result, Play(script)) << script;
+        EXPECT_EQ(result, Play(script, 0xFFFFFF00u)) << script;  // the tick count wraps
+    }
 }
 
 TEST(PacketMessage, FillsToTheLastByteAndDropsWhatIsLonger) {
-    const std::string full(250, 'x');
-    for (const std::size_t extra : {0u, 1u, 300u}) {
-        PacketMessage message;
-        // Identifier and 16 packets of 250: 4001. The rest makes 4096, or more.
-        for (int i = 0; i < 16; ++i)
-            ASSERT_EQ(PacketStep::More, AddPacket(message, Packet(true, full), 0));
-        std::string rest(95 + extra, 'y');
-        while (rest.size() > 250) {
-            EXPECT_EQ(PacketStep::More, AddPacket(message, Packet(true, rest.substr(0, 250)), 0));
-            rest.erase(0, 250);
-        }
-        const PacketStep last = AddPacket(message, Packet(false, rest), 0);
-        if (extra == 0) {
-            EXPECT_EQ(PacketStep::Complete, last);
-            EXPECT_EQ(4096u, message.Length);
-            EXPECT_EQ('y', message.Bytes[4095]);
-            EXPECT_EQ(0, message.Bytes[4096]);
-        } else {
-            EXPECT_EQ(PacketStep::Nothing, last);
-            ExpectCleared(message);
-            EXPECT_EQ(PacketStep::Complete, AddPacket(message, Packet(false, "next"), 0));
-            EXPECT_EQ(std::string("\x03") + "next", TextOf(message));
-        }
-    }
-}
-
-TEST(PacketMessage, DropsAPartWhoseContinuationIsOverdue) {
-    const DWORD nearWrap = 0xFFFFFF00u;
-    for (const DWORD start : {DWORD{5}, nearWrap}) {
-        PacketMessage message;
-        AddPacket(message, Packet(true, "lost"), start);
-        EXPECT_FALSE(DropOverdue(message, start + 1999));
-        EXPECT_EQ(5u, message.Length);
-        EXPECT_TRUE(DropOverdue(message, start + 2000));
-        ExpectCleared(message);
-        EXPECT_FALSE(DropOverdue(message, start + 9000));
-        // Every packet gives the continuation new time.
-        AddPacket(message, Packet(true, "a"), start);
-        AddPacket(message, Packet(true, "b"), start + 1900);
-        EXPECT_FALSE(DropOverdue(message, start + 3800));
-    }
+    // Identifier and 16 packets of 250: 4001.
+    std::string packets;
+    for (int i = 0; i < 16; ++i)
+        packets += std::string(250, 'x') + "+ ";
+    const std::string fits(95, 'y'), over(96, 'y');
+    EXPECT_EQ("#" + std::string(4000, 'x') + fits, Play(packets + fits));
+    EXPECT_EQ("- #next", Play(packets + over + " next"));
+    EXPECT_EQ("- #next", Play(packets + over + "+ more+ !last 'last next"));
+    EXPECT_EQ("#ab", Play(packets + over + "+ !last ab"));
 }
 
 }  // namespace

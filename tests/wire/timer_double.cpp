@@ -3,7 +3,7 @@
 #include <atomic>
 #include <utility>
 
-#include "link/barcode_receiver.h"
+#include "link/packet_receiver.h"
 #include "platform/sound.h"
 #include "shell/shell_state.h"
 

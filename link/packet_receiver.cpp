@@ -1,0 +1,103 @@
+#include "link/packet_receiver.h"
+
+#include <algorithm>
+
+#include "link/command_exchange.h"
+#include "link/ssi_packet.h"
+#include "shell/shell_state.h"
+
+namespace {
+
+// 1 from a packet that announces another one until that one comes or is overdue; whoever changes it back has
+// decided which.
+Relaxed<DWORD> AwaitingContinuation;
+
+// Beginning of any packet of a decode; what TransferBusy was.
+BYTE BeginPacket(PacketMessage& message) {
+    const BYTE busy = ShellState.TransferBusy.Exchange(1);
+    const bool awaited = AwaitingContinuation.Exchange(0) != 0;
+    if (awaited) {
+        KillTimer(ShellState.MainWindow, IDT_CONTINUATION);
+    }
+    DropOverdue(message, GetTickCount());
+    return awaited ? BYTE{0} : busy;
+}
+
+// The packet counts as not received, and the engine will send it again.
+void LeaveToResend(PacketMessage& message, BYTE status) {
+    NoteBroken(message, status);
+    NoteRefusal(message, GetTickCount());
+    ShellState.TransferBusy = 0;
+}
+
+void RefusePacket(HANDLE port, PacketMessage& message, BYTE status) {
+    BeginPacket(message);
+    // What else has come is the rest of the broken packet; the resend begins a clean line.
+    PurgeComm(port, PURGE_RXCLEAR);
+    SendReaderCommand(port, SsiHostNak);
+    LeaveToResend(message, status);
+}
+
+void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packet) {
+    const BYTE busyBefore = BeginPacket(message);
+    if (!SendReaderCommand(port, SsiHostAck)) {
+        LeaveToResend(message, packet[3]);
+        return;
+    }
+    switch (AddPacket(message, packet, GetTickCount())) {
+        case PacketStep::More:
+            AwaitingContinuation = 1;
+            if (!SetTimer(ShellState.MainWindow, IDT_CONTINUATION, ContinuationTimeout, nullptr)) {
+                ShellState.TransferBusy = 0;  // nobody else would free the trigger
+            }
+            break;
+        case PacketStep::Complete:
+            HandOver(message);
+            break;
+        case PacketStep::Nothing:
+            ShellState.TransferBusy = 0;
+            break;
+        case PacketStep::Repeated:
+            // The scan before may still keep the trigger busy.
+            ShellState.TransferBusy = busyBefore;
+            break;
+    }
+}
+
+}  // namespace
+
+DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled) {
+    while (!bytes.empty()) {
+        const SsiPiece piece = NextSsiPacket(bytes);
+        const auto broken = BrokenDecodeStatus(piece.Bytes);
+        switch (piece.Finding) {
+            case SsiFinding::Decode:
+                TakePacket(port, message, piece.Bytes);
+                break;
+            case SsiFinding::Other:
+                break;
+            case SsiFinding::Noise:
+                // No refusal: what was broken has been sent again by itself.
+                if (broken) {
+                    NoteBroken(message, *broken);
+                }
+                break;
+            case SsiFinding::Rest:
+                if (filled) {
+                    return static_cast<DWORD>(std::min(bytes.size(), SsiFrameLimit));
+                }
+                if (broken) {
+                    RefusePacket(port, message, *broken);
+                }
+                break;
+        }
+        bytes = bytes.subspan(piece.Size);
+    }
+    return 0;
+}
+
+void ContinuationOverdue() {
+    if (AwaitingContinuation.Exchange(0)) {
+        ShellState.TransferBusy = 0;
+    }
+}
