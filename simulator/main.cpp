@@ -8,7 +8,38 @@
 #include <cstdio>
 #include <fstream>
 
+#include "simulator/replay.h"
 #include "simulator/terminal.h"
+
+namespace {
+
+int Fail(const std::string& problem) {
+    std::fprintf(stderr, "vantrel-readers: %s\n", problem.c_str());
+    return 1;
+}
+
+// Runs `commands`, then those on standard input, until it or a signal ends the program.
+template <typename Readers>
+void Serve(readers::EventLoop& loop, readers::Console& console, Readers& terminal, std::istream& commands,
+           bool stay, const sigset_t& endings) {
+    const int ended = signalfd(-1, &endings, SFD_CLOEXEC | SFD_NONBLOCK);
+    loop.Watch(ended, POLLIN, [&loop](short) { loop.Stop(); });
+    for (std::string line; std::getline(commands, line);) {
+        terminal.Command(line);
+    }
+    console.Listen([&terminal](std::string_view text) { terminal.Command(text); },
+                   [&loop, stay] {
+                       if (!stay) {
+                           loop.Stop();
+                       }
+                   });
+    loop.Run();
+    terminal.Stop();
+    console.Flush();
+    close(ended);
+}
+
+}  // namespace
 
 int main(int count, char** arguments) {
     readers::Options options;
@@ -32,36 +63,29 @@ int main(int count, char** arguments) {
     sigprocmask(SIG_BLOCK, &endings, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 
+    std::ifstream commands(options.Commands);
+    if (!options.Commands.empty() && !commands) {
+        return Fail("cannot read " + options.Commands);
+    }
     readers::EventLoop loop;
     readers::Console console(loop);
-    readers::Terminal terminal(loop, console, options);
-    if (!terminal.Start(problem)) {
-        std::fprintf(stderr, "vantrel-readers: %s\n", problem.c_str());
-        return 1;
+    if (options.Replay.empty()) {
+        readers::Terminal terminal(loop, console, options);
+        if (!terminal.Start(problem)) {
+            return Fail(problem);
+        }
+        Serve(loop, console, terminal, commands, options.Stay, endings);
+        return 0;
     }
-    const int ended = signalfd(-1, &endings, SFD_CLOEXEC | SFD_NONBLOCK);
-    loop.Watch(ended, POLLIN, [&loop](short) { loop.Stop(); });
-
-    const auto command = [&terminal](std::string_view text) { terminal.Command(text); };
-    const auto end = [&] {
-        if (!options.Stay) {
-            loop.Stop();
-        }
-    };
-    if (!options.Commands.empty()) {
-        std::ifstream file(options.Commands);
-        if (!file) {
-            std::fprintf(stderr, "vantrel-readers: cannot read %s\n", options.Commands.c_str());
-            return 1;
-        }
-        for (std::string line; std::getline(file, line);) {
-            terminal.Command(line);
-        }
+    std::ifstream file(options.Replay);
+    readers::Trace trace;
+    if (!file || !ParseTrace(file, trace, problem)) {
+        return Fail(options.Replay + ": " + (file ? problem : "cannot be read"));
     }
-    console.Listen(command, end);
-    loop.Run();
-    terminal.Stop();
-    console.Flush();
-    close(ended);
-    return 0;
+    readers::Replay replay(loop, console, options.Terminal, std::move(trace));
+    if (!replay.Start(problem)) {
+        return Fail(problem);
+    }
+    Serve(loop, console, replay, commands, options.Stay, endings);
+    return replay.Differed() ? 3 : 0;
 }

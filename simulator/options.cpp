@@ -13,6 +13,7 @@ const char* const Usage =
     "  --barcode-rate N                 its bit rate at the start (default: its working rate)\n"
     "  --rfid-rate N                    its bit rate at the start (default: 57600)\n"
     "  --commands FILE                  commands to run before those on standard input\n"
+    "  --replay FILE                    play the readers' side of a wire trace back\n"
     "  --stay                           stay when standard input ends\n"
     "  --quiet                          print no wire traffic\n";
 
@@ -52,6 +53,10 @@ bool SetValue(const std::string& name, const std::string& value, Options& option
     }
     if (name == "--commands") {
         options.Commands = value;
+        return !value.empty();
+    }
+    if (name == "--replay") {
+        options.Replay = value;
         return !value.empty();
     }
     if (name == "--barcode") {

@@ -18,6 +18,7 @@ struct Options {
     bool Stay = false;     // the end of standard input does not end the program
     bool Wire = true;      // print what passes on the wire
     std::string Commands;  // a file of commands to run first
+    std::string Replay;    // a wire trace to play back instead of simulating readers
 };
 
 // False with `problem` set when the line cannot be understood. `words` are the arguments without the program.

@@ -1,13 +1,23 @@
 #include "platform/linux/serial/receive_queue.h"
 
+#include <vector>
+
 namespace layer {
 
-void ReceiveQueue::Add(std::span<const BYTE> raw) {
+void ReceiveQueue::Add(std::span<const BYTE> raw, WireTrace* seen) {
+    const std::size_t before = count_;
     for (const BYTE byte : raw) {
         const LineMarks::Result result = marks_.Take(byte);
         Broke |= result.broke;
         for (int i = 0; i < result.count && count_ < Size; ++i)
             bytes_[(first_ + count_++) % Size] = result.bytes[i];
+    }
+    if (seen != nullptr && count_ != before) {
+        std::vector<BYTE> added;
+        for (std::size_t at = before; at < count_; ++at) {
+            added.push_back(bytes_[(first_ + at) % Size]);
+        }
+        seen->Received(added);
     }
 }
 

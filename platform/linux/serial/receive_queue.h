@@ -7,6 +7,7 @@
 #include <span>
 
 #include "platform/linux/serial/line_marks.h"
+#include "platform/linux/serial/wire_trace.h"
 
 namespace layer {
 
@@ -15,8 +16,9 @@ class ReceiveQueue {
     // A full read of 4096 bytes fits, and what a chunk may add.
     static constexpr std::size_t Size = 4096 + 512;
 
-    // Takes bytes as the line discipline delivers them, marks and all; what does not fit is dropped.
-    void Add(std::span<const BYTE> raw);
+    // Takes bytes as the line discipline delivers them, marks and all; what does not fit is dropped. Hands
+    // what the reader really sent to `seen`, where there is one.
+    void Add(std::span<const BYTE> raw, WireTrace* seen);
     // How many raw bytes fit for certain: a mark may turn one into two.
     std::size_t Room() const { return (Size - count_) / 2; }
     std::size_t Count() const { return count_; }

@@ -34,6 +34,7 @@ vantrel_library(vantrel_platform_serial
   linux/serial/serial.cpp
   linux/serial/tty.cpp
   linux/serial/tty_line.cpp
+  linux/serial/wire_trace.cpp
   linux/keyboard/us_keyboard.cpp
   linux/keyboard/wayland_connection.cpp
   linux/kernel/wake_fd.cpp

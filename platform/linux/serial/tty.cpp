@@ -18,6 +18,7 @@
 #include "platform/linux/serial/receive_queue.h"
 #include "platform/linux/serial/serial_port.h"
 #include "platform/linux/serial/tty_line.h"
+#include "platform/linux/serial/wire_trace.h"
 
 namespace layer {
 namespace {
@@ -37,7 +38,11 @@ Moment Now() {
 class Tty : public SerialPort {
   public:
     Tty(std::string path, std::uint64_t link, std::shared_ptr<TtyLine> line)
-        : path_(std::move(path)), link_(link), pseudo_(line->IsPseudo()), line_(std::move(line)) {
+        : path_(std::move(path)),
+          trace_(WireTrace::Of(path_.substr(path_.rfind('/') + 1))),
+          link_(link),
+          pseudo_(line->IsPseudo()),
+          line_(std::move(line)) {
         state_.DCBlength = sizeof state_;
         state_.BaudRate = line_->Speed() != 0 ? line_->Speed() : DefaultSpeed;
         state_.fBinary = 1;
@@ -45,6 +50,8 @@ class Tty : public SerialPort {
         // The kernel raises both lines when a tty is opened.
         state_.fDtrControl = DTR_CONTROL_ENABLE;
         state_.fRtsControl = RTS_CONTROL_ENABLE;
+        Note("open");
+        Note("rate " + std::to_string(state_.BaudRate));
     }
 
     BOOL Read(void* buffer, DWORD size, DWORD& read) override;
@@ -74,14 +81,17 @@ class Tty : public SerialPort {
     void Lose(const std::shared_ptr<TtyLine>& line);
     void Sleep(Lock& lock, int wake, const std::shared_ptr<TtyLine>& line, short events, Moment until);
     void WakeAll();
+    void Note(std::string_view what) const;
+    void NoteState(const DCB& state) const;
     Moment ReadEnd(DWORD size, Moment start) const;
 
     const std::string path_;
-    std::uint64_t link_;             // the identity of the path's links when the line was opened
-    bool pseudo_;                    // the line is a pseudo-terminal, or was one
-    std::mutex writing_;             // one frame after the other; taken before mutex_
-    std::mutex mutex_;               // everything below
-    std::shared_ptr<TtyLine> line_;  // null while unplugged, and once closed
+    const std::unique_ptr<WireTrace> trace_;  // null unless somebody wants one
+    std::uint64_t link_;                      // the identity of the path's links when the line was opened
+    bool pseudo_;                             // the line is a pseudo-terminal, or was one
+    std::mutex writing_;                      // one frame after the other; taken before mutex_
+    std::mutex mutex_;                        // everything below
+    std::shared_ptr<TtyLine> line_;           // null while unplugged, and once closed
     DCB state_{};
     COMMTIMEOUTS timeouts_{};
     DWORD mask_ = 0;
@@ -110,7 +120,7 @@ bool Tty::Pump(bool discardExcess) {
             Lose(line_);
             break;
         }
-        queue_.Add({chunk.data(), static_cast<std::size_t>(got)});
+        queue_.Add({chunk.data(), static_cast<std::size_t>(got)}, trace_.get());
         arrived = true;
     }
     if (arrived) {
@@ -138,6 +148,7 @@ bool Tty::Reopen() {
     line_->SetModemLines(state_.fDtrControl != DTR_CONTROL_DISABLE,
                          state_.fRtsControl != RTS_CONTROL_DISABLE);
     queue_.ForgetMark();
+    Note("back");
     return true;
 }
 
@@ -146,7 +157,25 @@ void Tty::Lose(const std::shared_ptr<TtyLine>& line) {
         return;
     line_->Unlock();
     line_.reset();
+    Note("lost");
     WakeAll();
+}
+
+void Tty::Note(std::string_view what) const {
+    if (trace_)
+        trace_->Changed(what);
+}
+
+// Only what changes is noted.
+void Tty::NoteState(const DCB& state) const {
+    if (!trace_)
+        return;
+    if (state.BaudRate != state_.BaudRate)
+        Note("rate " + std::to_string(state.BaudRate));
+    if (state.fDtrControl != state_.fDtrControl)
+        Note(state.fDtrControl != DTR_CONTROL_DISABLE ? "dtr on" : "dtr off");
+    if (state.fRtsControl != state_.fRtsControl)
+        Note(state.fRtsControl != RTS_CONTROL_DISABLE ? "rts on" : "rts off");
 }
 
 void Tty::WakeAll() {
@@ -252,6 +281,8 @@ BOOL Tty::Write(const void* buffer, DWORD size, DWORD& written) {
             return FALSE;
         const ssize_t put = write(line->Fd(), static_cast<const BYTE*>(buffer) + written, size - written);
         if (put > 0) {
+            if (trace_)
+                trace_->Sent({static_cast<const BYTE*>(buffer) + written, static_cast<std::size_t>(put)});
             written += static_cast<DWORD>(put);
         } else if (put < 0 && errno == EAGAIN) {
             if (Now() >= end)
@@ -300,6 +331,7 @@ BOOL Tty::SetState(const DCB& state) {
     if (!line->SetSpeed(state.BaudRate))
         return FALSE;
     line->SetModemLines(state.fDtrControl != DTR_CONTROL_DISABLE, state.fRtsControl != RTS_CONTROL_DISABLE);
+    NoteState(state);
     state_ = state;
     return TRUE;
 }
@@ -414,11 +446,16 @@ BOOL Tty::ClearError(DWORD& errors, COMSTAT& status) {
 
 BOOL Tty::SetBreak(bool on) {
     const Lock lock(mutex_);
-    return line_ && line_->SetBreak(on);
+    if (!line_ || !line_->SetBreak(on))
+        return FALSE;
+    Note(on ? "break on" : "break off");
+    return TRUE;
 }
 
 void Tty::Close() {
     const Lock lock(mutex_);
+    if (!closed_)
+        Note("close");
     closed_ = true;
     if (line_) {
         // A thread on its way out of a wait may hold the line a moment longer; the port is free already.
