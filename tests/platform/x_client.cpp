@@ -100,6 +100,16 @@ std::string XClient::Typed(std::size_t count) {
     return text;
 }
 
+void XClient::Await(std::size_t count) {
+    while (count > 0) {
+        XEvent event;
+        XNextEvent(display_, &event);
+        KeySym symbol = NoSymbol;
+        if (event.type == KeyPress && (symbol = XLookupKeysym(&event.xkey, 0), !IsModifierKey(symbol)))
+            --count;
+    }
+}
+
 void XClient::Press(KeySym key, bool down, bool real) {
     const KeyCode code = XKeysymToKeycode(display_, key);
     if (real)

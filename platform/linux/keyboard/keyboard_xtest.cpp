@@ -7,7 +7,10 @@
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 
+#include <algorithm>
 #include <bitset>
+#include <chrono>
+#include <iterator>
 #include <vector>
 
 #include "platform/keyboard.h"
@@ -23,6 +26,9 @@ namespace {
 
 constexpr std::uint64_t ReconnectPause = 1000;
 constexpr unsigned AllModifiers = 0xFF;
+// For how long an answer of the server's holds: that the user holds no key, and what is locked. Asking for
+// each key would take longer than typing it.
+constexpr std::chrono::milliseconds RestHolds{1};
 
 class XtestKeyboard : public KeyboardBackend {
   public:
@@ -44,9 +50,11 @@ class XtestKeyboard : public KeyboardBackend {
     void FetchMap();
     void TakeNews();
     void Type(const KeyMeaning& meaning, bool shift);
+    bool Look();
     bool Choose(const KeyMeaning& meaning, unsigned locked, int group, KeyChoice& choice);
     bool Borrow(KeySym symbol);
-    void Emit(const KeyChoice& choice, const XkbStateRec& state);
+    void Emit(const KeyChoice& choice);
+    void EmitBesideHeldKeys(const KeyChoice& choice);
     void Fake(KeyCode key, bool down) { XTestFakeKeyEvent(connection_.Get(), key, down, CurrentTime); }
     void Press(KeyCode key) { PressSynthetic(connection_.Get(), key); }
 
@@ -57,6 +65,9 @@ class XtestKeyboard : public KeyboardBackend {
     bool stale_ = true;
     std::uint64_t lastTry_ = 0;
     bool shift_ = false;
+    XkbStateRec state_{};  // as last looked at
+    bool atRest_ = false;  // no key was down then
+    std::chrono::steady_clock::time_point lookAgain_{};
     std::vector<Borrowed> borrowed_;
     std::bitset<256> again_;  // modifiers pressed again for the user
 };
@@ -90,6 +101,7 @@ void XtestKeyboard::Disconnect() {
         XkbFreeKeyboard(map_, 0, True);
     map_ = nullptr;
     borrowed_.clear();
+    atRest_ = false;
     connection_.Close();
 }
 
@@ -141,16 +153,34 @@ void XtestKeyboard::Key(BYTE key, bool up) {
 void XtestKeyboard::Type(const KeyMeaning& meaning, bool shift) {
     if (meaning.symbol == NoSymbol)
         return;
-    XkbStateRec state{};
-    if (XkbGetState(connection_.Get(), XkbUseCoreKbd, &state) != Success)
+    if (!Look())
         return;
     TakeNews();
     KeyChoice choice{};
-    if (!connection_.Usable() || !Choose(meaning, state.locked_mods, state.group, choice))
+    if (!connection_.Usable() || !Choose(meaning, state_.locked_mods, state_.group, choice))
         return;
     if (!meaning.isCharacter && shift)
         choice.press |= ShiftMask;
-    Emit(choice, state);
+    if (atRest_)
+        Emit(choice);
+    else
+        EmitBesideHeldKeys(choice);
+    XFlush(connection_.Get());
+}
+
+// Learns the keyboard's state, unless that was only just done and nothing was down.
+bool XtestKeyboard::Look() {
+    const auto now = std::chrono::steady_clock::now();
+    if (atRest_ && now < lookAgain_)
+        return true;
+    if (XkbGetState(connection_.Get(), XkbUseCoreKbd, &state_) != Success)
+        return false;
+    char down[32] = {};
+    XQueryKeymap(connection_.Get(), down);
+    atRest_ = state_.latched_mods == 0 && again_.none() &&
+              std::all_of(std::begin(down), std::end(down), [](char bits) { return bits == 0; });
+    lookAgain_ = std::chrono::steady_clock::now() + RestHolds;
+    return true;
 }
 
 bool XtestKeyboard::Choose(const KeyMeaning& meaning, unsigned locked, int group, KeyChoice& choice) {
@@ -186,13 +216,19 @@ bool XtestKeyboard::Borrow(KeySym symbol) {
     return connection_.Usable();
 }
 
-void XtestKeyboard::Emit(const KeyChoice& choice, const XkbStateRec& state) {
+void XtestKeyboard::EmitBesideHeldKeys(const KeyChoice& choice) {
     Display* display = connection_.Get();
     HeldKeys::Forget(display, again_);
     const HeldKeys held(display, map_, choice.key);
     held.Release();
-    if (state.latched_mods != 0)
+    if (state_.latched_mods != 0)
         XkbLatchModifiers(display, XkbUseCoreKbd, AllModifiers, 0);
+    Emit(choice);
+    held.Restore(again_);
+}
+
+void XtestKeyboard::Emit(const KeyChoice& choice) {
+    Display* display = connection_.Get();
     unsigned locks = choice.locked;
     KeyCode pressed[8];
     int count = 0;
@@ -205,7 +241,7 @@ void XtestKeyboard::Emit(const KeyChoice& choice, const XkbStateRec& state) {
         else
             locks |= bit;  // no key holds it down
     }
-    if (locks != state.locked_mods)
+    if (locks != state_.locked_mods)
         XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, locks);
     for (int i = 0; i < count; ++i)
         Press(pressed[i]);
@@ -213,10 +249,8 @@ void XtestKeyboard::Emit(const KeyChoice& choice, const XkbStateRec& state) {
     Fake(choice.key, false);
     for (int i = count; i-- > 0;)
         Fake(pressed[i], false);
-    if (locks != state.locked_mods)
-        XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, state.locked_mods);
-    held.Restore(again_);
-    XFlush(display);
+    if (locks != state_.locked_mods)
+        XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, state_.locked_mods);
 }
 
 void XtestKeyboard::ReleaseAll() {
