@@ -3,7 +3,13 @@
 
 #include "platform/kernel.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#define CreateFileW TerminalCreateFileW
+#define ReadFile TerminalReadFile
+#define WriteFile TerminalWriteFile
+
+#else
 
 #define GENERIC_READ 0x80000000u
 #define GENERIC_WRITE 0x40000000u

@@ -3,7 +3,12 @@
 
 #include "platform/base.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#include "platform/win32/wrapped.h"
+#define CloseHandle TerminalCloseHandle
+
+#else
 
 using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
 struct SECURITY_ATTRIBUTES;

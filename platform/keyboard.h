@@ -3,7 +3,12 @@
 
 #include "platform/base.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#include "platform/win32/wrapped.h"
+#define keybd_event Terminal_keybd_event
+
+#else
 
 #define KEYEVENTF_KEYUP 0x0002
 

@@ -3,7 +3,21 @@
 
 #include "platform/files.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#define SetupComm TerminalSetupComm
+#define GetCommState TerminalGetCommState
+#define SetCommState TerminalSetCommState
+#define GetCommTimeouts TerminalGetCommTimeouts
+#define SetCommTimeouts TerminalSetCommTimeouts
+#define PurgeComm TerminalPurgeComm
+#define SetCommMask TerminalSetCommMask
+#define WaitCommEvent TerminalWaitCommEvent
+#define ClearCommError TerminalClearCommError
+#define SetCommBreak TerminalSetCommBreak
+#define ClearCommBreak TerminalClearCommBreak
+
+#else
 
 #define NOPARITY 0
 #define ONESTOPBIT 0

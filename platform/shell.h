@@ -4,8 +4,8 @@
 #include "platform/window.h"
 
 #ifdef _WIN32
-#include <commdlg.h>
 #include <shellapi.h>
+#define GetOpenFileNameW TerminalGetOpenFileNameW
 #else
 
 #define NIM_ADD 0x00000000

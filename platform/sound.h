@@ -4,7 +4,8 @@
 #include "platform/base.h"
 
 #ifdef _WIN32
-#include <mmsystem.h>
+#include "platform/win32/wrapped.h"
+#define PlaySoundW TerminalPlaySoundW
 #else
 
 #define SND_ASYNC 0x00000001u

@@ -4,7 +4,11 @@
 
 #include "platform/kernel.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+
+#define SendMessageW TerminalSendMessageW
+
+#else
 
 using WNDPROC = LRESULT(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
 using DLGPROC = INT_PTR(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);

@@ -1,15 +1,10 @@
 // vantrel-watch: prints each scan of the terminal as one line of JSON.
 #include "tools/watch.h"
 
-#include <pthread.h>
-#include <unistd.h>
-
-#include <csignal>
 #include <cstdio>
 #include <string_view>
-#include <thread>
 
-#include "platform/linux/kernel/thread.h"
+#include "platform/program.h"
 #include "tools/arguments.h"
 
 namespace {
@@ -20,29 +15,6 @@ constexpr const char* Usage =
     "  --messages  take the records from the window messages\n"
     "  --count     end after N scans\n"
     "  --timeout   give up with exit code 1 when no scan comes for that long\n";
-
-// Gives the shared names and the socket back.
-[[noreturn]] void End(int code) {
-    layer::BeginEnd();
-    std::fflush(nullptr);
-    _exit(code);
-}
-
-// Whoever waits for an event is not woken by a signal: a thread of its own takes the signals that end
-// programs.
-void EndOnSignal() {
-    sigset_t endings;
-    sigemptyset(&endings);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-        sigaddset(&endings, signal);
-    }
-    pthread_sigmask(SIG_BLOCK, &endings, nullptr);
-    std::thread([endings] {
-        int signal = 0;
-        sigwait(&endings, &signal);
-        End(0);
-    }).detach();
-}
 
 }  // namespace
 
@@ -66,8 +38,8 @@ int main(int count, char** arguments) {
         }
     }
     if (messages) {
-        End(WatchMessages(options));
+        layer::EndProgram(WatchMessages(options));
     }
-    EndOnSignal();
-    End(WatchEvent(options));
+    layer::EndOnSignal();
+    layer::EndProgram(WatchEvent(options));
 }

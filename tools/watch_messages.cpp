@@ -1,8 +1,7 @@
 // A consumer of the broadcasts: a window that never shows itself.
 #include <cstdio>
-#include <cstdlib>
 
-#include "platform/linux/windows/start_windows.h"
+#include "platform/program.h"
 #include "platform/window.h"
 #include "tools/record_json.h"
 #include "tools/watch.h"
@@ -69,10 +68,7 @@ LRESULT CALLBACK WatchProc(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 }  // namespace
 
 int WatchMessages(const WatchOptions& options) {
-    // The window is never shown, so any display will do, and none is asked for.
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    layer::StartWindows();
-    layer::TakeSignals();
+    layer::StartHiddenWindows();
     TheWatch.Options = options;
     TheWatch.MsgDecode = RegisterWindowMessageW(TEXT("WM_DECODE"));
     WNDCLASSW windowClass{};

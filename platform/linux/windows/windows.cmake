@@ -22,6 +22,7 @@ vantrel_library(vantrel_platform_windows
   linux/windows/message_box.cpp
   linux/windows/message_loop.cpp
   linux/windows/other_programs.cpp
+  linux/windows/program.cpp
   linux/windows/program_resources.cpp
   linux/windows/program_socket.cpp
   linux/windows/registered_messages.cpp

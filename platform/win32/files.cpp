@@ -1,0 +1,128 @@
+// Files of the terminal folder, and ports by their names.
+#include <array>
+
+#include "platform/win32/serial_port.h"
+#include "platform/win32/terminal.h"
+#include "platform/win32/wrapped.h"
+
+namespace {
+
+using layer::Guard;
+
+// A file that takes its place when it is closed: until then, and when anything fails, the old one stays.
+struct Replacement {
+    HANDLE File = nullptr;
+    std::wstring Written, Target;
+    bool Failed = false;
+};
+
+SRWLOCK FilesLock = SRWLOCK_INIT;
+std::array<Replacement, 8> Replacements;  // under the lock
+
+Replacement* FindReplacement(HANDLE file) {
+    for (Replacement& entry : Replacements) {
+        if (entry.File == file) {
+            return &entry;
+        }
+    }
+    return nullptr;
+}
+
+HANDLE CreateReplacing(const std::wstring& target, DWORD access, LPSECURITY_ATTRIBUTES security) {
+    const DWORD there = GetFileAttributesW(target.c_str());
+    if (there != INVALID_FILE_ATTRIBUTES &&
+        (there & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) != 0) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return INVALID_HANDLE_VALUE;
+    }
+    const Guard guard(FilesLock);
+    Replacement* const entry = FindReplacement(nullptr);
+    if (entry == nullptr) {
+        SetLastError(ERROR_TOO_MANY_OPEN_FILES);
+        return INVALID_HANDLE_VALUE;
+    }
+    const std::wstring written = target + L".new";
+    const HANDLE file =
+        CreateFileW(written.c_str(), access, 0, security, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        *entry = {file, written, target, false};
+    }
+    return file;
+}
+
+void PutInPlace(const Replacement& done) {
+    const LPCWSTR written = done.Written.c_str(), target = done.Target.c_str();
+    const bool placed =
+        !done.Failed &&
+        (ReplaceFileW(target, written, nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) ||
+         MoveFileExW(written, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+    if (!placed) {
+        DeleteFileW(written);
+    }
+}
+
+}  // namespace
+
+HANDLE WINAPI TerminalCreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, LPSECURITY_ATTRIBUTES security,
+                                  DWORD disposition, DWORD attributes, HANDLE templateFile) {
+    if (layer::IsPortName(name)) {
+        return layer::OpenPort(name);
+    }
+    const std::wstring path = layer::HostPath(name);
+    if (path.empty()) {
+        SetLastError(ERROR_INVALID_NAME);
+        return INVALID_HANDLE_VALUE;
+    }
+    if (disposition == CREATE_ALWAYS) {
+        return CreateReplacing(path, access, security);
+    }
+    return CreateFileW(path.c_str(), access, shareMode, security, disposition, attributes, templateFile);
+}
+
+BOOL WINAPI TerminalReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
+    if (const auto port = layer::FindPort(file)) {
+        return port->Read(static_cast<BYTE*>(buffer), size, *read);
+    }
+    return ReadFile(file, buffer, size, read, overlapped);
+}
+
+BOOL WINAPI TerminalWriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written,
+                              LPOVERLAPPED overlapped) {
+    if (const auto port = layer::FindPort(file)) {
+        return port->Write(static_cast<const BYTE*>(buffer), size, *written);
+    }
+    if (WriteFile(file, buffer, size, written, overlapped) && *written == size) {
+        return TRUE;
+    }
+    const Guard guard(FilesLock);
+    if (Replacement* const entry = FindReplacement(file)) {
+        entry->Failed = true;
+    }
+    return FALSE;
+}
+
+BOOL WINAPI TerminalCloseHandle(HANDLE object) {
+    if (object == nullptr) {
+        return FALSE;
+    }
+    if (const auto port = layer::TakePort(object)) {
+        port->Close();
+        return TRUE;
+    }
+    Replacement done;
+    {
+        const Guard guard(FilesLock);
+        if (Replacement* const entry = FindReplacement(object)) {
+            std::swap(done, *entry);
+        }
+    }
+    // The content has to be on the disk before the name points at it.
+    if (done.File != nullptr && !FlushFileBuffers(object)) {
+        done.Failed = true;
+    }
+    const BOOL closed = CloseHandle(object);
+    if (done.File != nullptr) {
+        PutInPlace(done);
+    }
+    return closed;
+}

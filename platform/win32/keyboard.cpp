@@ -1,0 +1,66 @@
+// Typed keys: the application in front gets the character that a US keyboard would give, whatever its layout.
+#include <array>
+#include <atomic>
+
+#include "platform/win32/wrapped.h"
+
+namespace {
+
+struct UsKey {
+    BYTE Key;
+    char Plain, Shifted;
+};
+
+constexpr std::array<UsKey, 21> UsKeys = {{
+    {'0', '0', ')'},          {'1', '1', '!'},          {'2', '2', '@'},           {'3', '3', '#'},
+    {'4', '4', '$'},          {'5', '5', '%'},          {'6', '6', '^'},           {'7', '7', '&'},
+    {'8', '8', '*'},          {'9', '9', '('},          {VK_OEM_1, ';', ':'},      {VK_OEM_PLUS, '=', '+'},
+    {VK_OEM_COMMA, ',', '<'}, {VK_OEM_MINUS, '-', '_'}, {VK_OEM_PERIOD, '.', '>'}, {VK_OEM_2, '/', '?'},
+    {VK_OEM_3, '`', '~'},     {VK_OEM_4, '[', '{'},     {VK_OEM_5, '\\', '|'},     {VK_OEM_6, ']', '}'},
+    {VK_OEM_7, '\'', '"'},
+}};
+
+std::atomic<bool> ShiftDown = false;
+
+// 0 for a key without a character of its own on a US keyboard.
+char UsCharacter(BYTE key, bool shift) {
+    if (key >= 'A' && key <= 'Z') {
+        return static_cast<char>(shift ? key : key - 'A' + 'a');
+    }
+    for (const UsKey& entry : UsKeys) {
+        if (entry.Key == key) {
+            return shift ? entry.Shifted : entry.Plain;
+        }
+    }
+    return 0;
+}
+
+// Whether the key gives that character in the window in front.
+bool GivesCharacter(BYTE key, bool shift, char character) {
+    const DWORD thread = GetWindowThreadProcessId(GetForegroundWindow(), nullptr);
+    const SHORT there = VkKeyScanExW(static_cast<WCHAR>(character), GetKeyboardLayout(thread));
+    const bool locked = (GetKeyState(VK_CAPITAL) & 1) != 0 && key >= 'A' && key <= 'Z';
+    return !locked && there == (key | (shift ? 0x100 : 0));
+}
+
+}  // namespace
+
+void WINAPI Terminal_keybd_event(BYTE key, BYTE scanCode, DWORD flags, ULONG_PTR extraInfo) {
+    if (key == VK_SHIFT) {
+        ShiftDown = (flags & KEYEVENTF_KEYUP) == 0;
+    }
+    INPUT input{};
+    input.type = INPUT_KEYBOARD;
+    input.ki.wVk = key;
+    input.ki.wScan = scanCode != 0 ? scanCode : static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC));
+    input.ki.dwFlags = flags;
+    input.ki.dwExtraInfo = extraInfo;
+    const bool shift = ShiftDown;
+    const char character = UsCharacter(key, shift);
+    if (character != 0 && !GivesCharacter(key, shift, character)) {
+        input.ki.wVk = 0;
+        input.ki.wScan = static_cast<WORD>(character);
+        input.ki.dwFlags = flags | KEYEVENTF_UNICODE;
+    }
+    SendInput(1, &input, sizeof input);
+}

@@ -1,0 +1,32 @@
+// The platform calls that stand in front of Windows' own, each with Windows' own signature. The platform's
+// headers rename the calls of the system to these; the sources in this folder see both.
+#pragma once
+
+#include "platform/base.h"
+// Behind <windows.h>.
+#include <commdlg.h>
+#include <mmsystem.h>
+
+// Files of the terminal folder and serial ports.
+decltype(CreateFileW) TerminalCreateFileW;
+decltype(ReadFile) TerminalReadFile;
+decltype(WriteFile) TerminalWriteFile;
+decltype(CloseHandle) TerminalCloseHandle;
+decltype(GetOpenFileNameW) TerminalGetOpenFileNameW;
+
+decltype(SetupComm) TerminalSetupComm;
+decltype(GetCommState) TerminalGetCommState;
+decltype(SetCommState) TerminalSetCommState;
+decltype(GetCommTimeouts) TerminalGetCommTimeouts;
+decltype(SetCommTimeouts) TerminalSetCommTimeouts;
+decltype(PurgeComm) TerminalPurgeComm;
+decltype(SetCommMask) TerminalSetCommMask;
+decltype(WaitCommEvent) TerminalWaitCommEvent;
+decltype(ClearCommError) TerminalClearCommError;
+decltype(SetCommBreak) TerminalSetCommBreak;
+decltype(ClearCommBreak) TerminalClearCommBreak;
+
+// Keys by SendInput, sounds of the terminal folder, broadcasts that nobody can hold up.
+decltype(keybd_event) Terminal_keybd_event;
+decltype(PlaySoundW) TerminalPlaySoundW;
+decltype(SendMessageW) TerminalSendMessageW;
