@@ -5,6 +5,7 @@ vantrel_library(vantrel_platform
   win32/files.cpp
   win32/kernel.cpp
   win32/keyboard.cpp
+  win32/log.cpp
   win32/message_queue.cpp
   win32/program.cpp
   win32/send_message.cpp
