@@ -11,8 +11,7 @@
 
 namespace {
 
-constexpr DWORD PollStep = 10;
-constexpr DWORD ByteGap = 30;  // a reply is over when so long nothing more has come
+constexpr DWORD AfterWrite = 10;
 constexpr DWORD DownloadModeDelay = 20;
 constexpr DWORD EraseTimeout = 5000;
 constexpr int FrameSends = 4;
@@ -20,51 +19,6 @@ constexpr BYTE Escape = 0x1B;
 
 std::span<const BYTE> BytesOf(std::string_view text) {
     return {reinterpret_cast<const BYTE*>(text.data()), text.size()};
-}
-
-void ClearReply(ReaderReply& reply) {
-    reply.Length = 0;
-    reply.Bytes[0] = 0;
-}
-
-// Reads on where the reply ends; leading zero bytes are dropped. Whether any byte came, zero or not.
-bool ReadMore(HANDLE port, ReaderReply& reply) {
-    BYTE* free = reply.Bytes.data() + reply.Length;
-    const DWORD count = ReadPort(port, free, ReplyLimit - reply.Length);
-    BYTE* end = free + count;
-    if (reply.Length == 0) {
-        end = std::copy(std::find_if(free, end, [](BYTE b) { return b != 0; }), end, free);
-    }
-    *end = 0;
-    reply.Length = static_cast<DWORD>(end - reply.Bytes.data());
-    return count != 0;
-}
-
-// Reads can fall into the middle of a reply: one byte takes a millisecond at the lowest speed.
-void FinishReply(HANDLE port, ReaderReply& reply) {
-    DWORD last = GetTickCount();
-    while (reply.Length != 0 && reply.Length < ReplyLimit && reply.Bytes[reply.Length - 1] != '\r' &&
-           GetTickCount() - last <= ByteGap) {
-        Sleep(PollStep);
-        if (ReadMore(port, reply)) {
-            last = GetTickCount();
-        }
-    }
-}
-
-// Waits until a read has brought a byte; `zeros` says whether zero bytes alone count. Then takes the rest.
-bool AwaitReply(HANDLE port, DWORD timeout, bool zeros, ReaderReply& reply) {
-    ClearReply(reply);
-    const DWORD start = GetTickCount();
-    do {
-        const bool came = ReadMore(port, reply);
-        if (reply.Length != 0 || (came && zeros)) {
-            FinishReply(port, reply);
-            return true;
-        }
-        Sleep(PollStep);
-    } while (GetTickCount() - start <= timeout);
-    return false;
 }
 
 // "Ver" anywhere and an ESC: the version stands between the ESC and the reply's last character.
@@ -100,18 +54,19 @@ bool Feed(MarkSearch& search, BYTE received) {
 
 bool AwaitErased(HANDLE port) {
     MarkSearch erased{"FA\r", 0};
-    const DWORD start = GetTickCount();
-    do {
-        std::array<BYTE, ReplyLimit> read;
-        const DWORD count = ReadPort(port, read.data(), ReplyLimit);
-        for (DWORD i = 0; i < count; ++i) {
-            if (Feed(erased, read[i])) {
+    std::array<BYTE, ReplyLimit> read;
+    const ReplyWindow window{port, EndsInCarriageReturn, EraseTimeout};
+    for (;;) {
+        const std::span<const BYTE> came = window.Next(read);
+        if (came.empty()) {
+            return false;
+        }
+        for (const BYTE received : came) {
+            if (Feed(erased, received)) {
                 return true;
             }
         }
-        Sleep(PollStep);
-    } while (GetTickCount() - start <= EraseTimeout);
-    return false;
+    }
 }
 
 }  // namespace
@@ -121,17 +76,16 @@ bool FirmwareUpgradable() {
     return reader && reader->Upgradable;
 }
 
-int FirmwareExchange(HANDLE port, std::span<const BYTE> bytes, ReaderReply& reply) {
-    ClearReply(reply);
+bool FirmwareExchange(HANDLE port, std::span<const BYTE> bytes, ReaderReply& reply) {
     if (port == nullptr) {
-        return 0;
+        return false;
     }
     PurgePort(port);
     if (!WriteWithRetries(port, bytes.data(), static_cast<DWORD>(bytes.size()))) {
-        return 0;
+        return false;
     }
-    Sleep(PollStep);
-    return AwaitReply(port, ReplyTimeout, true, reply) ? 1 : 0;
+    Sleep(AfterWrite);
+    return CollectReply(port, EndsInCarriageReturn, ReplyTimeout, reply);
 }
 
 DWORD QueryFirmwareVersion(HANDLE port, DWORD timeout, std::span<BYTE> version) {
@@ -142,11 +96,15 @@ DWORD QueryFirmwareVersion(HANDLE port, DWORD timeout, std::span<BYTE> version) 
     if (!SendReaderCommand(port, "VER")) {
         return ErrorSetBarcodeReader;
     }
-    Sleep(PollStep);
+    Sleep(AfterWrite);
+    const DWORD start = GetTickCount();
     ReaderReply reply;
-    if (!AwaitReply(port, timeout, false, reply)) {
-        return 0;
-    }
+    do {
+        const DWORD passed = GetTickCount() - start;
+        if (passed > timeout || !CollectReply(port, EndsInCarriageReturn, timeout - passed, reply)) {
+            return 0;
+        }
+    } while (reply.Length == 0);  // zero bytes alone are no answer
     StoreVersion(reply, version);
     return Success;
 }

@@ -11,10 +11,10 @@
 // Whether the fitted reader is one whose firmware can be exchanged.
 bool FirmwareUpgradable();
 
-// Purges the port, writes the bytes as they are (up to three tries) and waits at most 2 s for a reply. A
-// reply that has begun goes on until its CR, until 30 ms pass without a byte, or until its 100 bytes are
-// there; leading zero bytes are dropped. 1, or 0 when nothing could be sent or nothing came.
-int FirmwareExchange(HANDLE port, std::span<const BYTE> bytes, ReaderReply& reply);
+// Purges the port, writes the bytes as they are (up to three tries) and waits at most 2 s for a reply, which
+// goes on until its CR, until 30 ms pass without a byte, or until its 100 bytes are there; leading zero bytes
+// are dropped. False when nothing could be sent or nothing came.
+[[nodiscard]] bool FirmwareExchange(HANDLE port, std::span<const BYTE> bytes, ReaderReply& reply);
 
 // Asks for the version and waits `timeout` milliseconds for the answer. 1 when anything came, 0 when nothing
 // did, ErrorSetBarcodeReader when the request cannot be sent. A version in the answer goes into `version`

@@ -87,7 +87,7 @@ DWORD Upgrade(HWND owner) {
     RepaintActiveWindow();
     const DWORD result = LoadPath(owner, path);
     if (result == Success) {
-        Save1DSettings();
+        static_cast<void>(Save1DSettings());  // the upgrade itself has worked, whatever comes of this
     }
     ShowErrorMessage(owner, result == Success ? FirmwareUpgradeDone : result);
     return result;

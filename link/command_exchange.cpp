@@ -13,14 +13,14 @@ namespace {
 
 constexpr DWORD BarcodeReplyDelay = 100;
 constexpr DWORD RfidReplyDelay = 30;
-constexpr DWORD PollStep = 10;
+constexpr DWORD LateRest = 100;
 constexpr int RegisterFailures = 3;
 constexpr int RegisterRepeats = 10;
 
-int SendText(HANDLE port, std::span<const BYTE> text) {
+bool SendText(HANDLE port, std::span<const BYTE> text) {
     const auto end = std::find(text.begin(), text.end(), BYTE{0});
     const std::size_t size = static_cast<std::size_t>(end - text.begin());
-    return size != 0 && WriteWithRetries(port, text.data(), static_cast<DWORD>(size)) ? 1 : 0;
+    return size != 0 && WriteWithRetries(port, text.data(), static_cast<DWORD>(size));
 }
 
 std::span<const BYTE> BytesOf(std::string_view text) {
@@ -34,53 +34,61 @@ std::string_view TextOf(const ReaderReply& reply) {
     return all.substr(0, all.find('\0'));
 }
 
-void StoreReply(ReaderReply& reply, std::span<const BYTE> read) {
-    const auto begin = std::find_if(read.begin(), read.end(), [](BYTE b) { return b != 0; });
-    const auto end = std::copy(begin, read.end(), reply.Bytes.begin());
-    reply.Length = static_cast<DWORD>(end - reply.Bytes.begin());
-    *end = 0;
+// What may still come of a reply after its pause: taken as the reply to the next request it would give a
+// block the content of another.
+void ReadOn(HANDLE port, ReaderReply& reply) {
+    BYTE* end = reply.Bytes.data() + reply.Length;
+    const DWORD count = AwaitReply(port, EndsInLineFeed, LateRest, {end, ReplyLimit - reply.Length});
+    end[count] = 0;
+    reply.Length += count;
 }
 
 }  // namespace
 
-int SendReaderCommand(HANDLE port, std::span<const BYTE> command) {
+bool SendReaderCommand(HANDLE port, std::span<const BYTE> command) {
     if (port == nullptr) {
-        return 0;
+        return false;
     }
     if (port != ShellState.BarcodePort) {
         return SendText(port, command);
     }
     const BarcodeReader* reader = FittedBarcodeReader();
-    return reader && reader->Send(port, command) ? 1 : 0;
+    return reader && reader->Send(port, command);
 }
 
-int SendReaderCommand(HANDLE port, std::string_view command) {
+bool SendReaderCommand(HANDLE port, std::string_view command) {
     return SendReaderCommand(port, BytesOf(command));
 }
 
-int RequestReply(HANDLE port, std::span<const BYTE> command, ReaderReply& reply) {
-    StoreReply(reply, {});
+bool CollectReply(HANDLE port, ReplyIsWhole isWhole, DWORD timeout, ReaderReply& reply) {
+    std::array<BYTE, ReplyLimit> read;
+    const DWORD count = AwaitReply(port, isWhole, timeout, read);
+    const std::span<const BYTE> text = WithoutLeadingZeros(std::span(read).first(count));
+    *std::copy(text.begin(), text.end(), reply.Bytes.begin()) = 0;
+    reply.Length = static_cast<DWORD>(text.size());
+    return count != 0;
+}
+
+bool RequestReply(HANDLE port, std::span<const BYTE> command, ReaderReply& reply) {
+    reply.Length = 0;
+    reply.Bytes[0] = 0;
     if (port == nullptr) {
-        return 0;
+        return false;
     }
     PurgePort(port);
     if (!SendReaderCommand(port, command)) {
-        return 0;
+        return false;
     }
-    Sleep(port == ShellState.RfidPort ? RfidReplyDelay : BarcodeReplyDelay);
-    const DWORD start = GetTickCount();
-    std::array<BYTE, ReplyLimit> read;
-    do {
-        if (const DWORD count = ReadPort(port, read.data(), ReplyLimit)) {
-            StoreReply(reply, {read.data(), count});
-            return 1;
-        }
-        Sleep(PollStep);
-    } while (GetTickCount() - start <= ReplyTimeout);
-    return 0;
+    if (port == ShellState.RfidPort) {
+        Sleep(RfidReplyDelay);
+        return CollectReply(port, IsWholeRfidReply, ReplyTimeout, reply);
+    }
+    Sleep(BarcodeReplyDelay);
+    const BarcodeReader* reader = FittedBarcodeReader();
+    return CollectReply(port, reader ? reader->WholeReply : NeverWhole, ReplyTimeout, reply);
 }
 
-int RequestReply(HANDLE port, std::string_view command, ReaderReply& reply) {
+bool RequestReply(HANDLE port, std::string_view command, ReaderReply& reply) {
     return RequestReply(port, BytesOf(command), reply);
 }
 
@@ -92,7 +100,7 @@ bool ReplyAcknowledges(const ReaderReply& reply) {
     return ReplyContains(reply, "\x04\xD0");
 }
 
-int ReadRfidRegister(BYTE number, char* value) {
+int ReadRfidRegister(BYTE number, DWORD blockSize, char* value) {
     constexpr char Hex[] = "0123456789abcdef";
     const std::array<BYTE, 3> command{'r', static_cast<BYTE>(Hex[number >> 4]),
                                       static_cast<BYTE>(Hex[number & 0x0F])};
@@ -100,14 +108,20 @@ int ReadRfidRegister(BYTE number, char* value) {
     int failures = 0;
     int repeats = 0;
     for (;;) {
-        if (!RequestReply(RfidPortOfThisThread(), command, reply)) {
+        const HANDLE port = RfidPortOfThisThread();
+        if (!RequestReply(port, command, reply)) {
             return -1;
         }
-        const RegisterReply answer = ParseRegisterReply(TextOf(reply));
+        RegisterReply answer = ParseRegisterReply(TextOf(reply), blockSize);
+        if (answer.Answer == RegisterAnswer::Again || answer.Answer == RegisterAnswer::Broken) {
+            ReadOn(port, reply);
+            answer = ParseRegisterReply(TextOf(reply), blockSize);
+        }
         switch (answer.Answer) {
             case RegisterAnswer::Refused:
                 return -1;
             case RegisterAnswer::Failed:
+            case RegisterAnswer::Broken:
                 if (++failures == RegisterFailures) {
                     return 0;
                 }

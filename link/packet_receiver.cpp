@@ -34,7 +34,7 @@ void RefusePacket(HANDLE port, PacketMessage& message, BYTE status) {
     BeginPacket(message);
     // What else has come is the rest of the broken packet; the resend begins a clean line.
     PurgeComm(port, PURGE_RXCLEAR);
-    SendReaderCommand(port, SsiHostNak);
+    static_cast<void>(SendReaderCommand(port, SsiHostNak));  // unsent, the engine resends by its own time
     LeaveToResend(message, status);
 }
 

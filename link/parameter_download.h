@@ -8,10 +8,10 @@
 #include "link/ssi_packet.h"
 #include "settings/record.h"
 
-// 1, also when nothing differs, or 0 when the reader did not acknowledge a packet. The barcode receive thread
-// must be suspended.
-int DownloadLaserSettings();
-int DownloadImagerSettings();
+// True also when nothing differs; false when the reader did not acknowledge a packet, sent twice. The barcode
+// receive thread must not read.
+[[nodiscard]] bool DownloadLaserSettings();
+[[nodiscard]] bool DownloadImagerSettings();
 
 enum class LengthSymbology { Code39, Code93, Code11, Interleaved25, Industrial25, Codabar, Msi };
 

@@ -18,9 +18,7 @@ namespace {
 
 constexpr int GreetingTries = 6;
 constexpr DWORD GreetingWindow = 250;
-constexpr DWORD GreetingReadSize = 20;
-constexpr DWORD GreetingEndPause = 20;
-constexpr DWORD GreetingEndLimit = 100;
+constexpr DWORD GreetingEndWindow = 250;
 constexpr DWORD ReceiverStartTime = 100;
 constexpr DWORD PollStep = 10;
 constexpr DWORD OldChannelLimit = 500;
@@ -32,33 +30,25 @@ void StopSound() {
     PlaySoundW(nullptr, nullptr, SND_ASYNC);
 }
 
-// The rest of the greeting's line must have passed before the receive thread starts: it would be taken for a
-// tag.
-void SkipGreeting(HANDLE port) {
-    std::array<BYTE, GreetingReadSize> read;
-    const DWORD start = GetTickCount();
-    DWORD last = start;
-    while (GetTickCount() - last < GreetingEndPause && GetTickCount() - start < GreetingEndLimit) {
-        if (ReadPort(port, read.data(), GreetingReadSize)) {
-            last = GetTickCount();
-        } else {
-            Sleep(PollStep);
-        }
-    }
-}
-
+// Waits for the greeting and for the end of its line; whether the reader has announced itself. A line that
+// does not end counts after a while.
 bool AwaitGreeting(HANDLE port) {
-    std::array<BYTE, GreetingReadSize> read;
+    std::array<BYTE, ReplyLimit> read;
     GreetingSearch search;
-    const DWORD start = GetTickCount();
-    while (GetTickCount() - start < GreetingWindow) {
-        const DWORD count = ReadPort(port, read.data(), GreetingReadSize);
-        if (FindGreeting(search, {read.data(), count})) {
+    ReplyWindow window{port, EndsInLineFeed, GreetingWindow};
+    for (;;) {
+        const bool found = search.Found;
+        const std::span<const BYTE> came = window.Next(read);
+        if (came.empty()) {
+            return found;
+        }
+        if (FindGreeting(search, came)) {
             return true;
         }
-        Sleep(PollStep);
+        if (search.Found && !found) {
+            window = {port, EndsInLineFeed, GreetingEndWindow};
+        }
     }
-    return false;
 }
 
 // Lets the channel before go. Its thread may be closing it, and does so without this thread's help.
@@ -94,7 +84,6 @@ DWORD OpenRfidChannel() {
         ShellState.RfidPort = port;
         SetPortLine(port, RfidWorkingRate);
         if (AwaitGreeting(port)) {
-            SkipGreeting(port);
             if (!StartRfidReceiver(DeviceFlags & DeviceRfid)) {
                 CloseRfidChannel();
                 return ErrorInitRfidReader;
@@ -114,10 +103,11 @@ DWORD StartRfidRead(int start) {
     }
     StopSound();
     const bool opened = std::exchange(ReceiverStarted, false);
-    // A line may have ended the channel before the read began: a read without a tag, no failure.
+    // A break may have ended the channel before the read began: a read without a tag, no failure.
     if (opened && !RfidChannelReading()) {
         return Success;
     }
+    BeginRfidLines();
     if (!SendReaderCommand(ShellState.RfidPort, "s")) {
         const bool ended = opened && !RfidChannelReading();
         CloseRfidChannel();

@@ -93,8 +93,9 @@ bool CloseOwnRfidChannel(DWORD channel) {
     Sleep(SettleTime);
     ShellState.RfidThreadRun = 0;
     // In this order: who marks a read as active after this finds the channel idle and takes the mark back.
+    // The exchange keeps the mark's end behind the step; a plain store could be seen before it.
     Step(channel | ClosingByThread, Idle);
-    ShellState.RfidReadActive = 0;
+    ShellState.RfidReadActive.Exchange(0);
     return true;
 }
 

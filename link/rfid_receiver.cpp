@@ -30,7 +30,9 @@ DWORD WaitForBytes(HANDLE port, std::array<BYTE, ChunkSize>& chunk, bool& broken
         return 0;
     }
     broken = (events & EV_BREAK) != 0;
-    return broken ? 0 : ReadPort(port, chunk.data(), ChunkSize);
+    // Without that event it was woken by a change of the mask: what is there came before the read began.
+    const bool received = (events & EV_RXCHAR) != 0;
+    return received && !broken ? ReadPort(port, chunk.data(), ChunkSize) : 0;
 }
 
 void HandOver(HANDLE port, DWORD channel, const TagLine& line) {
@@ -57,7 +59,8 @@ void ReceiveLine(HANDLE port, DWORD channel) {
             case TagLineStep::More:
                 break;
             case TagLineStep::Repeat:
-                SendReaderCommand(port, "s");
+                // Unsent, it ends by its time like a read that finds nothing.
+                static_cast<void>(SendReaderCommand(port, "s"));
                 break;
             case TagLineStep::Data:
                 HandOver(port, channel, line);
@@ -70,10 +73,11 @@ void ReceiveLine(HANDLE port, DWORD channel) {
 
 }  // namespace
 
-int StartRfidReceiver(WORD deviceMask) {
+bool StartRfidReceiver(WORD deviceMask) {
     if ((deviceMask & DeviceRfid) == 0) {
-        return 1;
+        return true;
     }
+    SetCommMask(ShellState.RfidPort, EV_BREAK);
     ShellState.RfidThreadRun = 1;
     const DWORD channel = BeginRfidChannel();
     // The thread may end before its handle is stored; suspended, it cannot.
@@ -81,26 +85,27 @@ int StartRfidReceiver(WORD deviceMask) {
         CreateThread(nullptr, 0, RfidReceiveThread, reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(channel)),
                      CREATE_SUSPENDED, nullptr);
     if (thread == nullptr) {
-        return 0;
+        return false;
     }
     ShellState.RfidThread = thread;
     ResumeThread(thread);
-    return 1;
+    return true;
+}
+
+void BeginRfidLines() {
+    const HANDLE port = ShellState.RfidPort;
+    PurgePort(port);
+    SetCommMask(port, ReceiveEvents);
 }
 
 DWORD WINAPI RfidReceiveThread(LPVOID argument) {
-    const DWORD channel =
-        argument != nullptr ? static_cast<DWORD>(reinterpret_cast<UINT_PTR>(argument)) : BeginRfidChannel();
+    const DWORD channel = static_cast<DWORD>(reinterpret_cast<UINT_PTR>(argument));
     JoinRfidChannel(channel);
-    const HANDLE port = RfidPortOfThisThread();
-    PurgePort(port);
-    if (SetCommMask(port, ReceiveEvents)) {
-        ReceiveLine(port, channel);
-        // What the barcode port collected while its reader was off goes; while it is on, its own thread takes
-        // the bytes, and a scan that is just coming in must not suffer from a tag read.
-        if (CloseOwnRfidChannel(channel) && !ShellState.BarcodeEnabled) {
-            PurgeComm(ShellState.BarcodePort, PURGE_RXABORT | PURGE_RXCLEAR);
-        }
+    ReceiveLine(RfidPortOfThisThread(), channel);
+    // What the barcode port collected while its reader was off goes; while it is on, its own thread takes the
+    // bytes, and a scan that is just coming in must not suffer from a tag read.
+    if (CloseOwnRfidChannel(channel) && !ShellState.BarcodeEnabled) {
+        PurgeComm(ShellState.BarcodePort, PURGE_RXABORT | PURGE_RXCLEAR);
     }
     JoinRfidChannel(0);
     return 0;

@@ -1,5 +1,7 @@
 #include "link/rfid_text.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr BYTE LineFeed = 0x0A;
@@ -15,17 +17,26 @@ TagLineStep EndOfLine(TagLine& line) {
     return line.Length >= ShortestTagLine ? TagLineStep::Data : TagLineStep::End;
 }
 
-// Takes the first line that isn't empty off the text; empty when there is none.
-std::string_view TakeLine(std::string_view& text) {
-    const std::size_t begin = text.find_first_not_of("\r\n");
-    if (begin == std::string_view::npos) {
-        text = {};
-        return {};
-    }
-    const std::size_t end = text.find_first_of("\r\n", begin);
-    const std::string_view line = text.substr(begin, end == std::string_view::npos ? end : end - begin);
-    text = end == std::string_view::npos ? std::string_view{} : text.substr(end);
-    return line;
+struct Line {
+    std::string_view Text;  // empty when there is none
+    bool Ended;
+};
+
+// Takes the first line that isn't empty off the text.
+Line TakeLine(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of("\r\n"), text.size()));
+    const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+    text.remove_prefix(line.size());
+    return {line, !text.empty()};
+}
+
+bool IsHexadecimal(char character) {
+    return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'F') ||
+           (character >= 'a' && character <= 'f');
+}
+
+bool IsBlock(std::string_view line, std::size_t blockSize) {
+    return line.size() == 2 * blockSize && std::all_of(line.begin(), line.end(), IsHexadecimal);
 }
 
 }  // namespace
@@ -47,37 +58,58 @@ TagLineStep CollectTagLine(TagLine& line, std::span<const BYTE> bytes) {
     return TagLineStep::More;
 }
 
-RegisterReply ParseRegisterReply(std::string_view reply) {
-    const std::string_view first = TakeLine(reply);
-    if (first.empty()) {
+bool IsWholeRfidReply(std::span<const BYTE> reply) {
+    std::string_view text(reinterpret_cast<const char*>(reply.data()), reply.size());
+    const bool ended = text.ends_with('\n');
+    std::string_view line = TakeLine(text).Text;
+    if (line == "S") {
+        line = TakeLine(text).Text;
+    }
+    return ended && !line.empty();
+}
+
+RegisterReply ParseRegisterReply(std::string_view reply, std::size_t blockSize) {
+    Line line = TakeLine(reply);
+    if (line.Text.empty()) {
         return {RegisterAnswer::Refused, {}};
     }
-    switch (first.front()) {
-        case 'N':
-            return {RegisterAnswer::Refused, {}};
-        case 'F':
-        case 'I':
-            return {RegisterAnswer::Failed, {}};
-        case 'S': {
-            const std::string_view second = TakeLine(reply);
-            return second.empty() ? RegisterReply{RegisterAnswer::Again, {}}
-                                  : RegisterReply{RegisterAnswer::Value, second};
+    const bool repeats = line.Text.front() == 'S';
+    if (repeats) {
+        line = TakeLine(reply);
+        if (line.Text.empty()) {
+            return {RegisterAnswer::Again, {}};
         }
-        default:
-            return {RegisterAnswer::Value, first};
     }
+    if (!IsBlock(line.Text, blockSize)) {
+        if (!line.Ended) {
+            return {RegisterAnswer::Broken, {}};
+        }
+        const char first = line.Text.front();
+        if (!repeats && first == 'N') {
+            return {RegisterAnswer::Refused, {}};
+        }
+        if (!repeats && (first == 'F' || first == 'I')) {
+            return {RegisterAnswer::Failed, {}};
+        }
+    }
+    return {RegisterAnswer::Value, line.Text};
 }
 
 bool FindGreeting(GreetingSearch& search, std::span<const BYTE> bytes) {
     for (const BYTE received : bytes) {
         const char character = static_cast<char>(received);
+        if (search.Found) {
+            if (received == LineFeed) {
+                return true;
+            }
+            continue;
+        }
         if (character != Greeting[search.Matched]) {
             search.Matched = 0;
         }
         // No character of the mark occurs twice in it: after a mismatch only its first can begin it anew.
         if (character == Greeting[search.Matched] && ++search.Matched == Greeting.size()) {
-            search.Matched = 0;
-            return true;
+            search.Found = true;
         }
     }
     return false;

@@ -27,11 +27,16 @@ enum class TagLineStep {
 // are no part of a line. A line that grows beyond 23 characters ends the read at once.
 TagLineStep CollectTagLine(TagLine& line, std::span<const BYTE> bytes);
 
+// Whether a reply to a command is whole: it ends in LF and holds a line that is more than a bare "S", behind
+// which another one may follow.
+bool IsWholeRfidReply(std::span<const BYTE> reply);
+
 enum class RegisterAnswer {
     Value,    // the register's text
     Refused,  // no line at all, or a line beginning with N
-    Failed,   // a line beginning with F or I
+    Failed,   // a line beginning with F or I that is no whole block
     Again,    // a line beginning with S and nothing after it
+    Broken,   // a line without an end that is no whole block
 };
 
 struct RegisterReply {
@@ -39,12 +44,14 @@ struct RegisterReply {
     std::string_view Value;  // points into the reply
 };
 
-// Reads the reply to a register command; lines end at CR or LF, empty ones do not count.
-RegisterReply ParseRegisterReply(std::string_view reply);
+// Reads the reply to a register command, given the bytes of a block; lines end at CR or LF, empty ones do not
+// count.
+RegisterReply ParseRegisterReply(std::string_view reply, std::size_t blockSize);
 
-// Looks for "ISO" in a stream of bytes; keeps how much of it the last bytes matched, so that a mark cut by
-// the end of a read is found too.
+// Looks for the greeting, a line with "ISO" in it, in a stream of bytes however the reads cut it.
 struct GreetingSearch {
-    unsigned Matched = 0;
+    unsigned Matched = 0;  // characters of the mark that the last bytes matched
+    bool Found = false;    // the mark has come
 };
+// True when the mark has come and, behind it, the end of its line.
 bool FindGreeting(GreetingSearch& search, std::span<const BYTE> bytes);

@@ -54,6 +54,12 @@ BOOL SetPortRate(HANDLE port, DWORD rate) {
     return ChangeLine(port, [rate](DCB& state) { state.BaudRate = rate; });
 }
 
+DWORD PortRate(HANDLE port) {
+    DCB state{};
+    state.DCBlength = sizeof state;
+    return GetCommState(port, &state) ? state.BaudRate : 0;
+}
+
 BOOL SetPortTimeouts(HANDLE port, DWORD interval) {
     COMMTIMEOUTS timeouts{};
     if (!GetCommTimeouts(port, &timeouts)) {

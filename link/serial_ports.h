@@ -23,6 +23,8 @@ HANDLE OpenReaderPort(DWORD selector);
 BOOL SetPortLine(HANDLE port, DWORD rate);
 // Sets the bit rate alone.
 BOOL SetPortRate(HANDLE port, DWORD rate);
+// The bit rate that is set; 0 when the port cannot tell.
+DWORD PortRate(HANDLE port);
 
 // Read interval in milliseconds, or MAXDWORD for reads that return at once. Writes time out after 200 ms on
 // the handle that is stored as the barcode port and after 10 ms on any other. The platform's result.

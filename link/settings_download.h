@@ -11,5 +11,6 @@ using ParameterBlock = std::array<BYTE, 30>;
 void Build1DParameterBlock(ParameterBlock& block);
 
 // Sends the block when anything differs from the snapshots; the reader must answer OK, at the second try at
-// the latest. 1 or 0. The barcode receive thread must be suspended.
-int Save1DSettings();
+// the latest. One that does not answer at all is looked for at its other bit rates before that. The barcode
+// receive thread must not read.
+[[nodiscard]] bool Save1DSettings();

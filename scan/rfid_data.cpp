@@ -29,7 +29,7 @@ void ReadTagMemory(RfidScanData& scan) {
     TagText memory{};
     for (DWORD block = range.FirstBlock; block < range.EndBlock; ++block) {
         std::array<char, RegisterTextLimit + 1> text{};
-        if (ReadRfidRegister(static_cast<BYTE>(block), text.data()) != 1) {
+        if (ReadRfidRegister(static_cast<BYTE>(block), scan.blockSize, text.data()) != 1) {
             break;
         }
         AppendTagBlock(memory, TextIn(text));

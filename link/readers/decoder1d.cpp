@@ -1,6 +1,10 @@
 // The 1D reader with its own decoder: text commands in escape frames, settings in one SAVE command.
+#include <algorithm>
+
 #include "link/command_exchange.h"
+#include "link/detection.h"
 #include "link/escape_frame.h"
+#include "link/hex_convert.h"
 #include "link/probe_reply.h"
 #include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
@@ -11,6 +15,7 @@ namespace {
 
 constexpr DWORD AfterCommand = 50;  // it must have taken a command before the next one
 constexpr DWORD ProbeDelay = 100;
+constexpr int SaveTries = 2;
 
 WORD Probe(HANDLE port) {
     constexpr std::array<BYTE, 3> Command{'S', 'E', 'T'};
@@ -33,8 +38,31 @@ WORD Probe(HANDLE port) {
     }
 }
 
+template <class Block>
+bool SameWords(const Block& left, const Block& right) {
+    return std::equal(left.begin(), left.end(), right.begin(),
+                      [](const Relaxed<WORD>& a, const Relaxed<WORD>& b) { return WORD{a} == WORD{b}; });
+}
+
+bool NothingChanged() {
+    return SameWords(SymbologySettings, SymbologySettingsBefore) &&
+           SameWords(GeneralSettings, GeneralSettingsBefore);
+}
+
+// Nothing sets the reader's speed: one that was found at another than its working rate is at that speed again
+// after the next start, even if nobody has looked for it then. The rate stays as it was when it answers at
+// none.
+void FindRate(HANDLE port) {
+    const DWORD present = PortRate(port);
+    if (ProbeReaderRates(port, Device1D)) {
+        RaiseRts(port);
+    } else {
+        SetPortRate(port, present);
+    }
+}
+
 bool SetUp(HANDLE) {
-    return Save1DSettings() != 0;
+    return Save1DSettings();
 }
 
 bool Send(HANDLE port, std::span<const BYTE> command) {
@@ -59,11 +87,33 @@ DWORD Release() {
     return Command("OFF");
 }
 
-bool Download() {
-    return Save1DSettings() != 0;
-}
-
 }  // namespace
+
+bool Save1DSettings() {
+    if (NothingChanged()) {
+        return true;
+    }
+    ParameterBlock block{};
+    Build1DParameterBlock(block);
+    constexpr std::string_view Save = "SAVE";
+    std::array<BYTE, Save.size() + 2 * std::tuple_size_v<ParameterBlock>> command;
+    BYTE* digits = std::copy(Save.begin(), Save.end(), command.data());
+    HexConvert(HexEncode, block.data(), digits, static_cast<DWORD>(block.size()));
+
+    const HANDLE port = ShellState.BarcodePort;
+    SetPortTimeouts(port, MAXDWORD);
+    for (int i = 0; i < SaveTries; ++i) {
+        ReaderReply reply;
+        const bool answered = RequestReply(port, command, reply);
+        if (answered && ReplyContains(reply, "OK\r")) {
+            return true;
+        }
+        if (i == 0 && !answered) {
+            FindRate(port);
+        }
+    }
+    return false;
+}
 
 constinit const BarcodeReader Decoder1DReader{
     .Bit = Device1D,
@@ -79,6 +129,6 @@ constinit const BarcodeReader Decoder1DReader{
     .WholeReply = EndsInCarriageReturn,
     .Press = Press,
     .Release = Release,
-    .Download = Download,
+    .Download = Save1DSettings,
     .Receive = TakeDecoderMessage,
 };

@@ -17,13 +17,9 @@ bool SetUp(HANDLE port) {
     return SetUpScanEngine(port, ImagerReader, Lengths, Base);
 }
 
-bool Download() {
-    return DownloadImagerSettings() != 0;
-}
-
 }  // namespace
 
-int DownloadImagerSettings() {
+bool DownloadImagerSettings() {
     return DownloadRows(ParameterRows::ImagerFirst) && DownloadRows(ParameterRows::ImagerSecond);
 }
 
@@ -41,6 +37,6 @@ constinit const BarcodeReader ImagerReader{
     .WholeReply = IsWholePacket,
     .Press = StartDecoding,
     .Release = StopDecoding,
-    .Download = Download,
+    .Download = DownloadImagerSettings,
     .Receive = TakePackets,
 };

@@ -51,10 +51,6 @@ DWORD Release() {
     return StopDecoding();
 }
 
-bool Download() {
-    return DownloadLaserSettings() != 0;
-}
-
 }  // namespace
 
 DWORD LaserAim(int startAfter, int on) {
@@ -74,7 +70,7 @@ DWORD LaserAim(int startAfter, int on) {
     return startAfter == 1 ? CommandScanEngine(SsiStartDecode) : Success;
 }
 
-int DownloadLaserSettings() {
+bool DownloadLaserSettings() {
     return DownloadRows(ParameterRows::Laser);
 }
 
@@ -92,6 +88,6 @@ constinit const BarcodeReader LaserReader{
     .WholeReply = IsWholePacket,
     .Press = Press,
     .Release = Release,
-    .Download = Download,
+    .Download = DownloadLaserSettings,
     .Receive = TakePackets,
 };

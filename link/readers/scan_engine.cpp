@@ -14,16 +14,38 @@ constexpr DWORD ProbeDelay = 100;
 constexpr DWORD DefaultsTime = 1000;  // an engine that takes its factory defaults restarts at 9600
 constexpr DWORD DefaultsRate = 9600;
 constexpr DWORD NewRateTime = 500;
+constexpr int PacketTries = 2;
 
-bool Acknowledged(HANDLE port, std::span<const BYTE> packet) {
-    ReaderReply reply;
-    return RequestReply(port, packet, reply) && ReplyAcknowledges(reply);
-}
+enum class Reaction { None, Refused, Taken };
 
 // Looking for the two acknowledgement bytes anywhere would find them in other packets' data too.
 bool BeginsWithAck(const ReaderReply& reply) {
     return reply.Length >= SsiReaderAck.size() &&
            std::equal(SsiReaderAck.begin(), SsiReaderAck.end(), reply.Bytes.begin());
+}
+
+// Sends a packet until it is acknowledged, twice at most: one acknowledgement may get lost.
+Reaction SendTwice(HANDLE port, std::span<const BYTE> packet) {
+    Reaction reaction = Reaction::None;
+    for (int i = 0; i < PacketTries && reaction != Reaction::Taken; ++i) {
+        ReaderReply reply;
+        reaction = !RequestReply(port, packet, reply) ? Reaction::None
+                   : BeginsWithAck(reply)             ? Reaction::Taken
+                                                      : Reaction::Refused;
+    }
+    return reaction;
+}
+
+// A packet that changes the engine's rate. Without an answer it may have been taken all the same: the engine
+// is then asked once more at its new rate.
+bool SendRateChange(HANDLE port, std::span<const BYTE> packet, DWORD newRate) {
+    const Reaction reaction = SendTwice(port, packet);
+    if (reaction != Reaction::None) {
+        return reaction == Reaction::Taken;
+    }
+    SetPortRate(port, newRate);
+    ReaderReply reply;
+    return RequestReply(port, packet, reply) && BeginsWithAck(reply);
 }
 
 }  // namespace
@@ -60,12 +82,12 @@ WORD ProbeScanEngine(HANDLE port) {
 
 bool SetUpScanEngine(HANDLE port, const BarcodeReader& reader, std::span<const BYTE> lengths,
                      std::span<const BYTE> base) {
-    if (!Acknowledged(port, SsiParameterDefaults)) {
+    if (!SendRateChange(port, SsiParameterDefaults, DefaultsRate)) {
         return false;
     }
     Sleep(DefaultsTime);
     SetPortLine(port, DefaultsRate);
-    if (!Acknowledged(port, lengths) || !Acknowledged(port, base)) {
+    if (SendTwice(port, lengths) != Reaction::Taken || !SendRateChange(port, base, reader.WorkingRate)) {
         return false;
     }
     Sleep(NewRateTime);
@@ -96,9 +118,7 @@ bool DownloadRows(ParameterRows rows) {
     }
     const HANDLE port = ShellState.BarcodePort;
     SetPortTimeouts(port, MAXDWORD);
-    ReaderReply reply;
-    return RequestReply(port, std::span<const BYTE>(packet.Bytes.data(), packet.Length), reply) &&
-           BeginsWithAck(reply);
+    return SendTwice(port, {packet.Bytes.data(), packet.Length}) == Reaction::Taken;
 }
 
 bool SendToScanEngine(HANDLE port, std::span<const BYTE> packet) {

@@ -46,22 +46,31 @@ TEST_P(RefusedDownload, EndsTheProgramWithAMessage) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, RefusedDownload,
-    testing::Values(Refusal{"LaserRefuses", "laser", DeviceLaser, "fault nak-params 1"},
+    testing::Values(Refusal{"LaserRefuses", "laser", DeviceLaser, "fault nak-params 1 x2"},
                     Refusal{"LaserIsSilent", "laser", DeviceLaser, "fault no-ack always"},
-                    Refusal{"LaserIsGone", "laser", DeviceLaser, "power off"},
                     Refusal{"ImagerRefusesTheSecondPacket", "imager", DeviceImager,
-                            "fault nak-params 2 after1"},
+                            "fault nak-params 2 x2 after1"},
                     Refusal{"DecoderRefusesTwice", "1d", Device1D, "fault refuse-save x2"},
                     Refusal{"DecoderIsSilent", "1d", Device1D, "fault com1 no-reply always"}),
     [](const auto& refusal) { return std::string(refusal.param.Name); });
 
-TEST_F(Download, ADecoderThatRefusesOnceIsAskedAgain) {
-    Prepare("1d", Device1D);
-    Wire->Command("fault refuse-save");
+class SurvivedDownload : public Download, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(SurvivedDownload, LetsTheReaderRead) {
+    Prepare(GetParam().Reader, GetParam().Device);
+    Wire->Command(GetParam().Fault);
     StartReady();
-    EXPECT_EQ(Scan("A AB", 3), "AB\n");
+    EXPECT_EQ(Scan(GetParam().Device == Device1D ? "A AB" : "1 AB", 3), "AB\n");
     EXPECT_TRUE(Running->End());
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    All, SurvivedDownload,
+    testing::Values(Refusal{"DecoderRefusesOnce", "1d", Device1D, "fault refuse-save"},
+                    Refusal{"DecoderTalksAtAnotherSpeed", "1d", Device1D, "rate com1 38400"},
+                    Refusal{"LaserLosesAnAcknowledgement", "laser", DeviceLaser, "fault no-ack"},
+                    Refusal{"ImagerAnswersInPieces", "imager", DeviceImager, "fault com1 split 3 20 x2"}),
+    [](const auto& refusal) { return std::string(refusal.param.Name); });
 
 // Trigger keys while replies are under way: nothing is read and nothing of the download is lost.
 TEST_F(Download, ATriggerDoesNotDisturbIt) {

@@ -151,7 +151,7 @@ TEST_F(Startup, ASettingsFileThatCannotBeWritten) {
 
 TEST_F(Startup, AReaderThatRefusesItsConfiguration) {
     FitReaders("imager");
-    Wire->Command("fault nak-params 2");
+    Wire->Command("fault nak-params 2 x2");
     ExpectFailure("Failed to initialize Corvin!!");
 }
 

@@ -252,7 +252,7 @@ DWORD WireStage::CallByName(const Words& words) {
     }
     if (name == "ReadRfidRegister") {
         char value[RegisterTextLimit + 1] = "untouched";
-        const int result = ReadRfidRegister(static_cast<BYTE>(argument(1)), value);
+        const int result = ReadRfidRegister(static_cast<BYTE>(argument(1)), ToNumber(At(words, 3)), value);
         value_ = value;
         return static_cast<DWORD>(result);
     }
@@ -262,7 +262,9 @@ DWORD WireStage::CallByName(const Words& words) {
     }
     if (name == "RfidReceiver") {
         ShellState.RfidThreadRun = 1;
-        return RfidReceiveThread(nullptr);
+        const DWORD channel = BeginRfidChannel();
+        BeginRfidLines();
+        return RfidReceiveThread(reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(channel)));
     }
     if (name == "BarcodeTrigger")
         return BarcodeTrigger(argument(1));
