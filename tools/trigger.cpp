@@ -4,12 +4,16 @@
 
 #include "platform/window.h"
 #include "tools/arguments.h"
+#include "tools/trigger.h"
 
 namespace {
 
-constexpr const char* Usage = "usage: vantrel-trigger down | up | press MILLISECONDS  [--key 1|2]\n";
+constexpr const char* Usage =
+    "usage: vantrel-trigger down | up | press MILLISECONDS  [--key 1|2]\n"
+    "       vantrel-trigger --device PATH... --key KEY_NAME[=1|2]... [--grab]\n"
+    "       vantrel-trigger --list\n";
 
-enum class Action { None, Down, Up, Press };
+enum class Action { None, Down, Up, Press, List };
 
 struct TriggerOptions {
     Action What = Action::None;
@@ -17,11 +21,32 @@ struct TriggerOptions {
     DWORD Key = 1;
 };
 
+// The words of a watch over devices; false when they are none.
+bool ReadDeviceOptions(int count, char** arguments, DeviceOptions& options) {
+    for (int at = 1; at < count; ++at) {
+        const std::string_view argument = arguments[at];
+        BoundKey key{};
+        if (argument == "--grab") {
+            options.Grab = true;
+        } else if (argument == "--device" && at + 1 < count) {
+            options.Devices.emplace_back(arguments[++at]);
+        } else if (argument == "--key" && at + 1 < count && ReadBoundKey(arguments[at + 1], key)) {
+            options.Keys.push_back(key);
+            ++at;
+        } else {
+            return false;
+        }
+    }
+    return !options.Devices.empty() && !options.Keys.empty();
+}
+
 bool ReadOptions(int count, char** arguments, TriggerOptions& options) {
     for (int at = 1; at < count; ++at) {
         const std::string_view argument = arguments[at];
         const char* value = at + 1 < count ? arguments[at + 1] : "";
-        if (argument == "--key" && ReadNumberArgument(value, 2, options.Key) && options.Key != 0) {
+        if (argument == "--list" && count == 2) {
+            options.What = Action::List;
+        } else if (argument == "--key" && ReadNumberArgument(value, 2, options.Key) && options.Key != 0) {
             ++at;
         } else if (options.What != Action::None) {
             return false;
@@ -39,32 +64,39 @@ bool ReadOptions(int count, char** arguments, TriggerOptions& options) {
     return options.What != Action::None;
 }
 
+}  // namespace
+
 // Looked for each time: the system may have been started anew between a press and its release.
-bool SendKey(LPCWSTR name) {
+bool SendTrigger(DWORD key, bool down) {
+    constexpr LPCWSTR Names[2][2] = {{TEXT("WM_USER1UP"), TEXT("WM_USER1DOWN")},
+                                     {TEXT("WM_USER2UP"), TEXT("WM_USER2DOWN")}};
     const HWND window = FindWindowW(TEXT("Vantrel"), TEXT("Vantrel v1.29"));
     if (window == nullptr) {
         std::fputs("vantrel-trigger: vantrel does not run on this terminal\n", stderr);
         return false;
     }
-    SendMessageW(window, RegisterWindowMessageW(name), 0, 0);
+    SendMessageW(window, RegisterWindowMessageW(Names[key - 1][down]), 0, 0);
     return true;
 }
 
-}  // namespace
-
 int main(int count, char** arguments) {
+    DeviceOptions devices;
+    if (ReadDeviceOptions(count, arguments, devices)) {
+        return WatchDevices(devices);
+    }
     TriggerOptions options;
     if (!ReadOptions(count, arguments, options)) {
         std::fputs(Usage, stderr);
         return 2;
     }
-    const LPCWSTR down = options.Key == 1 ? TEXT("WM_USER1DOWN") : TEXT("WM_USER2DOWN");
-    const LPCWSTR up = options.Key == 1 ? TEXT("WM_USER1UP") : TEXT("WM_USER2UP");
-    if (options.What != Action::Up && !SendKey(down)) {
+    if (options.What == Action::List) {
+        return ListDevices();
+    }
+    if (options.What != Action::Up && !SendTrigger(options.Key, true)) {
         return 1;
     }
     if (options.What == Action::Press) {
         Sleep(options.Milliseconds);
     }
-    return options.What == Action::Down || SendKey(up) ? 0 : 1;
+    return options.What == Action::Down || SendTrigger(options.Key, false) ? 0 : 1;
 }

@@ -1,8 +1,8 @@
 // Which back end takes the keys.
-#include <cstdio>
 #include <cstdlib>
 #include <string_view>
 
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 
 namespace layer {
@@ -21,13 +21,13 @@ bool IsSet(const char* variable) {
     return value != nullptr && *value != 0;
 }
 
-Made Tell(Made keyboard, const char* name, const std::string& why) {
-    std::fprintf(stderr, "vantrel: keys go to %s: %s\n", name, why.c_str());
+Made Tell(Made keyboard, const char* name, const std::string& why, LogPriority priority = LogPriority::Info) {
+    Say(priority, "keys go to %s: %s", name, why.c_str());
     return keyboard;
 }
 
 Made None(const std::string& why) {
-    return Tell(std::make_unique<NoKeyboard>(), "none", why);
+    return Tell(std::make_unique<NoKeyboard>(), "none", why, LogPriority::Error);
 }
 
 // What comes behind `prefix`, or null when the text does not begin so.

@@ -8,10 +8,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <thread>
 
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/keyboard/stroke_keyboard.h"
 
 namespace layer {
@@ -129,7 +129,7 @@ std::unique_ptr<KeyboardBackend> MakeUinputKeyboard(const std::string& layout, s
         return nullptr;
     }
     if (const std::string missing = keys->Missing(); !missing.empty())
-        std::fprintf(stderr, "vantrel: the keyboard layout lacks %s: not typed\n", missing.c_str());
+        Say(LogPriority::Warning, "the keyboard layout lacks %s: not typed", missing.c_str());
     return std::make_unique<UinputKeyboard>(std::move(*keys), fd, device);
 }
 

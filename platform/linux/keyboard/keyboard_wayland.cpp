@@ -4,10 +4,10 @@
 // it is made, and its own modifiers, so that the user's layout, Caps Lock and held keys do not reach it.
 #include <linux/input-event-codes.h>
 
-#include <cstdio>
 #include <thread>
 
 #include "platform/linux/kernel/clock.h"
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/keyboard/stroke_keyboard.h"
 #include "platform/linux/keyboard/wayland_connection.h"
 
@@ -46,12 +46,12 @@ WaylandConnection::Result WaylandKeyboard::Connect() {
 bool WaylandKeyboard::Ready() {
     if (!connection_.Usable()) {
         if (!lost_)
-            std::fputs("vantrel: the Wayland session has gone; keys are dropped until it is back\n", stderr);
+            Say(LogPriority::Error, "the Wayland session has gone; keys are dropped until it is back");
         lost_ = true;
         if (Clock::now() - lastTry_ < ReconnectPause || Connect() != WaylandConnection::Result::Connected)
             return false;
         lost_ = false;
-        std::fputs("vantrel: the Wayland session is back\n", stderr);
+        Say(LogPriority::Notice, "the Wayland session is back");
     }
     std::this_thread::sleep_until(introduced_);
     return true;
