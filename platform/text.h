@@ -11,8 +11,7 @@ LPWSTR lstrcpyW(LPWSTR to, LPCWSTR from);
 LPWSTR lstrcpynW(LPWSTR to, LPCWSTR from, int size);
 LPWSTR lstrcatW(LPWSTR to, LPCWSTR from);
 int lstrcmpW(LPCWSTR left, LPCWSTR right);
-// %d %u %x %X %c %s %% with width and zero fill; at most 1,024 characters with the zero. %s and %c take wide
-// ones.
+// %d %u %s %% alone; at most 1,024 characters with the zero. %s takes a wide text.
 int wsprintfW(LPWSTR to, LPCWSTR format, ...);
 
 #endif

@@ -1,4 +1,4 @@
-#include "platform/linux/kernel/clock.h"
+#include "tests/support/manual_clock.h"
 
 #include <gtest/gtest.h>
 

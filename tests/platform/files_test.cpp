@@ -1,16 +1,22 @@
 #include "platform/files.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <thread>
 
 #include "platform/linux/kernel/terminal.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"
 
 namespace {
+
+using namespace std::chrono_literals;
 
 constexpr DWORD Both = GENERIC_READ | GENERIC_WRITE;
 
@@ -106,21 +112,7 @@ TEST_F(Files, OnlyRegularFilesOpen) {
     EXPECT_EQ(CreateFileW(nullptr, Both, 0, nullptr, OPEN_EXISTING, 0, nullptr), INVALID_HANDLE_VALUE);
 }
 
-TEST_F(Files, ExclusiveMeansNobodyElse) {
-    WriteWholeFile(Terminal.Path("DiskOnChip/X.ini"), "content");
-    ChildProcess other({KERNEL_CHILD});
-    for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS}) {
-        const HANDLE file = Open(Settings, disposition);
-        ASSERT_NE(file, INVALID_HANDLE_VALUE);
-        EXPECT_FALSE(Opens(Settings));
-        EXPECT_FALSE(Opens(Settings, OPEN_EXISTING, 1));
-        EXPECT_FALSE(Opens(Settings, CREATE_ALWAYS));
-        for (const char* command : {"open", "create"}) {
-            other.WriteLine(std::string(command) + " \\DiskOnChip\\X.ini");
-            EXPECT_EQ(other.ReadLine(), "failed") << command << " " << disposition;
-        }
-        CloseHandle(file);
-    }
+TEST_F(Files, ReadingSharedAndToTheEnd) {
     WriteWholeFile(Terminal.Path("DiskOnChip/X.ini"), "content");
     const HANDLE shared = Open(Settings, OPEN_EXISTING, 1, GENERIC_READ);
     char text[8];
@@ -131,15 +123,74 @@ TEST_F(Files, ExclusiveMeansNobodyElse) {
     EXPECT_EQ(read, 0u);
     EXPECT_FALSE(Put(shared, "x")) << "opened for reading only";
     EXPECT_TRUE(Opens(Settings, OPEN_EXISTING, 1));
-    EXPECT_FALSE(Opens(Settings));
     CloseHandle(shared);
-    EXPECT_TRUE(Opens(Settings));
+}
+
+// A lock held for a moment is waited for; one that stays is not, whoever asks and however.
+TEST_F(Files, ALockedFileIsTriedForTwoSeconds) {
+    WriteWholeFile(Terminal.Path("DiskOnChip/X.ini"), "content");
+    for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS}) {
+        const HANDLE file = Open(Settings, disposition);
+        ASSERT_NE(file, INVALID_HANDLE_VALUE);
+        std::thread release([file] {
+            std::this_thread::sleep_for(300ms);
+            CloseHandle(file);
+        });
+        const HANDLE second = Open(Settings, OPEN_EXISTING);
+        release.join();
+        ASSERT_NE(second, INVALID_HANDLE_VALUE) << disposition;
+        const auto start = std::chrono::steady_clock::now();
+        std::thread shared([] { EXPECT_FALSE(Opens(Settings, OPEN_EXISTING, 1)); });
+        std::thread anew([] { EXPECT_FALSE(Opens(Settings, CREATE_ALWAYS)); });
+        ChildProcess other({KERNEL_CHILD});
+        other.WriteLine("open \\DiskOnChip\\X.ini");
+        EXPECT_EQ(other.ReadLine(), "failed");
+        shared.join();
+        anew.join();
+        EXPECT_GE(std::chrono::steady_clock::now() - start, 2s);
+        CloseHandle(second);
+    }
+}
+
+// What cannot be kept is told by the closing, and the old file stays.
+TEST_F(Files, AFileThatCannotBeKeptFailsWhenItIsClosed) {
+    const std::string host = Terminal.Path("DiskOnChip/X.ini");
+    WriteWholeFile(host, "old");
+    // A disk that is full after four bytes.
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit full{4, limit.rlim_max};
+    HANDLE file = Open(Settings, CREATE_ALWAYS);
+    setrlimit(RLIMIT_FSIZE, &full);
+    DWORD written = 99;
+    EXPECT_FALSE(WriteFile(file, "content", 7, &written, nullptr));
+    EXPECT_EQ(written, 4u);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, handler);
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(CloseHandle(file));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::HasSubstr("X.ini is not saved: File too large"));
+    EXPECT_EQ(ReadWholeFile(host), "old");
+    EXPECT_NE(access((host + ".new").c_str(), F_OK), 0);
+    // The place is taken by what no file replaces.
+    file = Open(Settings, CREATE_ALWAYS);
+    EXPECT_TRUE(Put(file, "new"));
+    unlink(host.c_str());
+    mkdir(host.c_str(), 0700);
+    EXPECT_FALSE(CloseHandle(file));
 }
 
 TEST_F(Files, ANewFileTakesItsPlaceOnlyWhenItIsWhole) {
     const std::string host = Terminal.Path("DiskOnChip/X.ini");
     WriteWholeFile(host, "old");
     chmod(host.c_str(), 0640);
+    // Root may save what is another user's.
+    const bool root = geteuid() == 0;
+    const uid_t owner = root ? 12345 : geteuid();
+    const gid_t group = root ? 23456 : getegid();
+    ASSERT_EQ(chown(host.c_str(), owner, group), 0);
     {
         ChildProcess killed({KERNEL_CHILD});
         killed.WriteLine("create \\DiskOnChip\\X.ini");
@@ -166,6 +217,8 @@ TEST_F(Files, ANewFileTakesItsPlaceOnlyWhenItIsWhole) {
     struct stat status {};
     stat(host.c_str(), &status);
     EXPECT_EQ(status.st_mode & 0777, 0640u);
+    EXPECT_EQ(status.st_uid, owner);
+    EXPECT_EQ(status.st_gid, group);
 }
 
 TEST(Terminal, ANewFolderIsLaidOutAndAnOldOneLeftAlone) {

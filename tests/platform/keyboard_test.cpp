@@ -9,9 +9,9 @@
 
 #include "platform/kernel.h"
 #include "platform/keyboard.h"
-#include "platform/linux/kernel/clock.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
+#include "tests/support/manual_clock.h"
 #include "tests/support/temporary_terminal.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <mqueue.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <csignal>
@@ -117,6 +118,7 @@ TEST_F(SharedObjects, WhatIsBrokenIsReplaced) {
     const mqd_t foreign = mq_open(QueueName.c_str(), O_RDWR | O_CREAT, 0600, &attributes);
     ASSERT_NE(foreign, static_cast<mqd_t>(-1));
     WriteWholeFile(EventFile, "short");
+    chmod(EventFile.c_str(), 0600);
     WriteWholeFile(Terminal.Path("shared-objects"), std::string("event /../../etc\nqueue\n\0\xFF junk", 30));
     Program system;
     system.Open();
@@ -128,6 +130,38 @@ TEST_F(SharedObjects, WhatIsBrokenIsReplaced) {
     EXPECT_FALSE(EventExists());
     EXPECT_FALSE(QueueExists());
     mq_close(foreign);
+}
+
+// Whoever else can write such an object could take the scans, or cut it short under the program.
+TEST_F(SharedObjects, WhatIsOpenToOthersIsRefusedWithAMessage) {
+    mq_attr attributes{};
+    attributes.mq_maxmsg = 1;
+    attributes.mq_msgsize = 4232;
+    const struct {
+        mode_t Mode;
+        uid_t Owner;
+    } cases[] = {{0620, geteuid()}, {0602, geteuid()}, {0600, geteuid() == 0 ? 12345 : geteuid()}};
+    for (const auto& each : cases) {
+        if (each.Mode == 0600 && each.Owner == geteuid()) {
+            continue;  // only root can make what is another user's
+        }
+        const mqd_t queue = mq_open(QueueName.c_str(), O_RDWR | O_CREAT, 0600, &attributes);
+        ASSERT_EQ(fchmod(queue, each.Mode) | fchown(queue, each.Owner, static_cast<gid_t>(-1)), 0);
+        WriteWholeFile(EventFile, std::string(32, '\0'));
+        ASSERT_EQ(chmod(EventFile.c_str(), each.Mode) |
+                      chown(EventFile.c_str(), each.Owner, static_cast<gid_t>(-1)),
+                  0);
+        MSGQUEUEOPTIONS options{sizeof options, 0, 1, 4232, TRUE};
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(CreateMsgQueue(TEXT("TestQueue"), &options), nullptr) << each.Mode;
+        EXPECT_EQ(CreateEventW(nullptr, FALSE, FALSE, TEXT("TestEvent")), nullptr) << each.Mode;
+        const std::string said = testing::internal::GetCapturedStderr();
+        EXPECT_NE(said.find("queue " + QueueName + " belongs to another user"), said.npos);
+        EXPECT_NE(said.find("-TestEvent belongs to another user"), said.npos);
+        mq_close(queue);
+        mq_unlink(QueueName.c_str());
+        unlink(EventFile.c_str());
+    }
 }
 
 TEST_F(SharedObjects, TheVibratorIsOffAtTheEnd) {

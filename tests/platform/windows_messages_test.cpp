@@ -7,6 +7,7 @@
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"
+#include "tests/support/manual_clock.h"
 #include "tests/support/temporary_terminal.h"
 
 namespace {

@@ -303,7 +303,7 @@ TEST_F(ProgramsTest, ProgramsThatAnswerAnythingDoNoHarm) {
     layer::LongestSearch = 300ms;
     for (const std::string answer : {"{\"window\":\"x\"}\n", "{}\n", "\xFF\n", "garbage\n", ""}) {
         SCOPED_TRACE(answer);
-        layer::Descriptor socket = layer::ListenAs("odd");
+        const layer::Descriptor socket(layer::ListenAs("odd"));
         ASSERT_TRUE(socket);
         std::thread odd([&] {
             pollfd waiting{socket.Number(), POLLIN, 0};

@@ -12,6 +12,7 @@
 #include "settings/record.h"
 #include "shell/shell_state.h"
 #include "tests/scan/delivery_terminal.h"
+#include "tests/support/manual_clock.h"
 
 namespace {
 

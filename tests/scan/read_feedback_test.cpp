@@ -8,11 +8,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/kernel/clock.h"
 #include "platform/linux/kernel/sound_backend.h"
 #include "settings/all_fields.h"
 #include "shell/shell_state.h"
 #include "tests/scan/stepped_clock.h"
+#include "tests/support/manual_clock.h"
 #include "tests/support/temporary_terminal.h"
 
 namespace {

@@ -12,7 +12,7 @@ namespace {
 
 std::string Text(unsigned number) {
     const auto text = resource::FindString(CompiledResources(), static_cast<std::uint16_t>(number));
-    return text ? layer::ToUtf8(*text) : "?" + std::to_string(number);
+    return !text.empty() ? layer::ToUtf8(text) : "?" + std::to_string(number);
 }
 
 std::string Number(DWORD pageBase, DWORD itemId) {

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/kernel/clock.h"
+#include "tests/support/manual_clock.h"
 
 enum class WireAct {
     // The system's acts.

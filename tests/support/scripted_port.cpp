@@ -33,7 +33,7 @@ class ScriptedPorts::Port : public layer::SerialPort {
     BOOL WaitEvent(DWORD& events) override;
     BOOL ClearError(DWORD& errors, COMSTAT& status) override;
     BOOL SetBreak(bool on) override;
-    void Close() override;
+    bool Close() override;
 
   private:
     Conversation& Talk() { return state_->Talk; }
@@ -237,12 +237,13 @@ BOOL ScriptedPorts::Port::SetBreak(bool on) {
     return TRUE;
 }
 
-void ScriptedPorts::Port::Close() {
+bool ScriptedPorts::Port::Close() {
     const auto lock = Talk().Acquire();
     closed_ = true;
     state_->Open.erase(number_);
     Did(WireAct::Close);
     Talk().Changed().notify_all();
+    return true;
 }
 
 ScriptedPorts::ScriptedPorts(Conversation& conversation, std::function<void()> onIdle)

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "platform/linux/kernel/clock.h"
+#include "tests/support/manual_clock.h"
 
 class StageClock : public layer::ManualClock, private layer::TimedSource {
   public:

@@ -3,6 +3,7 @@
 #include "resources/resource.h"
 #include "settings/all_fields.h"
 #include "shell/shell_state.h"
+#include "tests/support/manual_clock.h"
 #include "tests/ui/sheet_driver.h"
 
 using testing::Test;

@@ -11,10 +11,10 @@
 #include "link/command_exchange.h"
 #include "link/serial_ports.h"
 #include "link/ssi_packet.h"
-#include "platform/linux/kernel/clock.h"
 #include "platform/linux/serial/serial_port.h"
 #include "settings/record.h"
 #include "shell/shell_state.h"
+#include "tests/support/manual_clock.h"
 
 namespace {
 
@@ -55,7 +55,7 @@ class LineLog : public layer::SerialPort {
     BOOL WaitEvent(DWORD&) override { return FALSE; }
     BOOL ClearError(DWORD&, COMSTAT&) override { return FALSE; }
     BOOL SetBreak(bool) override { return TRUE; }
-    void Close() override {}
+    bool Close() override { return true; }
 
   private:
     void Note(bool written) {

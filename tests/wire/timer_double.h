@@ -6,7 +6,7 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/linux/kernel/clock.h"
+#include "tests/support/manual_clock.h"
 
 class TimerDouble : public layer::TimedSource {
   public:

@@ -13,5 +13,4 @@ target_sources(vantrel_platform_windows PRIVATE
   linux/controls/tree_item.cpp
   linux/controls/tree_paint.cpp
   linux/controls/tree_widget.cpp
-  linux/controls/updown_control.cpp
-  linux/controls/virtual_key.cpp)
+  linux/controls/updown_control.cpp)

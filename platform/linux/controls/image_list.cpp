@@ -1,7 +1,6 @@
 #include "platform/linux/controls/image_list.h"
 
-#include <map>
-
+#include "platform/linux/kernel/handle_table.h"
 #include "platform/linux/windows/images.h"
 #include "platform/linux/windows/on_main.h"
 
@@ -12,19 +11,9 @@ namespace {
 constexpr int LargestSide = 1024;
 constexpr COLORREF CornerColour = 0xFF000000;  // instead of a colour: that of the bitmap's first pixel
 
-struct ListTable {
-    std::map<std::uintptr_t, ImageListData> Lists;
-    std::uintptr_t Last = 0x30000;
-};
-
-ListTable& Table() {
-    static auto* table = new ListTable;
+HandleTable<HIMAGELIST, std::shared_ptr<ImageListData>>& Table() {
+    static auto* table = new HandleTable<HIMAGELIST, std::shared_ptr<ImageListData>>(0x30000);
     return *table;
-}
-
-ImageListData* Find(HIMAGELIST list) {
-    const auto found = Table().Lists.find(reinterpret_cast<std::uintptr_t>(list));
-    return found != Table().Lists.end() ? &found->second : nullptr;
 }
 
 void ClearColour(QImage& image, QRgb colour) {
@@ -59,8 +48,8 @@ int AddImages(ImageListData& list, const QImage& bitmap, COLORREF mask) {
 
 }  // namespace
 
-const ImageListData* FindImageList(HIMAGELIST list) {
-    return Find(list);
+std::shared_ptr<const ImageListData> FindImageList(HIMAGELIST list) {
+    return Table().Find(list);
 }
 
 }  // namespace layer
@@ -70,28 +59,25 @@ HIMAGELIST ImageList_Create(int width, int height, UINT, int, int) {
         if (width <= 0 || height <= 0 || width > layer::LargestSide || height > layer::LargestSide) {
             return nullptr;
         }
-        layer::ListTable& table = layer::Table();
-        table.Lists[++table.Last].Size = QSize(width, height);
-        return reinterpret_cast<HIMAGELIST>(table.Last);
+        return layer::Table().Add(
+            std::make_shared<layer::ImageListData>(layer::ImageListData{QSize(width, height), {}}));
     });
 }
 
 int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask) {
     return layer::OnMain([=] {
-        layer::ImageListData* data = layer::Find(list);
+        const auto data = layer::Table().Find(list);
         return data != nullptr ? layer::AddImages(*data, layer::BitmapOf(bitmap), mask) : -1;
     });
 }
 
 int ImageList_GetImageCount(HIMAGELIST list) {
     return layer::OnMain([=] {
-        const layer::ImageListData* data = layer::Find(list);
+        const auto data = layer::Table().Find(list);
         return data != nullptr ? static_cast<int>(data->Images.size()) : 0;
     });
 }
 
 BOOL ImageList_Destroy(HIMAGELIST list) {
-    return layer::OnMain([=] {
-        return layer::Table().Lists.erase(reinterpret_cast<std::uintptr_t>(list)) != 0 ? TRUE : FALSE;
-    });
+    return layer::OnMain([=] { return layer::Table().Remove(list) != nullptr ? TRUE : FALSE; });
 }

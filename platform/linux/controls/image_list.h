@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QPixmap>
+#include <memory>
 #include <vector>
 
 #include "platform/controls.h"
@@ -14,6 +15,6 @@ struct ImageListData {
 };
 
 // Null for anything that is not an image list.
-const ImageListData* FindImageList(HIMAGELIST list);
+std::shared_ptr<const ImageListData> FindImageList(HIMAGELIST list);
 
 }  // namespace layer

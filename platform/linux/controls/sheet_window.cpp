@@ -38,7 +38,7 @@ QString Shown(const WindowPtr& button) {
 QString TitleOf(const PROPSHEETPAGEW& page) {
     if ((page.dwFlags & PSP_USETITLE) != 0 && page.pszTitle != nullptr) {
         if (const WORD number = ResourceNumber(page.pszTitle); number != 0) {
-            return QString::fromStdU16String(resource::FindString(ProgramResources(), number).value_or(u""));
+            return QString::fromStdU16String(resource::FindString(ProgramResources(), number));
         }
         return QString::fromUtf16(page.pszTitle);
     }

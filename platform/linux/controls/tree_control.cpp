@@ -167,7 +167,7 @@ LRESULT TreeControl::HitTest(TVHITTESTINFO& info) const {
 
 LRESULT TreeControl::SetImageList(HIMAGELIST list) {
     HIMAGELIST before = images_;
-    const ImageListData* data = FindImageList(list);
+    const auto data = FindImageList(list);
     images_ = data != nullptr ? list : nullptr;
     tree_->SetImages(data != nullptr ? data->Images : std::vector<QPixmap>(),
                      data != nullptr ? data->Size : QSize());

@@ -9,7 +9,6 @@
 #include <QToolTip>
 
 #include "platform/linux/controls/tree_paint.h"
-#include "platform/linux/controls/virtual_key.h"
 
 namespace layer {
 
@@ -21,6 +20,13 @@ constexpr DWORD StyleLinesAtRoot = 0x0004;
 constexpr int SmallestRow = 26;  // pixels; what a finger finds
 constexpr int Indent = 20;
 constexpr int Gap = 4;  // around images and labels
+
+// The platform's number of a function key. Nobody asks for another one: those share a number that is no
+// key's.
+WORD VirtualKey(const QKeyEvent& event) {
+    const int key = event.key();
+    return key >= Qt::Key_F1 && key <= Qt::Key_F24 ? static_cast<WORD>(0x70 + (key - Qt::Key_F1)) : 0xFF;
+}
 
 }  // namespace
 

@@ -9,49 +9,23 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <cstring>
 #include <mutex>
-#include <utility>
 
 #include "platform/files.h"
+#include "platform/linux/kernel/log.h"
+#include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/thread.h"
 
 namespace layer {
 
 namespace {
 
-// A descriptor that is closed once, by whoever owns it last.
-class Descriptor {
-  public:
-    explicit Descriptor(int number = -1) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    ~Descriptor() { Close(); }
-    void Close() {
-        if (number_ >= 0) {
-            close(std::exchange(number_, -1));
-        }
-    }
-    int Number() const { return number_; }
-    explicit operator bool() const { return number_ >= 0; }
-
-  private:
-    int number_;
-};
+// How long a file that another program has locked is waited for.
+constexpr std::chrono::seconds LongestLock{2};
 
 bool IsRegular(int file, struct stat& status) {
     return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-}
-
-bool Lock(int file, bool alone) {
-    while (flock(file, (alone ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0) {
-        if (errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
 }
 
 // Opens and locks a regular file. A file that has been replaced between the two steps is opened anew;
@@ -67,7 +41,8 @@ Descriptor OpenLocked(const std::string& path, int flags, bool alone, bool* miss
             }
             return Descriptor();
         }
-        if (!IsRegular(file.Number(), opened) || !Lock(file.Number(), alone)) {
+        if (!IsRegular(file.Number(), opened) ||
+            !LockFile(file.Number(), alone ? LOCK_EX : LOCK_SH, LongestLock)) {
             return Descriptor();
         }
         struct stat named {};
@@ -125,7 +100,7 @@ class DiskFile : public Stream {
         if (whole && written == size) {
             return TRUE;
         }
-        failed_ = true;
+        error_ = errno;
         return FALSE;
     }
 
@@ -143,16 +118,12 @@ class DiskFile : public Stream {
         return file_ && lseek(file_.Number(), position, SEEK_SET) == static_cast<off_t>(position);
     }
 
-    void Close() override {
+    bool Close() override {
         std::scoped_lock lock(mutex_);
-        if (!file_) {
-            return;
-        }
-        if (!replaces_.empty()) {
-            Replace();
-        }
+        const bool done = !file_ || replaces_.empty() || Replace();
         file_.Close();
         old_.Close();
+        return done;
     }
 
   private:
@@ -177,17 +148,23 @@ class DiskFile : public Stream {
         return TRUE;
     }
 
-    void Replace() {
+    bool Replace() {
         // The content has to be on the disk before the name points at it.
-        if (failed_ || fsync(file_.Number()) != 0 || std::rename(written_.c_str(), replaces_.c_str()) != 0) {
+        if (error_ == 0 &&
+            (fsync(file_.Number()) != 0 || std::rename(written_.c_str(), replaces_.c_str()) != 0)) {
+            error_ = errno;
+        }
+        if (error_ != 0) {
             unlink(written_.c_str());
-            return;
+            Say(LogPriority::Error, "%s is not saved: %s", replaces_.c_str(), std::strerror(error_));
+            return false;
         }
         const std::string folder = replaces_.substr(0, replaces_.rfind('/') + 1);
         const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (directory) {
             fsync(directory.Number());
         }
+        return true;
     }
 
     std::mutex mutex_;
@@ -196,7 +173,7 @@ class DiskFile : public Stream {
     const std::string written_;
     const std::string replaces_;
     Descriptor old_;
-    bool failed_ = false;
+    int error_ = 0;  // of the first write that failed
 };
 
 int OpenFlags(DWORD access) {
@@ -212,6 +189,20 @@ std::shared_ptr<Stream> OpenExisting(const std::string& path, const DiskAccess& 
     }
     return std::make_shared<DiskFile>(std::move(file), access.Access, std::string(), std::string(),
                                       Descriptor());
+}
+
+// Gives the file the owner, group and mode of the old one. Only root can give a file away: what another user
+// saves is his.
+bool TakeAfter(int file, int old) {
+    struct stat status {};
+    if (fstat(old, &status) != 0) {
+        return false;
+    }
+    if (fchown(file, status.st_uid, status.st_gid) != 0 &&
+        fchown(file, static_cast<uid_t>(-1), status.st_gid) != 0) {
+        return fchmod(file, status.st_mode & 0707) == 0;  // what its group may do is not for his
+    }
+    return fchmod(file, status.st_mode & 0777) == 0;
 }
 
 std::shared_ptr<Stream> CreateAlways(const std::string& path, const DiskAccess& access) {
@@ -230,8 +221,7 @@ std::shared_ptr<Stream> CreateAlways(const std::string& path, const DiskAccess& 
     if (!file || ftruncate(file.Number(), 0) != 0) {
         return nullptr;
     }
-    struct stat status {};
-    if (old && (fstat(old.Number(), &status) != 0 || fchmod(file.Number(), status.st_mode & 0777) != 0)) {
+    if (old && !TakeAfter(file.Number(), old.Number())) {
         unlink(written.c_str());
         return nullptr;
     }

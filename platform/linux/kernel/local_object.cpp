@@ -6,10 +6,11 @@
 
 namespace layer {
 
-void LocalObject::Close() {
+bool LocalObject::Close() {
     std::scoped_lock lock(mutex_);
     closed_ = true;
     changed_.notify_all();
+    return true;
 }
 
 DWORD LocalObject::Wait(DWORD milliseconds) {

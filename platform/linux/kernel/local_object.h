@@ -10,7 +10,7 @@ namespace layer {
 
 class LocalObject : public Object {
   public:
-    void Close() override;
+    bool Close() override;
     DWORD Wait(DWORD milliseconds) override;
 
   protected:

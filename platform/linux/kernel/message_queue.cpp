@@ -3,8 +3,7 @@
 #include <fcntl.h>
 #include <mqueue.h>
 #include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <cerrno>
@@ -13,7 +12,9 @@
 #include <string>
 
 #include "platform/linux/kernel/clock.h"
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/object.h"
+#include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/shared_names.h"
 #include "platform/linux/kernel/thread.h"
 
@@ -25,16 +26,9 @@ namespace {
 // the closing of the handle at the same time.
 class QueueEnd : public Object {
   public:
-    QueueEnd(std::shared_ptr<SharedNames> names, mqd_t queue, int closing, DWORD maxMessage, bool reads)
-        : names_(std::move(names)),
-          queue_(queue),
-          closing_(closing),
-          max_message_(maxMessage),
-          reads_(reads) {}
-    ~QueueEnd() override {
-        mq_close(queue_);
-        close(closing_);
-    }
+    QueueEnd(std::shared_ptr<SharedNames> names, mqd_t queue, DWORD maxMessage, bool reads)
+        : names_(std::move(names)), queue_(queue), max_message_(maxMessage), reads_(reads) {}
+    ~QueueEnd() override { mq_close(queue_); }
 
     BOOL Read(void* buffer, DWORD size, DWORD& read, DWORD milliseconds) {
         // The host hands out a message only to a buffer that takes the longest, and cannot put one back.
@@ -60,12 +54,9 @@ class QueueEnd : public Object {
         return done ? TRUE : FALSE;
     }
 
-    void Close() override {
-        const std::uint64_t one = 1;
-        // Never taken out again: every wait from now on ends at once.
-        if (write(closing_, &one, sizeof one) != static_cast<ssize_t>(sizeof one)) {
-            perror("vantrel: closing a message queue");
-        }
+    bool Close() override {
+        closing_.Wake();  // never cleared: every wait from now on ends at once
+        return true;
     }
 
   private:
@@ -75,7 +66,7 @@ class QueueEnd : public Object {
         Clock& clock = CurrentClock();
         const std::uint64_t deadline = clock.DeadlineAfter(milliseconds);
         for (;;) {
-            std::array<pollfd, 2> files{{{closing_, POLLIN, 0}, {queue_, ready, 0}}};
+            std::array<pollfd, 2> files{{{closing_.Number(), POLLIN, 0}, {queue_, ready, 0}}};
             const bool inTime = clock.PollUntil(files, deadline);
             {
                 Taking taking;
@@ -99,7 +90,7 @@ class QueueEnd : public Object {
 
     const std::shared_ptr<SharedNames> names_;
     const mqd_t queue_;
-    const int closing_;
+    const Waker closing_;
     const DWORD max_message_;
     const bool reads_;
 };
@@ -112,7 +103,7 @@ bool HasShape(mqd_t queue, const mq_attr& wanted) {
            attributes.mq_msgsize == wanted.mq_msgsize;
 }
 
-// Opens the queue, or makes it anew when what has the name is of another shape or cannot be opened.
+// Opens the queue, or makes it anew when what has the name is of another shape.
 mqd_t OpenQueue(const std::string& name, const MSGQUEUEOPTIONS& options) {
     mq_attr attributes{};
     attributes.mq_maxmsg = static_cast<long>(options.dwMaxMessages);
@@ -120,15 +111,18 @@ mqd_t OpenQueue(const std::string& name, const MSGQUEUEOPTIONS& options) {
     const int flags = (options.bReadAccess ? O_RDONLY : O_WRONLY) | O_CREAT | O_NONBLOCK | O_CLOEXEC;
     for (int tries = 0; tries < 3; ++tries) {
         const mqd_t queue = mq_open(name.c_str(), flags, 0600, &attributes);
-        if (queue != NoQueue && HasShape(queue, attributes)) {
+        if (queue == NoQueue) {
+            Say(LogPriority::Error, "message queue %s: %s (limits: /proc/sys/fs/mqueue, RLIMIT_MSGQUEUE)",
+                name.c_str(), std::strerror(errno));
+            return NoQueue;
+        }
+        struct stat status {};
+        const bool ours = fstat(queue, &status) == 0 && IsOursAlone(status, "message queue", name);
+        if (ours && HasShape(queue, attributes)) {
             return queue;
         }
-        if (queue != NoQueue) {
-            mq_close(queue);
-        } else if (errno != EACCES) {
-            std::fprintf(stderr,
-                         "vantrel: message queue %s: %s (limits: /proc/sys/fs/mqueue, RLIMIT_MSGQUEUE)\n",
-                         name.c_str(), std::strerror(errno));
+        mq_close(queue);
+        if (!ours) {
             return NoQueue;
         }
         mq_unlink(name.c_str());
@@ -156,17 +150,12 @@ HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options) {
     if (host.empty()) {
         return nullptr;
     }
-    const int closing = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (closing < 0) {
-        return nullptr;
-    }
     const mqd_t queue = layer::OpenQueue(host, *options);
     if (queue == layer::NoQueue) {
-        close(closing);
         return nullptr;
     }
-    return layer::NewHandle(std::make_shared<layer::QueueEnd>(
-        std::move(names), queue, closing, options->cbMaxMessage, options->bReadAccess != FALSE));
+    return layer::NewHandle(std::make_shared<layer::QueueEnd>(std::move(names), queue, options->cbMaxMessage,
+                                                              options->bReadAccess != FALSE));
 }
 
 BOOL ReadMsgQueue(HANDLE queue, LPVOID buffer, DWORD size, LPDWORD read, DWORD milliseconds, DWORD* flags) {

@@ -91,7 +91,7 @@ class NamedEvent : public Object, public Event {
         }
     }
 
-    void Close() override {
+    bool Close() override {
         {
             std::scoped_lock lock(waiters_mutex_);
             closed_ = true;
@@ -101,7 +101,7 @@ class NamedEvent : public Object, public Event {
             {
                 std::scoped_lock lock(waiters_mutex_);
                 if (waiters_.empty()) {
-                    return;
+                    return true;
                 }
                 for (const pthread_t waiter : waiters_) {
                     pthread_kill(waiter, WakeSignal());
@@ -150,15 +150,21 @@ class NamedEvent : public Object, public Event {
     bool closed_ = false;
 };
 
-// The C library maps the file behind a semaphore without looking at its size; one that was cut short would
-// end the program at the first access.
-void RemoveBrokenSemaphore(const std::string& name) {
+// Whether the semaphore, if there is one, can be used. The C library maps its file without looking at the
+// size, and one that is cut short would end the program at the first access: such a one of ours is removed.
+bool UsableSemaphore(const std::string& name) {
     struct stat status {};
     const std::string file = "/dev/shm/sem." + name.substr(1);
-    if (lstat(file.c_str(), &status) == 0 &&
-        (!S_ISREG(status.st_mode) || status.st_size < static_cast<off_t>(sizeof(sem_t)))) {
+    if (lstat(file.c_str(), &status) != 0) {
+        return true;
+    }
+    if (!IsOursAlone(status, "event", name)) {
+        return false;
+    }
+    if (!S_ISREG(status.st_mode) || status.st_size < static_cast<off_t>(sizeof(sem_t))) {
         sem_unlink(name.c_str());
     }
+    return true;
 }
 
 }  // namespace
@@ -172,9 +178,16 @@ std::shared_ptr<Object> OpenNamedEvent(LPCWSTR name, bool set) {
     if (host.empty()) {
         return nullptr;
     }
-    RemoveBrokenSemaphore(host);
-    sem_t* semaphore = sem_open(host.c_str(), O_CREAT, 0600, set ? 1u : 0u);
+    sem_t* semaphore = SEM_FAILED;
+    if (UsableSemaphore(host)) {
+        semaphore = sem_open(host.c_str(), O_CREAT, 0600, set ? 1u : 0u);
+    }
     if (semaphore == SEM_FAILED) {
+        return nullptr;
+    }
+    // Somebody may have been quicker with the name.
+    if (!UsableSemaphore(host)) {
+        sem_close(semaphore);
         return nullptr;
     }
     int value = 0;

@@ -12,8 +12,9 @@ namespace layer {
 class Object {
   public:
     virtual ~Object() = default;
-    // The handle has been closed: wakes every waiter on the object, whose calls fail. Called once.
-    virtual void Close() {}
+    // The handle has been closed: wakes every waiter on the object, whose calls fail. Called once; false when
+    // what was written could not be kept.
+    virtual bool Close() { return true; }
     // Waits for the object (event, semaphore, thread): a WAIT_ value. Objects that cannot be waited for fail.
     virtual DWORD Wait(DWORD milliseconds);
 };
@@ -28,7 +29,7 @@ class Stream : public Object {
     virtual bool MoveTo(DWORD) { return false; }
 };
 
-// Gives the object a handle; null when there is no room.
+// Gives the object a handle; null for no object.
 HANDLE NewHandle(std::shared_ptr<Object> object);
 // The object of a handle, or null for anything that is not an open handle.
 std::shared_ptr<Object> FindObject(HANDLE handle);
@@ -36,7 +37,8 @@ template <class T>
 std::shared_ptr<T> FindObjectAs(HANDLE handle) {
     return std::dynamic_pointer_cast<T>(FindObject(handle));
 }
-// Takes the handle away and closes its object; false for anything that is not an open handle.
+// Takes the handle away and closes its object; false for anything that is not an open handle, or what the
+// object says.
 bool ReleaseHandle(HANDLE handle);
 
 }  // namespace layer

@@ -8,9 +8,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <ctime>
+#include <cstdio>
 #include <string_view>
 
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/terminal.h"
 #include "platform/linux/kernel/thread.h"
 
@@ -78,31 +79,6 @@ void TakeNamesAway(int file, const std::string& prefix) {
     }
 }
 
-bool TryLock(int file, int kind) {
-    while (flock(file, kind | LOCK_NB) != 0) {
-        if (errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
-}
-
-// The exclusive lock is held by others for a few calls only; a program that was stopped in the middle of them
-// must not stop this one.
-bool LockShared(int file) {
-    for (int tries = 0; tries < 500; ++tries) {
-        if (TryLock(file, LOCK_SH)) {
-            return true;
-        }
-        if (errno != EWOULDBLOCK) {
-            return errno == ENOLCK || errno == EOPNOTSUPP;  // a file system without locks: do without
-        }
-        const timespec pause{0, 2'000'000};
-        nanosleep(&pause, nullptr);
-    }
-    return false;
-}
-
 struct Membership {
     std::mutex Mutex;
     std::weak_ptr<SharedNames> Names;
@@ -116,7 +92,8 @@ Membership& Mine() {
 
 }  // namespace
 
-SharedNames::SharedNames(int file, std::string prefix) : file_(file), prefix_(std::move(prefix)) {}
+SharedNames::SharedNames(Descriptor file, std::string prefix)
+    : file_(std::move(file)), prefix_(std::move(prefix)) {}
 
 SharedNames::~SharedNames() {
     Leave();
@@ -135,10 +112,10 @@ std::string SharedNames::Enter(SharedKind kind, LPCWSTR name) {
         return {};
     }
     std::scoped_lock lock(mutex_);
-    if (file_ < 0) {
+    if (!file_) {
         return {};
     }
-    const std::string content = ReadWhole(file_);
+    const std::string content = ReadWhole(file_.Number());
     bool known = false;
     ForEachName(content, prefix_, [&](SharedKind knownKind, std::string_view knownName) {
         known = known || (knownKind == kind && knownName == host);
@@ -147,7 +124,7 @@ std::string SharedNames::Enter(SharedKind kind, LPCWSTR name) {
         std::string line(content.empty() || content.back() == '\n' ? "" : "\n");
         line.append(Word(kind)).append(host).append("\n");
         if (content.size() + line.size() > MaxFile ||
-            write(file_, line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
+            write(file_.Number(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
             return {};
         }
     }
@@ -156,15 +133,14 @@ std::string SharedNames::Enter(SharedKind kind, LPCWSTR name) {
 
 void SharedNames::Leave() {
     std::scoped_lock lock(mutex_);
-    if (file_ < 0) {
+    if (!file_) {
         return;
     }
     // Asking for more gives the shared lock up first, so of two that leave together at least one gets it.
-    if (TryLock(file_, LOCK_EX)) {
-        TakeNamesAway(file_, prefix_);
+    if (LockFile(file_.Number(), LOCK_EX)) {
+        TakeNamesAway(file_.Number(), prefix_);
     }
-    close(file_);
-    file_ = -1;
+    file_.Close();
 }
 
 std::shared_ptr<SharedNames> JoinSharedNames() {
@@ -176,24 +152,21 @@ std::shared_ptr<SharedNames> JoinSharedNames() {
         return names;
     }
     const std::string path = TerminalFolder() + "/shared-objects";
-    const int file =
-        open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0600);
+    Descriptor file(
+        open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0600));
     struct stat status {};
-    if (file < 0) {
+    if (!file || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return nullptr;
     }
-    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
-        close(file);
+    if (LockFile(file.Number(), LOCK_EX)) {
+        TakeNamesAway(file.Number(), prefix);
+    }
+    // The exclusive lock is held by others for a few calls only; a program that was stopped in the middle of
+    // them must not stop this one. A file system without locks: do without.
+    if (!LockFile(file.Number(), LOCK_SH, std::chrono::seconds(1)) && errno == EWOULDBLOCK) {
         return nullptr;
     }
-    if (TryLock(file, LOCK_EX)) {
-        TakeNamesAway(file, prefix);
-    }
-    if (!LockShared(file)) {
-        close(file);
-        return nullptr;
-    }
-    names = std::make_shared<SharedNames>(file, prefix);
+    names = std::make_shared<SharedNames>(std::move(file), prefix);
     mine.Names = names;
     if (!mine.EndRegistered) {
         mine.EndRegistered = true;
@@ -211,6 +184,15 @@ std::shared_ptr<SharedNames> JoinSharedNames() {
         });
     }
     return names;
+}
+
+bool IsOursAlone(const struct stat& status, const char* kind, const std::string& name) {
+    const bool ours = status.st_uid == geteuid() && (status.st_mode & 0077) == 0;
+    if (!ours) {
+        Say(LogPriority::Error, "%s %s belongs to another user or is open to others; it is not used", kind,
+            name.c_str());
+    }
+    return ours;
 }
 
 }  // namespace layer

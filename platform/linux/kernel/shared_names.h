@@ -6,11 +6,14 @@
 // that stays thus keeps the objects alive for the next start.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <memory>
 #include <mutex>
 #include <string>
 
 #include "platform/base.h"
+#include "platform/linux/kernel/posix.h"
 
 namespace layer {
 
@@ -19,7 +22,7 @@ enum class SharedKind { Event, Queue };
 class SharedNames {
   public:
     // Holds the open and locked file; shared by all objects of this program.
-    SharedNames(int file, std::string prefix);
+    SharedNames(Descriptor file, std::string prefix);
     ~SharedNames();
     SharedNames(const SharedNames&) = delete;
     SharedNames& operator=(const SharedNames&) = delete;
@@ -34,12 +37,16 @@ class SharedNames {
 
   private:
     std::mutex mutex_;
-    int file_;
+    Descriptor file_;
     const std::string prefix_;
 };
 
 // This program's part in the terminal's shared names; null when the file cannot be had. It is left when the
 // last object lets go of it, or at the end of the program.
 std::shared_ptr<SharedNames> JoinSharedNames();
+
+// Whether a shared object belongs to this user and is open to nobody else; says so on standard error when it
+// is not. Whoever else can write it could take the scans, or bring the program down.
+bool IsOursAlone(const struct stat& status, const char* kind, const std::string& name);
 
 }  // namespace layer

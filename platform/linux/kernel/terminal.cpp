@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QString>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -125,6 +126,14 @@ const std::string& TerminalFolder() {
 
 const std::string& TerminalIdentity() {
     return CurrentTerminal().Identity;
+}
+
+std::string ToUtf8(std::u16string_view text) {
+    return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size())).toStdString();
+}
+
+std::u16string FromUtf8(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toStdU16String();
 }
 
 void UseTerminalFolder(std::string folder) {

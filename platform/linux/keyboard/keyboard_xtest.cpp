@@ -8,18 +8,19 @@
 #include <X11/extensions/XTest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <bitset>
 #include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <iterator>
 #include <vector>
 
 #include "platform/keyboard.h"
 #include "platform/linux/kernel/clock.h"
-#include "platform/linux/keyboard/held_keys.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/keyboard/keyboard_map.h"
 #include "platform/linux/keyboard/us_keyboard.h"
-#include "platform/linux/keyboard/x_connection.h"
 
 namespace layer {
 namespace {
@@ -29,6 +30,77 @@ constexpr unsigned AllModifiers = 0xFF;
 // For how long an answer of the server's holds: that the user holds no key, and what is locked. Asking for
 // each key would take longer than typing it.
 constexpr std::chrono::milliseconds RestHolds{1};
+
+std::atomic<Display*> ours{nullptr};
+XErrorHandler othersHandler = nullptr;
+XIOErrorHandler othersLoss = nullptr;
+
+// A request that the server refuses must not end the program, which is Xlib's habit.
+int OnError(Display* display, XErrorEvent* error) {
+    if (display == ours.load() || othersHandler == nullptr)
+        return 0;
+    return othersHandler(display, error);
+}
+
+// Nor must a server that has gone; only for other connections that is somebody else's decision.
+int OnIoError(Display* display) {
+    if (display == ours.load() || othersLoss == nullptr)
+        return 0;
+    return othersLoss(display);
+}
+
+// A connection of our own to the X server that outlives the server's death: it just becomes unusable.
+class XConnection {
+  public:
+    XConnection() = default;
+    ~XConnection() { Close(); }
+    XConnection(const XConnection&) = delete;
+    XConnection& operator=(const XConnection&) = delete;
+
+    // Connects to $DISPLAY. The object must stay where it is while the connection lasts.
+    bool Open();
+    void Close();
+    Display* Get() const { return display_; }
+    bool Usable() const { return display_ != nullptr && !lost_; }
+
+  private:
+    static void OnLost(Display* display, void* self);
+
+    Display* display_ = nullptr;
+    bool lost_ = false;
+};
+
+bool XConnection::Open() {
+    Close();
+    const char* name = std::getenv("DISPLAY");
+    if (name == nullptr || *name == 0)
+        return false;
+    struct sigaction pipeAction {};
+    if (sigaction(SIGPIPE, nullptr, &pipeAction) == 0 && pipeAction.sa_handler == SIG_DFL)
+        std::signal(SIGPIPE, SIG_IGN);  // writing to a dead server is an error, not an end
+    display_ = XOpenDisplay(name);
+    if (display_ == nullptr)
+        return false;
+    lost_ = false;
+    ours = display_;
+    if (const XErrorHandler previous = XSetErrorHandler(OnError); previous != OnError)
+        othersHandler = previous;
+    if (const XIOErrorHandler previous = XSetIOErrorHandler(OnIoError); previous != OnIoError)
+        othersLoss = previous;
+    XSetIOErrorExitHandler(display_, &XConnection::OnLost, this);
+    return true;
+}
+
+void XConnection::Close() {
+    if (display_ != nullptr)
+        XCloseDisplay(display_);
+    ours = nullptr;
+    display_ = nullptr;
+}
+
+void XConnection::OnLost(Display*, void* self) {
+    static_cast<XConnection*>(self)->lost_ = true;
+}
 
 class XtestKeyboard : public KeyboardBackend {
   public:

@@ -1,1 +1,1 @@
-vantrel_library(vantrel_resource_file linux/resources/resource_file.cpp linux/resources/resource_images.cpp)
+vantrel_library(vantrel_resource_file linux/resources/resource_file.cpp)

@@ -20,7 +20,6 @@ target_link_libraries(vantrel_virtual_keyboard PUBLIC PkgConfig::VANTREL_KEYS)
 
 vantrel_library(vantrel_platform_serial
   linux/keyboard/choose_keyboard.cpp
-  linux/keyboard/held_keys.cpp
   linux/keyboard/keyboard.cpp
   linux/keyboard/keyboard_map.cpp
   linux/keyboard/keyboard_trace.cpp
@@ -37,7 +36,6 @@ vantrel_library(vantrel_platform_serial
   linux/serial/wire_trace.cpp
   linux/keyboard/us_keyboard.cpp
   linux/keyboard/wayland_connection.cpp
-  linux/kernel/wake_fd.cpp
-  linux/keyboard/x_connection.cpp)
+  linux/kernel/wake_fd.cpp)
 # Files open ports and ports wait through the kernel's objects: each library needs the other.
 target_link_libraries(vantrel_platform_serial PUBLIC vantrel_platform_kernel PRIVATE PkgConfig::VANTREL_KEYS vantrel_virtual_keyboard)

@@ -66,7 +66,7 @@ class Tty : public SerialPort {
     BOOL WaitEvent(DWORD& events) override;
     BOOL ClearError(DWORD& errors, COMSTAT& status) override;
     BOOL SetBreak(bool on) override;
-    void Close() override;
+    bool Close() override;
 
   private:
     // A thread in Sleep, on its stack.
@@ -452,7 +452,7 @@ BOOL Tty::SetBreak(bool on) {
     return TRUE;
 }
 
-void Tty::Close() {
+bool Tty::Close() {
     const Lock lock(mutex_);
     if (!closed_)
         Note("close");
@@ -464,6 +464,7 @@ void Tty::Close() {
         line_.reset();
     }
     WakeAll();
+    return true;
 }
 
 }  // namespace

@@ -34,10 +34,6 @@ QFont DialogFont(const resource::Dialog& dialog, int mostWidth) {
     if (dialog.FontPoints > 0) {
         font.setPointSizeF(dialog.FontPoints);
     }
-    font.setItalic(dialog.FontItalic);
-    if (dialog.FontWeight > 400) {
-        font.setBold(true);
-    }
     while (DialogUnits(font).X(dialog.Width) > mostWidth && font.pointSizeF() > SmallestFont) {
         font.setPointSizeF(font.pointSizeF() - FontStep);
     }

@@ -20,25 +20,6 @@ WindowObject* TopOf(WindowObject* window) {
     return window;
 }
 
-std::u16string ClassNameOf(const resource::Control& control) {
-    switch (control.Atom) {
-        case resource::ButtonClass:
-            return u"Button";
-        case resource::EditClass:
-            return u"Edit";
-        case resource::StaticClass:
-            return u"Static";
-        case resource::ListBoxClass:
-            return u"ListBox";
-        case resource::ScrollBarClass:
-            return u"ScrollBar";
-        case resource::ComboBoxClass:
-            return u"ComboBox";
-        default:
-            return control.ClassName;
-    }
-}
-
 QRect PlaceDialog(const resource::Dialog& dialog, const DialogUnits& units, const QSize& size,
                   const WindowObject* owner) {
     const QRect area = WorkArea();
@@ -70,7 +51,6 @@ std::shared_ptr<DialogWindow> MakeDialog(WORD number, WindowObject* parent, Dial
     init.ClassName = u"Dialog";
     init.Text = dialog->Title;
     init.Style = dialog->Style;
-    init.ExtendedStyle = dialog->ExtendedStyle;
     init.Place = units.Pixels(page ? dialog->X : 0, page ? dialog->Y : 0, dialog->Width, dialog->Height);
     auto window = std::make_shared<DialogWindow>(init, kind, procedure);
     window->Widget()->setFont(font);
@@ -153,11 +133,10 @@ bool DialogWindow::MakeControls(const resource::Dialog& dialog, const QFont& fon
         WindowInit init;
         init.Parent = this;
         init.Child = true;
-        init.ClassName = ClassNameOf(control);
+        init.ClassName = control.ClassName;
         init.Text = control.Text;
-        init.Id = static_cast<int>(control.Id);
+        init.Id = control.Id;
         init.Style = control.Style;
-        init.ExtendedStyle = control.ExtendedStyle;
         init.Place = units.Pixels(control.X, control.Y, control.Width, control.Height);
         init.Resource = control.TextResource;
         if (MakeControl(init) == nullptr) {

@@ -1,10 +1,15 @@
+#include "platform/linux/windows/find_window.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include <mutex>
 #include <set>
 
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/other_programs.h"
-#include "platform/linux/windows/single_instance.h"
+#include "platform/linux/windows/program_socket.h"
 
 namespace layer {
 
@@ -22,6 +27,11 @@ Missed& TheMissed() {
 }
 
 }  // namespace
+
+FolderLock::FolderLock()
+    : file_(open((WindowsFolder() + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+    LockFile(file_.Number(), LOCK_EX, std::chrono::seconds(5));
+}
 
 FirstInstance::FirstInstance(const std::u16string& className, const std::u16string& title) {
     Missed& missed = TheMissed();
@@ -43,13 +53,8 @@ FirstInstance::FirstInstance(const std::u16string& className, const std::u16stri
 
 HWND FindWindowW(LPCWSTR className, LPCWSTR title) {
     layer::SuspendPoint();
-    std::u16string wantedClass, wantedTitle;
-    if (className != nullptr) {
-        wantedClass = className;
-    }
-    if (title != nullptr) {
-        wantedTitle = title;
-    }
+    const std::u16string wantedClass = className != nullptr ? className : u"";
+    const std::u16string wantedTitle = title != nullptr ? title : u"";
     const auto* classFilter = className != nullptr ? &wantedClass : nullptr;
     const auto* titleFilter = title != nullptr ? &wantedTitle : nullptr;
     const auto own = layer::OwnTopLevelWindows(classFilter, titleFilter);

@@ -1,8 +1,11 @@
 #include "platform/linux/windows/images.h"
 
+#include <QBuffer>
+#include <QImageReader>
 #include <QPixmap>
-#include <map>
+#include <QtEndian>
 
+#include "platform/linux/kernel/handle_table.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
 
@@ -10,47 +13,82 @@ namespace layer {
 
 namespace {
 
-// Handles of icons and bitmaps, which share their numbers. Main thread.
-struct ImageTable {
-    std::map<std::uintptr_t, QIcon> Icons;
-    std::map<std::uintptr_t, QImage> Bitmaps;
-    std::uintptr_t Last = 0x20000;
-};
-
-ImageTable& Table() {
-    static auto* table = new ImageTable;
+HandleTable<HICON, QIcon>& Icons() {
+    static auto* table = new HandleTable<HICON, QIcon>(0x20000);
     return *table;
 }
 
-template <class Handle>
-std::uintptr_t Number(Handle handle) {
-    return reinterpret_cast<std::uintptr_t>(handle);
+HandleTable<HBITMAP, QImage>& Bitmaps() {
+    static auto* table = new HandleTable<HBITMAP, QImage>(0x20000);
+    return *table;
 }
 
-QImage ToQImage(const resource::Image& image) {
-    const QImage seen(reinterpret_cast<const uchar*>(image.Pixels.data()), image.Width, image.Height,
-                      image.Width * 4, QImage::Format_ARGB32);
-    return seen.copy();
+QByteArray ToBytes(resource::Bytes bytes) {
+    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()));
+}
+
+void Append(QByteArray& to, quint32 number) {
+    const quint32 stored = qToLittleEndian(number);
+    to.append(reinterpret_cast<const char*>(&stored), sizeof stored);
+}
+
+// The file that a bitmap was before it became a resource, which took its first 14 bytes away.
+QImage LoadBitmapResource(WORD number) {
+    const auto data = resource::Find(ProgramResources(), resource::Type::Bitmap, number);
+    if (!data) {
+        return {};
+    }
+    resource::Cursor head(*data);
+    const quint32 headSize = head.U32();
+    head.Take(10);
+    const quint32 bits = head.U16();
+    head.Take(16);
+    const quint32 colours = head.U32();
+    const quint32 table = colours != 0 || bits > 8 ? colours : 1u << bits;
+    QByteArray file("BM");
+    Append(file, static_cast<quint32>(14 + data->size()));
+    Append(file, 0);
+    Append(file, 14 + headSize + 4 * table);
+    return QImage::fromData(file + ToBytes(*data), "BMP");
+}
+
+// The file that an icon was: in its list each image has the number of its resource instead of its place.
+QByteArray IconFile(WORD number) {
+    const auto group = resource::Find(ProgramResources(), resource::Type::GroupIcon, number);
+    if (!group) {
+        return {};
+    }
+    constexpr int entrySize = 12, headSize = 6;
+    resource::Cursor list(*group);
+    QByteArray file = ToBytes(list.Take(4)), images;
+    const int count = list.U16();
+    file.append(static_cast<char>(count)).append(char(0));
+    for (int i = 0; i < count; ++i) {
+        file.append(ToBytes(list.Take(entrySize)));
+        Append(file, static_cast<quint32>(headSize + (entrySize + 4) * count + images.size()));
+        images.append(ToBytes(resource::Find(ProgramResources(), resource::Type::Icon, list.U16())
+                                  .value_or(resource::Bytes())));
+    }
+    return file + images;
 }
 
 }  // namespace
 
 QIcon IconOf(HICON icon) {
-    const auto found = Table().Icons.find(Number(icon));
-    return found != Table().Icons.end() ? found->second : QIcon();
+    return Icons().Find(icon);
 }
 
 QImage BitmapOf(HBITMAP bitmap) {
-    const auto found = Table().Bitmaps.find(Number(bitmap));
-    return found != Table().Bitmaps.end() ? found->second : QImage();
+    return Bitmaps().Find(bitmap);
 }
 
 QIcon LoadIconResource(WORD number) {
+    QByteArray file = IconFile(number);
+    QBuffer buffer(&file);
+    QImageReader reader(&buffer, "ICO");
     QIcon icon;
-    if (const auto images = resource::FindIcon(ProgramResources(), number)) {
-        for (const resource::Image& image : *images) {
-            icon.addPixmap(QPixmap::fromImage(ToQImage(image)));
-        }
+    for (int i = 0; i < reader.imageCount() && reader.jumpToImage(i); ++i) {
+        icon.addPixmap(QPixmap::fromImageReader(&reader));
     }
     return icon;
 }
@@ -60,34 +98,24 @@ QIcon LoadIconResource(WORD number) {
 HICON LoadIconW(HINSTANCE, LPCWSTR name) {
     return layer::OnMain([=]() -> HICON {
         const QIcon icon = layer::LoadIconResource(layer::ResourceNumber(name));
-        if (icon.isNull()) {
-            return nullptr;
-        }
-        layer::ImageTable& table = layer::Table();
-        table.Icons[++table.Last] = icon;
-        return reinterpret_cast<HICON>(table.Last);
+        return icon.isNull() ? nullptr : layer::Icons().Add(icon);
     });
 }
 
 BOOL DestroyIcon(HICON icon) {
-    return layer::OnMain([=] { return layer::Table().Icons.erase(layer::Number(icon)) != 0 ? TRUE : FALSE; });
+    return layer::OnMain([=] { return layer::Icons().Remove(icon).isNull() ? FALSE : TRUE; });
 }
 
 HBITMAP LoadBitmapW(HINSTANCE, LPCWSTR name) {
     return layer::OnMain([=]() -> HBITMAP {
-        const auto image = resource::FindBitmap(layer::ProgramResources(), layer::ResourceNumber(name));
-        if (!image) {
-            return nullptr;
-        }
-        layer::ImageTable& table = layer::Table();
-        table.Bitmaps[++table.Last] = layer::ToQImage(*image);
-        return reinterpret_cast<HBITMAP>(table.Last);
+        const QImage image = layer::LoadBitmapResource(layer::ResourceNumber(name));
+        return image.isNull() ? nullptr : layer::Bitmaps().Add(image);
     });
 }
 
 BOOL DeleteObject(HGDIOBJ object) {
     return layer::OnMain(
-        [=] { return layer::Table().Bitmaps.erase(layer::Number(object)) != 0 ? TRUE : FALSE; });
+        [=] { return layer::Bitmaps().Remove(static_cast<HBITMAP>(object)).isNull() ? FALSE : TRUE; });
 }
 
 HGDIOBJ GetStockObject(int object) {

@@ -1,16 +1,14 @@
 #include "platform/linux/windows/listener.h"
 
-#include <sys/eventfd.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cerrno>
-#include <chrono>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QPointer>
+#include <QThread>
+#include <QTimer>
 #include <cstdlib>
-#include <list>
 #include <mutex>
-#include <thread>
 
 #include "platform/linux/kernel/main_thread.h"
 #include "platform/linux/kernel/thread.h"
@@ -21,55 +19,22 @@ namespace layer {
 
 namespace {
 
-using SteadyClock = std::chrono::steady_clock;
-
 constexpr std::size_t MostCallers = 64;
 constexpr std::chrono::seconds LongestSilence{10};  // of a caller that owes us a line
 
-struct Caller {
-    std::uint64_t Number = 0;
-    LineConnection Connection;
-    SteadyClock::time_point HeardLast;
-    bool Handled = false;  // its message is with the main thread
-    bool Leaving = false;  // to be closed once its answer is out
-};
-
-// What the main thread hands back.
-struct Answered {
-    std::uint64_t Caller;
-    std::string Line;
-};
-
 struct Listener {
     std::mutex Mutex;
-    std::vector<Answered> Answers;
     std::string Name;
-    std::atomic<bool> Stop{false};
-    Descriptor Wake;
-    Descriptor Socket;
-    std::thread Thread;
+    // The main thread's: the thread that serves, and what lives on it.
+    QThread* Thread = nullptr;
+    QLocalServer* Server = nullptr;
     // The serving thread's own.
-    std::list<Caller> Callers;
-    std::uint64_t LastCaller = 0;
+    std::vector<class Caller*> Callers;
 };
 
 Listener& TheListener() {
     static auto* listener = new Listener;
     return *listener;
-}
-
-void WakeListener() {
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = write(TheListener().Wake.Number(), &one, sizeof one);
-}
-
-void Answer(std::uint64_t caller, std::string line) {
-    Listener& listener = TheListener();
-    {
-        std::scoped_lock lock(listener.Mutex);
-        listener.Answers.push_back({caller, std::move(line)});
-    }
-    WakeListener();
 }
 
 AnswerLine FindHere(const WindowLine& line) {
@@ -83,137 +48,113 @@ AnswerLine FindHere(const WindowLine& line) {
     return answer;
 }
 
-void TakeCallerLine(Caller& caller, const std::string& text) {
-    std::string reason;
-    const std::optional<WindowLine> line = ReadLine(text, reason);
-    if (!line) {
-        AnswerLine refusal;
-        refusal.Refusal = reason;
-        caller.Connection.Out += WriteAnswer(refusal, WindowLine::Kind::Message);
-        caller.Leaving = true;
-    } else if (line->What == WindowLine::Kind::Find) {
-        caller.Connection.Out += WriteAnswer(FindHere(*line), WindowLine::Kind::Find);
-    } else {
-        caller.Handled = true;
-        PostToMainThread([line = *line, number = caller.Number] {
-            Answer(number, WriteAnswer(DeliverLine(line), WindowLine::Kind::Message));
-        });
+// A program that calls: its lines are answered one after the other, until it hangs up, keeps silent for too
+// long or makes no sense. Lives on the serving thread.
+class Caller : public QObject {
+  public:
+    Caller(QLocalSocket* socket, QLocalServer* server) : QObject(server), socket_(socket) {
+        socket->setParent(this);
+        socket->setReadBufferSize(static_cast<qint64>(LongestLine) + 1);
+        TheListener().Callers.push_back(this);
+        silence_.setSingleShot(true);
+        silence_.start(LongestSilence);
+        connect(socket, &QLocalSocket::readyRead, this, [this] { TakeLines(); });
+        connect(socket, &QLocalSocket::disconnected, this, &QObject::deleteLater);
+        connect(&silence_, &QTimer::timeout, this, &QObject::deleteLater);
     }
-}
 
-// False when the caller is to be let go.
-bool ServeCaller(Caller& caller, short events) {
-    std::string text;
-    while (!caller.Handled && !caller.Leaving && (events & (POLLIN | POLLHUP | POLLERR)) != 0) {
-        const LineConnection::Got got = caller.Connection.TakeLine(text);
-        if (got == LineConnection::Got::Closed) {
-            return false;
-        }
-        if (got == LineConnection::Got::Nothing) {
-            break;
-        }
-        caller.HeardLast = SteadyClock::now();
-        TakeCallerLine(caller, text);
+    ~Caller() override {
+        // What was answered is on its way all the same.
+        socket_->flush();
+        std::erase(TheListener().Callers, this);
     }
-    return caller.Connection.Flush() && !(caller.Leaving && caller.Connection.Out.empty()) &&
-           (caller.Handled || SteadyClock::now() - caller.HeardLast < LongestSilence);
-}
 
-void TakeAnswers(Listener& listener) {
-    std::uint64_t count;
-    [[maybe_unused]] const auto taken = read(listener.Wake.Number(), &count, sizeof count);
-    std::vector<Answered> answers;
-    {
-        std::scoped_lock lock(listener.Mutex);
-        answers.swap(listener.Answers);
-    }
-    for (const Answered& answer : answers) {
-        for (Caller& caller : listener.Callers) {
-            if (caller.Number == answer.Caller) {
-                caller.Connection.Out += answer.Line;
-                caller.Handled = false;
-                caller.HeardLast = SteadyClock::now();
-            }
+  private:
+    void TakeLines() {
+        while (!handled_ && socket_->canReadLine()) {
+            TakeLine(socket_->readLine());
+        }
+        if (!handled_ && socket_->bytesAvailable() > static_cast<qint64>(LongestLine)) {
+            deleteLater();
         }
     }
-}
 
-void TakeCallers(Listener& listener) {
-    for (;;) {
-        Descriptor socket(accept4(listener.Socket.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        if (!socket) {
-            return;
-        }
-        if (listener.Callers.size() < MostCallers) {
-            Caller& caller = listener.Callers.emplace_back();
-            caller.Number = ++listener.LastCaller;
-            caller.Connection.Socket = std::move(socket);
-            caller.HeardLast = SteadyClock::now();
+    void TakeLine(QByteArray text) {
+        text.chop(1);
+        std::string reason;
+        const std::optional<WindowLine> line =
+            ReadLine({text.constData(), static_cast<std::size_t>(text.size())}, reason);
+        if (!line) {
+            AnswerLine refusal;
+            refusal.Refusal = reason;
+            Answer(WriteAnswer(refusal, WindowLine::Kind::Message));
+            handled_ = true;  // nothing more is listened to
+            socket_->disconnectFromServer();
+        } else if (line->What == WindowLine::Kind::Find) {
+            Answer(WriteAnswer(FindHere(*line), WindowLine::Kind::Find));
+        } else {
+            handled_ = true;
+            silence_.stop();
+            PostToMainThread([line = *line, caller = QPointer(this)] {
+                const std::string answer = WriteAnswer(DeliverLine(line), WindowLine::Kind::Message);
+                if (QLocalServer* server = TheListener().Server; server != nullptr) {
+                    QMetaObject::invokeMethod(server, [caller, answer] {
+                        if (caller != nullptr) {
+                            caller->handled_ = false;
+                            caller->Answer(answer);
+                            caller->TakeLines();
+                        }
+                    });
+                }
+            });
         }
     }
-}
 
-void Serve() {
-    Listener& listener = TheListener();
-    std::vector<pollfd> files;
-    while (!listener.Stop) {
-        files.assign({{listener.Wake.Number(), POLLIN, 0}, {listener.Socket.Number(), POLLIN, 0}});
-        bool waiting = false;
-        for (const Caller& caller : listener.Callers) {
-            // One whose message is being handled is not listened to meanwhile.
-            const bool silent = caller.Handled && caller.Connection.Out.empty();
-            files.push_back({silent ? -1 : caller.Connection.Socket.Number(), caller.Connection.Events(), 0});
-            waiting = waiting || !caller.Handled;
-        }
-        constexpr int second = 1000;
-        const int ready = poll(files.data(), files.size(), waiting ? second : -1);
-        if (ready < 0 && errno != EINTR) {
-            return;
-        }
-        std::size_t index = 2;
-        for (auto caller = listener.Callers.begin(); caller != listener.Callers.end(); ++index) {
-            const short events = ready > 0 ? files[index].revents : static_cast<short>(0);
-            caller = ServeCaller(*caller, events) ? std::next(caller) : listener.Callers.erase(caller);
-        }
-        if (ready > 0 && (files[1].revents & POLLIN) != 0) {
-            TakeCallers(listener);
-        }
-        if (ready > 0 && (files[0].revents & POLLIN) != 0) {
-            TakeAnswers(listener);
-            for (Caller& caller : listener.Callers) {
-                ServeCaller(caller, POLLIN);
-            }
+    void Answer(const std::string& line) {
+        socket_->write(line.data(), static_cast<qint64>(line.size()));
+        silence_.start(LongestSilence);
+    }
+
+    QLocalSocket* socket_;
+    QTimer silence_;
+    bool handled_ = false;  // its message is with the main thread
+};
+
+// On the serving thread.
+void TakeCallers(QLocalServer* server) {
+    while (QLocalSocket* socket = server->nextPendingConnection()) {
+        if (TheListener().Callers.size() < MostCallers) {
+            new Caller(socket, server);
+        } else {
+            delete socket;
         }
     }
-    // The message that ended the program has its answer too.
-    TakeAnswers(listener);
-    for (Caller& caller : listener.Callers) {
-        caller.Connection.Flush();
-    }
-    listener.Callers.clear();
 }
 
 }  // namespace
 
 bool StartListening() {
-    static std::atomic<unsigned> count{0};
+    static unsigned count = 0;
     Listener& listener = TheListener();
-    if (listener.Thread.joinable()) {
+    if (listener.Thread != nullptr) {
         return true;
     }
     const std::string name = std::to_string(getpid()) + "-" + std::to_string(++count);
-    listener.Wake = Descriptor(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
-    listener.Socket = ListenAs(name);
-    if (!listener.Wake || !listener.Socket) {
+    const int socket = ListenAs(name);
+    if (socket < 0) {
         return false;
     }
+    listener.Server = new QLocalServer;
+    listener.Server->listen(socket);
+    QObject::connect(listener.Server, &QLocalServer::newConnection, listener.Server,
+                     [server = listener.Server] { TakeCallers(server); });
+    listener.Thread = new QThread;
+    listener.Server->moveToThread(listener.Thread);
+    listener.Thread->start();
     {
         std::scoped_lock lock(listener.Mutex);
         listener.Name = name;
-        listener.Answers.clear();
     }
-    listener.Stop = false;
-    listener.Thread = std::thread(Serve);
     AtEnd(StopListening);
     // A program that ends by itself leaves no socket either.
     static const bool atExit [[maybe_unused]] = std::atexit(StopListening) == 0;
@@ -222,14 +163,17 @@ bool StartListening() {
 
 void StopListening() {
     Listener& listener = TheListener();
-    if (!listener.Thread.joinable()) {
+    if (listener.Thread == nullptr) {
         return;
     }
     RemoveSocket(OwnProgram());
-    listener.Stop = true;
-    WakeListener();
-    listener.Thread.join();
-    listener.Socket = Descriptor();
+    // The message that ended the program has its answer too: it was posted before this.
+    QMetaObject::invokeMethod(
+        listener.Server, [server = listener.Server] { delete server; }, Qt::BlockingQueuedConnection);
+    listener.Server = nullptr;
+    listener.Thread->quit();
+    listener.Thread->wait();
+    delete std::exchange(listener.Thread, nullptr);
     std::scoped_lock lock(listener.Mutex);
     listener.Name.clear();
 }

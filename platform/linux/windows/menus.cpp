@@ -4,8 +4,8 @@
 #include <QMenu>
 #include <QPointer>
 #include <QScreen>
-#include <map>
 
+#include "platform/linux/kernel/handle_table.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
 #include "platform/linux/windows/window_object.h"
@@ -14,88 +14,40 @@ namespace layer {
 
 namespace {
 
-// A menu as loaded; popups are menus with handles of their own that go with the whole. Main thread.
-struct Menu {
-    std::shared_ptr<std::vector<resource::MenuItem>> Root;  // keeps Items alive
-    std::vector<resource::MenuItem>* Items = nullptr;
-};
-
-struct MenuTable {
-    std::map<std::uintptr_t, Menu> Menus;
-    std::uintptr_t Last = 0x40000;
-    QPointer<QMenu> Open;  // being tracked, made from OpenRoot
-    const std::vector<resource::MenuItem>* OpenRoot = nullptr;
-};
-
-MenuTable& Table() {
-    static auto* table = new MenuTable;
+// Popups are menus with handles of their own that go with the whole. Main thread.
+HandleTable<HMENU, QPointer<QMenu>>& Table() {
+    static auto* table = new HandleTable<HMENU, QPointer<QMenu>>(0x40000);
     return *table;
 }
 
-Menu* Find(HMENU menu) {
-    const auto found = Table().Menus.find(reinterpret_cast<std::uintptr_t>(menu));
-    return found != Table().Menus.end() ? &found->second : nullptr;
-}
+QPointer<QMenu> Open;  // being tracked
 
-HMENU Enter(const Menu& menu) {
-    MenuTable& table = Table();
-    for (const auto& [number, known] : table.Menus) {
-        if (known.Items == menu.Items) {
-            return reinterpret_cast<HMENU>(number);
-        }
-    }
-    table.Menus[++table.Last] = menu;
-    return reinterpret_cast<HMENU>(table.Last);
-}
-
-resource::MenuItem* FindItem(std::vector<resource::MenuItem>& items, UINT id) {
-    for (resource::MenuItem& item : items) {
-        if (item.Popup) {
-            if (resource::MenuItem* inner = FindItem(item.Items, id)) {
-                return inner;
-            }
-        } else if (!item.Separator && item.Id == id) {
-            return &item;
-        }
-    }
-    return nullptr;
-}
-
-// Changes the flags under the mask; the flags before, or all ones without such an item.
-DWORD ChangeFlags(HMENU menu, UINT id, std::uint16_t mask, UINT flags) {
-    return OnMain([=]() -> DWORD {
-        Menu* found = Find(menu);
-        resource::MenuItem* item = found != nullptr ? FindItem(*found->Items, id) : nullptr;
-        if (item == nullptr) {
-            return 0xFFFFFFFFu;
-        }
-        const DWORD before = item->Flags & mask;
-        item->Flags = static_cast<std::uint16_t>((item->Flags & ~mask) | (flags & mask));
-        return before;
-    });
-}
-
-// `chosen` gets the id of the item that the user takes.
-void FillMenu(QMenu& menu, const std::vector<resource::MenuItem>& items, UINT& chosen) {
+void Fill(QMenu& menu, const std::vector<resource::MenuItem>& items) {
     for (const resource::MenuItem& item : items) {
-        if (item.Separator) {
-            menu.addSeparator();
-            continue;
-        }
         const QString text = QString::fromStdU16String(item.Text);
-        QAction* action;
         if (item.Popup) {
-            QMenu* inner = menu.addMenu(text);
-            FillMenu(*inner, item.Items, chosen);
-            action = inner->menuAction();
+            Fill(*menu.addMenu(text), item.Items);
+        } else if (item.Id == 0 && text.isEmpty()) {
+            menu.addSeparator();
         } else {
-            action = menu.addAction(text);
-            QObject::connect(action, &QAction::triggered, [&chosen, id = item.Id] { chosen = id; });
-            action->setCheckable((item.Flags & resource::MenuChecked) != 0);
-            action->setChecked((item.Flags & resource::MenuChecked) != 0);
+            menu.addAction(text)->setData(item.Id);
         }
-        action->setEnabled((item.Flags & (resource::MenuGrayed | resource::MenuDisabled)) == 0);
     }
+}
+
+QAction* FindItem(const QMenu* menu, UINT id) {
+    QAction* found = nullptr;
+    for (QAction* action : menu != nullptr ? menu->actions() : QList<QAction*>()) {
+        if (action->menu() != nullptr) {
+            found = FindItem(action->menu(), id);
+        } else if (!action->isSeparator() && action->data().toUInt() == id) {
+            found = action;
+        }
+        if (found != nullptr) {
+            break;
+        }
+    }
+    return found;
 }
 
 QPoint PlaceMenu(const QSize& size, UINT flags, int x, int y) {
@@ -113,18 +65,19 @@ QPoint PlaceMenu(const QSize& size, UINT flags, int x, int y) {
     return corner;
 }
 
-BOOL Track(const Menu& menu, UINT flags, int x, int y, HWND window) {
+BOOL Track(QMenu& menu, UINT flags, int x, int y, HWND window) {
     ClosePopup();
     UINT chosen = 0;
-    {
-        QMenu popup;
-        FillMenu(popup, *menu.Items, chosen);
-        Table().Open = &popup;
-        Table().OpenRoot = menu.Root.get();
-        popup.popup(PlaceMenu(popup.sizeHint(), flags, x, y));
-        // It hides itself before it tells what was chosen; both happen in one event.
-        RunModalLoop([&] { return !popup.isVisible(); });
-        popup.hide();
+    const QPointer<QMenu> popup = &menu;
+    const auto listening = QObject::connect(
+        popup, &QMenu::triggered, [&chosen](const QAction* action) { chosen = action->data().toUInt(); });
+    Open = popup;
+    popup->popup(PlaceMenu(popup->sizeHint(), flags, x, y));
+    // It hides itself before it tells what was chosen; both happen in one event.
+    RunModalLoop([&] { return popup == nullptr || !popup->isVisible(); });
+    QObject::disconnect(listening);
+    if (popup != nullptr) {
+        popup->hide();
     }
     if (chosen != 0) {
         PostMessageW(window, WM_COMMAND, chosen, 0);
@@ -135,8 +88,8 @@ BOOL Track(const Menu& menu, UINT flags, int x, int y, HWND window) {
 }  // namespace
 
 void ClosePopup() {
-    if (Table().Open != nullptr) {
-        Table().Open->close();
+    if (Open != nullptr) {
+        Open->close();
     }
 }
 
@@ -144,57 +97,72 @@ void ClosePopup() {
 
 HMENU LoadMenuW(HINSTANCE, LPCWSTR name) {
     return layer::OnMain([=]() -> HMENU {
-        auto items = resource::FindMenu(layer::ProgramResources(), layer::ResourceNumber(name));
-        if (!items) {
+        const auto items = resource::FindMenu(layer::ProgramResources(), layer::ResourceNumber(name));
+        if (items.empty()) {
             return nullptr;
         }
-        auto root = std::make_shared<std::vector<resource::MenuItem>>(std::move(*items));
-        return layer::Enter({root, root.get()});
+        auto* menu = new QMenu;
+        layer::Fill(*menu, items);
+        return layer::Table().Add(menu);
     });
 }
 
 HMENU GetSubMenu(HMENU menu, int position) {
     return layer::OnMain([=]() -> HMENU {
-        const layer::Menu* found = layer::Find(menu);
-        if (found == nullptr || position < 0 || static_cast<std::size_t>(position) >= found->Items->size() ||
-            !(*found->Items)[static_cast<std::size_t>(position)].Popup) {
-            return nullptr;
-        }
-        return layer::Enter({found->Root, &(*found->Items)[static_cast<std::size_t>(position)].Items});
+        const QPointer<QMenu> found = layer::Table().Find(menu);
+        const QAction* item = found != nullptr ? found->actions().value(position) : nullptr;
+        return item != nullptr && item->menu() != nullptr ? layer::Table().Add(item->menu()) : nullptr;
     });
 }
 
 BOOL DestroyMenu(HMENU menu) {
     return layer::OnMain([=] {
-        const layer::Menu* found = layer::Find(menu);
+        const QPointer<QMenu> found = layer::Table().Find(menu);
         if (found == nullptr) {
             return FALSE;
         }
         // A popup takes the menu it was loaded with along: nobody else holds that.
-        const std::shared_ptr<std::vector<resource::MenuItem>> root = found->Root;
-        if (layer::Table().OpenRoot == root.get()) {
-            layer::ClosePopup();
+        QWidget* whole = found;
+        while (whole->parentWidget() != nullptr) {
+            whole = whole->parentWidget();
         }
-        std::erase_if(layer::Table().Menus, [&](const auto& entry) { return entry.second.Root == root; });
+        layer::Table().RemoveIf([=](const QPointer<QMenu>& known) {
+            return known == whole || (known != nullptr && whole->isAncestorOf(known));
+        });
+        layer::ClosePopup();
+        whole->deleteLater();
         return TRUE;
     });
 }
 
 DWORD CheckMenuItem(HMENU menu, UINT id, UINT flags) {
-    return layer::ChangeFlags(menu, id, resource::MenuChecked, flags);
+    return layer::OnMain([=]() -> DWORD {
+        QAction* item = layer::FindItem(layer::Table().Find(menu), id);
+        if (item == nullptr) {
+            return 0xFFFFFFFFu;
+        }
+        const bool before = item->isChecked();
+        item->setCheckable((flags & MF_CHECKED) != 0);
+        item->setChecked((flags & MF_CHECKED) != 0);
+        return before ? MF_CHECKED : MF_UNCHECKED;
+    });
 }
 
 BOOL EnableMenuItem(HMENU menu, UINT id, UINT flags) {
-    constexpr std::uint16_t mask = resource::MenuGrayed | resource::MenuDisabled;
-    return static_cast<BOOL>(layer::ChangeFlags(menu, id, mask, flags));
+    return layer::OnMain([=]() -> BOOL {
+        QAction* item = layer::FindItem(layer::Table().Find(menu), id);
+        if (item == nullptr) {
+            return -1;
+        }
+        const bool before = item->isEnabled();
+        item->setEnabled((flags & MF_GRAYED) == 0);
+        return before ? MF_ENABLED : MF_GRAYED;
+    });
 }
 
 BOOL TrackPopupMenuEx(HMENU menu, UINT flags, int x, int y, HWND window, TPMPARAMS*) {
     return layer::OnMain([=] {
-        const layer::Menu* found = layer::Find(menu);
-        if (found == nullptr || IsWindow(window) == FALSE) {
-            return FALSE;
-        }
-        return layer::Track(layer::Menu(*found), flags, x, y, window);
+        const QPointer<QMenu> found = layer::Table().Find(menu);
+        return found != nullptr && IsWindow(window) ? layer::Track(*found, flags, x, y, window) : FALSE;
     });
 }

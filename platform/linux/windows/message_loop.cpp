@@ -1,8 +1,5 @@
 #include "platform/linux/windows/message_loop.h"
 
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 #include <QCoreApplication>
 #include <QCursor>
 #include <QEvent>
@@ -14,6 +11,7 @@
 #include <deque>
 #include <mutex>
 
+#include "platform/linux/kernel/posix.h"
 #include "platform/linux/windows/menus.h"
 #include "platform/linux/windows/message_box.h"
 #include "platform/linux/windows/on_main.h"
@@ -29,7 +27,7 @@ struct Mailbox {
     std::mutex Mutex;
     std::deque<std::function<void()>> Work;
     std::deque<MSG> Posted;
-    int Bell = -1;  // an event descriptor that wakes Qt's loop
+    Waker Bell;  // wakes Qt's loop
     bool Rung = false;
 };
 
@@ -107,8 +105,7 @@ void AnswerBell() {
     {
         Mailbox& box = Box();
         std::scoped_lock lock(box.Mutex);
-        std::uint64_t count;
-        [[maybe_unused]] const auto taken = read(box.Bell, &count, sizeof count);
+        box.Bell.Clear();
         box.Rung = false;
     }
     if (Quiet == 0) {
@@ -171,32 +168,25 @@ void WaitForInput() {
 }  // namespace
 
 void OpenMailbox() {
-    Mailbox& box = Box();
     if (Alarm != nullptr) {
         return;
     }
     // A descriptor rather than an event of Qt's: other threads then share nothing with Qt.
-    const int bell = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-    auto* notifier = new QSocketNotifier(bell, QSocketNotifier::Read, qApp);
+    auto* notifier = new QSocketNotifier(Box().Bell.Number(), QSocketNotifier::Read, qApp);
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, AnswerBell);
     Alarm = new QTimer(qApp);
     Alarm->setSingleShot(true);
     Alarm->setTimerType(Qt::PreciseTimer);
     QObject::connect(Alarm, &QTimer::timeout, Alarm, WakeMainThread);
-    {
-        std::scoped_lock lock(box.Mutex);
-        box.Bell = bell;
-    }
     WakeMainThread();
 }
 
 void WakeMainThread() {
     Mailbox& box = Box();
     std::scoped_lock lock(box.Mutex);
-    if (box.Bell >= 0 && !box.Rung) {
+    if (!box.Rung) {
         box.Rung = true;
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = write(box.Bell, &one, sizeof one);
+        box.Bell.Wake();
     }
 }
 

@@ -28,10 +28,7 @@ int LoadStringW(HINSTANCE, UINT id, LPWSTR buffer, int size) {
     if (buffer == nullptr || size <= 0) {
         return 0;
     }
-    std::u16string text;
-    if (id <= 0xFFFF) {
-        text = resource::FindString(layer::ProgramResources(), static_cast<std::uint16_t>(id)).value_or(u"");
-    }
+    const std::u16string text = resource::FindString(layer::ProgramResources(), static_cast<WORD>(id));
     const std::size_t length = std::min(text.size(), static_cast<std::size_t>(size) - 1);
     std::copy_n(text.begin(), length, buffer);
     buffer[length] = 0;

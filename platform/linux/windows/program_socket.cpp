@@ -1,17 +1,15 @@
 #include "platform/linux/windows/program_socket.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
+#include <filesystem>
 
-#include "platform/linux/windows/folder_lock.h"
+#include "platform/linux/kernel/terminal.h"
 
 namespace layer {
 
@@ -46,18 +44,11 @@ Descriptor NewSocket() {
 
 }  // namespace
 
-Descriptor::~Descriptor() {
-    if (number_ >= 0) {
-        close(number_);
-    }
+std::string WindowsFolder() {
+    return TerminalFolder() + "/windows";
 }
 
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-}
-
-Descriptor ListenAs(const std::string& name) {
+int ListenAs(const std::string& name) {
     // A socket that is bound and does not listen yet looks like one of a dead program: names with a dot in
     // front are nobody's.
     const std::string hidden = "." + name;
@@ -70,9 +61,9 @@ Descriptor ListenAs(const std::string& name) {
         listen(listening.Number(), Backlog) != 0 ||
         rename((folder + hidden).c_str(), (folder + name).c_str()) != 0) {
         unlink((folder + hidden).c_str());
-        return Descriptor();
+        return -1;
     }
-    return listening;
+    return listening.Release();
 }
 
 void RemoveSocket(const std::string& name) {
@@ -81,19 +72,13 @@ void RemoveSocket(const std::string& name) {
 
 std::vector<std::string> ListPrograms() {
     std::vector<std::string> names;
-    const std::string folder = WindowsFolder();
-    DIR* listing = opendir(folder.c_str());
-    if (listing == nullptr) {
-        return names;
-    }
-    while (const dirent* entry = readdir(listing)) {
-        struct stat status {};
-        if (entry->d_name[0] != '.' && fstatat(dirfd(listing), entry->d_name, &status, 0) == 0 &&
-            S_ISSOCK(status.st_mode)) {
-            names.emplace_back(entry->d_name);
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(WindowsFolder(), error)) {
+        const std::string name = entry.path().filename();
+        if (name.front() != '.' && entry.is_socket(error)) {
+            names.push_back(name);
         }
     }
-    closedir(listing);
     return names;
 }
 

@@ -1,35 +1,25 @@
 // Sockets between the programs of one terminal: one in the folder of windows for each program that has
-// windows. No Qt and no main thread in here; any thread.
+// windows. No main thread in here; any thread.
 #pragma once
 
 #include <poll.h>
 
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "platform/linux/kernel/posix.h"
 
 namespace layer {
 
 // The longest line that is taken from another program.
 inline constexpr std::size_t LongestLine = 128 * 1024;
 
-// A file descriptor that closes itself.
-class Descriptor {
-  public:
-    explicit Descriptor(int number = -1) : number_(number) {}
-    ~Descriptor();
-    Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
-    Descriptor& operator=(Descriptor&& other) noexcept;
-    int Number() const { return number_; }
-    explicit operator bool() const { return number_ >= 0; }
+// The folder of windows, where every program has its socket.
+std::string WindowsFolder();
 
-  private:
-    int number_;
-};
-
-// A socket that listens in the folder under that name; none on failure. It appears there only when it is
-// ready.
-Descriptor ListenAs(const std::string& name);
+// A socket that listens in the folder under that name, -1 on failure; the caller's to close. It appears there
+// only when it is ready.
+int ListenAs(const std::string& name);
 void RemoveSocket(const std::string& name);
 // The names of the sockets of all programs in the folder.
 std::vector<std::string> ListPrograms();

@@ -3,15 +3,16 @@
 // windows says who took which, a line for each: the number in hexadecimal, a blank, the name.
 #include "platform/linux/windows/registered_messages.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <map>
 #include <mutex>
-#include <set>
+#include <vector>
 
 #include "platform/linux/kernel/terminal.h"
 #include "platform/linux/kernel/thread.h"
-#include "platform/linux/windows/folder_lock.h"
+#include "platform/linux/windows/find_window.h"
+#include "platform/linux/windows/program_socket.h"
 #include "platform/linux/windows/window_table.h"
 
 namespace layer {
@@ -20,11 +21,16 @@ namespace {
 
 constexpr std::size_t LongestName = 255;
 
-using Numbers = std::map<UINT, std::u16string>;
+struct Registration {
+    UINT Number;
+    std::u16string Name;
+};
+// Of entries that contradict each other the first counts. Letter case does not matter in names.
+using Registrations = std::vector<Registration>;
 
 struct Registry {
     std::mutex Mutex;
-    Numbers Known;
+    Registrations Known;  // of this program
 };
 
 Registry& Registered() {
@@ -32,29 +38,23 @@ Registry& Registered() {
     return *registry;
 }
 
-// Letter case does not matter in this table.
-std::u16string Lower(std::u16string_view name) {
-    std::u16string lower(name);
-    for (char16_t& character : lower) {
-        character =
-            character >= u'A' && character <= u'Z' ? static_cast<char16_t>(character + 32) : character;
-    }
-    return lower;
+UINT NumberIn(const Registrations& known, std::u16string_view name) {
+    const auto found = std::find_if(known.begin(), known.end(),
+                                    [&](const Registration& entry) { return SameClass(entry.Name, name); });
+    return found != known.end() ? found->Number : 0;
 }
 
-UINT NumberIn(const Numbers& numbers, std::u16string_view name) {
-    for (const auto& [number, known] : numbers) {
-        if (SameClass(known, name)) {
-            return number;
-        }
-    }
-    return 0;
+std::u16string NameIn(const Registrations& known, UINT number) {
+    const auto found = std::find_if(known.begin(), known.end(),
+                                    [&](const Registration& entry) { return entry.Number == number; });
+    return found != known.end() ? found->Name : std::u16string();
 }
 
 // FNV-1a over the name.
 UINT Hash(std::u16string_view name) {
     std::uint32_t hash = 2166136261u;
-    for (const char16_t character : Lower(name)) {
+    for (char16_t character : name) {
+        character = LowerCase(character);
         hash = (hash ^ (character & 0xFFu)) * 16777619u;
         hash = (hash ^ (character >> 8)) * 16777619u;
     }
@@ -65,57 +65,42 @@ std::string FileName() {
     return WindowsFolder() + "/messages";
 }
 
-// What the file says; of lines that contradict each other the first counts.
-struct Agreed {
-    std::map<std::u16string, UINT> Numbers;  // by the name in lower case
-    std::set<UINT> Taken;
-};
-
-Agreed ReadFile() {
-    Agreed agreed;
+Registrations ReadFile() {
+    Registrations known;
     std::ifstream file(FileName());
     std::string line;
-    while (agreed.Taken.size() <= LastRegistered - FirstRegistered && std::getline(file, line)) {
+    while (std::getline(file, line)) {
         unsigned number = 0;
         int used = 0;
         if (std::sscanf(line.c_str(), "%4x %n", &number, &used) != 1 || used == 0 ||
             number < FirstRegistered || number > LastRegistered) {
             continue;
         }
-        const std::u16string name =
-            Lower(FromUtf8(std::string_view(line).substr(static_cast<std::size_t>(used))));
-        if (!name.empty() && name.size() <= LongestName && !agreed.Numbers.contains(name) &&
-            agreed.Taken.insert(number).second) {
-            agreed.Numbers.emplace(name, number);
+        const std::u16string name = FromUtf8(std::string_view(line).substr(static_cast<std::size_t>(used)));
+        if (!name.empty() && NumberIn(known, name) == 0 && NameIn(known, number).empty()) {
+            known.push_back({number, name});
         }
     }
-    return agreed;
+    return known;
 }
 
-UINT FreeNumber(const Agreed& agreed, const Numbers& own, std::u16string_view name) {
-    UINT number = Hash(name);
-    for (UINT tries = 0; tries <= LastRegistered - FirstRegistered; ++tries) {
-        if (!agreed.Taken.contains(number) && !own.contains(number)) {
-            return number;
-        }
-        number = number == LastRegistered ? FirstRegistered : number + 1;
-    }
-    return 0;
-}
-
-UINT AgreeOnNumber(const Numbers& own, const std::u16string& name) {
+UINT AgreeOnNumber(const Registrations& own, const std::u16string& name) {
     const FolderLock lock;
-    const Agreed agreed = ReadFile();
-    if (const auto known = agreed.Numbers.find(Lower(name)); known != agreed.Numbers.end()) {
-        return known->second;
+    const Registrations agreed = ReadFile();
+    if (const UINT known = NumberIn(agreed, name); known != 0) {
+        return known;
     }
-    const UINT number = FreeNumber(agreed, own, name);
-    if (number != 0) {
-        char text[16];
-        std::snprintf(text, sizeof text, "%04X ", number);
-        // Where the file cannot be written the hash alone must do.
-        std::ofstream(FileName(), std::ios::app) << text + ToUtf8(name) + "\n";
+    UINT number = Hash(name);
+    while (!NameIn(agreed, number).empty() || !NameIn(own, number).empty()) {
+        number = number == LastRegistered ? FirstRegistered : number + 1;
+        if (number == Hash(name)) {
+            return 0;
+        }
     }
+    char text[16];
+    std::snprintf(text, sizeof text, "%04X ", number);
+    // Where the file cannot be written the hash alone must do.
+    std::ofstream(FileName(), std::ios::app) << text + ToUtf8(name) + "\n";
     return number;
 }
 
@@ -130,8 +115,7 @@ UINT RegisteredNumber(std::u16string_view name) {
 std::u16string RegisteredName(UINT number) {
     Registry& registry = Registered();
     std::scoped_lock lock(registry.Mutex);
-    const auto found = registry.Known.find(number);
-    return found != registry.Known.end() ? found->second : std::u16string();
+    return NameIn(registry.Known, number);
 }
 
 void ForgetRegisteredMessages() {
@@ -156,8 +140,7 @@ UINT RegisterWindowMessageW(LPCWSTR name) {
     }
     const UINT number = layer::AgreeOnNumber(registry.Known, wanted);
     if (number != 0) {
-        // Two lines of a damaged file may name one number; the first that this program took stays.
-        registry.Known.emplace(number, wanted);
+        registry.Known.push_back({number, wanted});
     }
     return number;
 }

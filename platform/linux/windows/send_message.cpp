@@ -1,7 +1,4 @@
 // SendMessageW: to a window of this program, to one of another program, to all.
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <memory>
 
@@ -65,18 +62,17 @@ class OwnDelivery {
         if (owing.exchange(true)) {
             return;
         }
-        done_ = std::make_shared<Descriptor>(eventfd(0, EFD_CLOEXEC));
+        done_ = std::make_shared<Waker>();
         PostToMainThread([line, done = done_] {
             owing = false;
             DeliverLine(line);
-            const std::uint64_t one = 1;
-            [[maybe_unused]] const auto written = write(done->Number(), &one, sizeof one);
+            done->Wake();
         });
     }
     int Done() const { return done_ != nullptr ? done_->Number() : -1; }
 
   private:
-    std::shared_ptr<Descriptor> done_;
+    std::shared_ptr<Waker> done_;
 };
 
 LRESULT Broadcast(UINT message, WPARAM wParam, LPARAM lParam) {

@@ -3,8 +3,8 @@
 #include <QCloseEvent>
 #include <map>
 
+#include "platform/linux/windows/find_window.h"
 #include "platform/linux/windows/on_main.h"
-#include "platform/linux/windows/single_instance.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_table.h"
 
@@ -110,8 +110,8 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass) {
     });
 }
 
-HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y,
-                     int width, int height, HWND parent, HMENU, HINSTANCE, LPVOID) {
+HWND CreateWindowExW(DWORD, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y, int width,
+                     int height, HWND parent, HMENU, HINSTANCE, LPVOID) {
     return layer::OnMain([&]() -> HWND {
         // A program with a main function of its own begins here.
         layer::StartWindows();
@@ -126,7 +126,6 @@ HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWOR
         init.ClassName = className;
         init.Text = title != nullptr ? title : u"";
         init.Style = style;
-        init.ExtendedStyle = extendedStyle;
         init.Place = QRect(x == CW_USEDEFAULT ? area.x() : x, y == CW_USEDEFAULT ? area.y() : y,
                            width == CW_USEDEFAULT ? area.width() : width,
                            height == CW_USEDEFAULT ? area.height() : height);

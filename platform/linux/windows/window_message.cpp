@@ -3,7 +3,8 @@
 #include <QByteArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <cmath>
+
+#include "platform/linux/kernel/terminal.h"
 
 namespace layer {
 
@@ -25,68 +26,50 @@ std::string Line(const QJsonObject& object) {
     return QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString() + "\n";
 }
 
-// A whole number, or nothing said (0); false for anything else.
-bool TakeNumber(const QJsonObject& object, const char* key, std::int64_t& number) {
-    const QJsonValue value = object.value(QLatin1String(key));
-    if (value.isUndefined()) {
-        number = 0;
-        return true;
+// The fields of an object from outside; Good says whether all that were asked for are of their kind.
+struct Fields {
+    QJsonObject Object;
+    bool Good = true;
+
+    QJsonValue Value(const char* key) const { return Object.value(QLatin1String(key)); }
+    // A whole number; 0 when nothing is said.
+    std::int64_t TakeNumber(const char* key) {
+        const QJsonValue value = Value(key);
+        const qint64 number = value.toInteger(0);
+        Good = Good && (value.isUndefined() || (value.isDouble() && number == value.toInteger(1)));
+        return number;
     }
-    constexpr qint64 odd = -0x7FFFFFFFFFFFFFFF;
-    number = value.toInteger(odd);
-    return value.isDouble() && (number != odd || value.toInteger(1) == odd);
+    std::optional<std::u16string> TakeText(const char* key) {
+        const QJsonValue value = Value(key);
+        Good = Good && (value.isUndefined() || value.isNull() || value.isString());
+        return value.isString() ? std::optional(value.toString().toStdU16String()) : std::nullopt;
+    }
+    std::vector<BYTE> TakeBytes(const char* key) {
+        const auto bytes =
+            QByteArray::fromBase64Encoding(QByteArray::fromStdString(ToUtf8(TakeText(key).value_or(u""))),
+                                           QByteArray::AbortOnBase64DecodingErrors);
+        Good = Good && bytes;
+        return {bytes.decoded.begin(), bytes.decoded.end()};
+    }
+};
+
+QJsonDocument Parse(std::string_view text) {
+    return QJsonDocument::fromJson(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())));
 }
 
-bool TakeText(const QJsonObject& object, const char* key, std::optional<std::u16string>& text) {
-    const QJsonValue value = object.value(QLatin1String(key));
-    if (value.isUndefined() || value.isNull()) {
-        return true;
-    }
-    if (value.isString()) {
-        text = value.toString().toStdU16String();
-    }
-    return value.isString();
-}
-
-bool TakeTarget(const QJsonObject& object, WindowLine& line) {
-    return TakeText(object, "class", line.ClassName) && TakeText(object, "title", line.Title);
-}
-
-bool TakeData(const QJsonObject& object, WindowLine& line) {
-    std::optional<std::u16string> name;
-    std::int64_t number = 0;
-    const QJsonValue data = object.value(QLatin1String("data"));
-    if (!TakeNumber(object, "number", number) || !TakeText(object, "name", name) ||
-        !(data.isUndefined() || data.isString())) {
-        return false;
-    }
-    const auto bytes =
-        QByteArray::fromBase64Encoding(data.toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
-    if (!bytes) {
-        return false;
-    }
-    line.DataNumber = static_cast<std::uint64_t>(number);
-    line.DataName = name.value_or(u"");
-    line.Data.assign(bytes.decoded.begin(), bytes.decoded.end());
-    return true;
-}
-
-bool TakeMessageName(const QJsonValue& value, WindowLine& line, std::string& reason) {
+// The empty reason: the message is one that other programs may send.
+std::string TakeMessageName(const QJsonValue& value, WindowLine& line) {
     if (value.isDouble()) {
         line.Message = OpenSettingsRequest;
-        reason = "this message is not taken from other programs";
-        return value.toInteger(0) == OpenSettingsRequest;
-    }
-    if (!value.isString() || value.toString().isEmpty()) {
-        reason = "no message";
-        return false;
+        return value.toInteger(0) == OpenSettingsRequest ? ""
+                                                         : "this message is not taken from other programs";
     }
     if (value.toString() == QLatin1String(CopyDataName)) {
         line.Message = WM_COPYDATA;
     } else {
         line.Name = value.toString().toStdU16String();
     }
-    return true;
+    return value.toString().isEmpty() ? "no message" : "";
 }
 
 }  // namespace
@@ -126,29 +109,33 @@ std::string WriteLine(const WindowLine& line) {
 }
 
 std::optional<WindowLine> ReadLine(std::string_view text, std::string& reason) {
-    const QJsonDocument document =
-        QJsonDocument::fromJson(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())));
-    reason = "not one JSON object a line";
+    const QJsonDocument document = Parse(text);
     if (!document.isObject()) {
+        reason = "not one JSON object a line";
         return std::nullopt;
     }
-    const QJsonObject object = document.object();
+    Fields fields{document.object()};
     WindowLine line;
-    reason = "a field is not of its kind";
-    if (const QJsonValue find = object.value(QLatin1String(FindKey)); !find.isUndefined()) {
+    if (const QJsonValue find = fields.Value(FindKey); !find.isUndefined()) {
         line.What = WindowLine::Kind::Find;
-        return find.isObject() && TakeTarget(find.toObject(), line) ? std::optional(line) : std::nullopt;
+        fields = {find.toObject(), find.isObject()};
+    } else {
+        reason = TakeMessageName(fields.Value(MessageKey), line);
     }
-    std::int64_t window = 0, wParam = 0, lParam = 0;
-    if (!TakeTarget(object, line) || !TakeNumber(object, "window", window) ||
-        !TakeNumber(object, "wParam", wParam) || !TakeNumber(object, "lParam", lParam) ||
-        !TakeData(object, line) || !TakeMessageName(object.value(QLatin1String(MessageKey)), line, reason)) {
-        return std::nullopt;
+    line.ClassName = fields.TakeText("class");
+    line.Title = fields.TakeText("title");
+    if (line.What == WindowLine::Kind::Message) {
+        line.Window = static_cast<std::uint64_t>(fields.TakeNumber("window"));
+        line.wParam = static_cast<WPARAM>(fields.TakeNumber("wParam"));
+        line.lParam = static_cast<LPARAM>(fields.TakeNumber("lParam"));
+        line.DataNumber = static_cast<std::uint64_t>(fields.TakeNumber("number"));
+        line.DataName = fields.TakeText("name").value_or(u"");
+        line.Data = fields.TakeBytes("data");
     }
-    line.Window = static_cast<std::uint64_t>(window);
-    line.wParam = static_cast<WPARAM>(wParam);
-    line.lParam = static_cast<LPARAM>(lParam);
-    return line;
+    if (!fields.Good) {
+        reason = "a field is not of its kind";
+    }
+    return reason.empty() ? std::optional(line) : std::nullopt;
 }
 
 std::string WriteAnswer(const AnswerLine& answer, WindowLine::Kind kind) {
@@ -162,18 +149,10 @@ std::string WriteAnswer(const AnswerLine& answer, WindowLine::Kind kind) {
 }
 
 AnswerLine ReadAnswer(std::string_view text) {
-    const QJsonObject object =
-        QJsonDocument::fromJson(QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())))
-            .object();
+    Fields fields{Parse(text).object()};
     AnswerLine answer;
-    std::int64_t window = 0;
-    if (TakeNumber(object, "window", window)) {
-        answer.Window = static_cast<std::uint64_t>(window);
-    }
-    if (!TakeNumber(object, "result", answer.Result)) {
-        answer.Result = 0;
-    }
-    answer.Refusal = object.value(QLatin1String("error")).toString().toStdString();
+    answer.Window = static_cast<std::uint64_t>(fields.TakeNumber("window"));
+    answer.Result = fields.TakeNumber("result");
     return answer;
 }
 

@@ -38,7 +38,7 @@ std::optional<WindowLine> ReadLine(std::string_view text, std::string& reason);
 struct AnswerLine {
     std::uint64_t Window = 0;  // of a question
     std::int64_t Result = 0;   // of a message
-    std::string Refusal;       // not empty: the message was refused
+    std::string Refusal;       // not empty: the message is refused
 };
 std::string WriteAnswer(const AnswerLine& answer, WindowLine::Kind kind);
 // Programs may answer anything; what is not there, or makes no sense, is 0.

@@ -33,12 +33,7 @@ class SizeWatcher : public QObject {
 }  // namespace
 
 WindowObject::WindowObject(const WindowInit& init)
-    : className_(init.ClassName),
-      text_(init.Text),
-      id_(init.Id),
-      style_(init.Style),
-      extendedStyle_(init.ExtendedStyle),
-      child_(init.Child) {
+    : className_(init.ClassName), text_(init.Text), id_(init.Id), style_(init.Style), child_(init.Child) {
     if (init.Parent != nullptr) {
         parent_ = init.Parent->weak_from_this();
     }

@@ -30,7 +30,6 @@ struct WindowInit {
     std::u16string Text;             // caption or contents
     int Id = 0;                      // control identifier; 0xFFFF for one that is never asked for
     DWORD Style = 0;
-    DWORD ExtendedStyle = 0;
     QRect Place;        // pixels: in Parent's client area for a child, on the screen otherwise
     WORD Resource = 0;  // icon that a static control shows, or 0
 };
@@ -99,7 +98,7 @@ class WindowObject : public std::enable_shared_from_this<WindowObject> {
     QWidget* client_ = nullptr;
     std::u16string className_, text_;
     int id_;
-    DWORD style_, extendedStyle_;
+    DWORD style_;
     bool child_;
     bool going_ = false, gone_ = false;
 };

@@ -35,6 +35,9 @@ HWND RemoteHandle(const RemoteWindow& window);
 bool FindRemoteWindow(HWND handle, RemoteWindow& window);
 
 // Class names compare without regard to the case of ASCII letters.
+inline char16_t LowerCase(char16_t character) {
+    return character >= u'A' && character <= u'Z' ? static_cast<char16_t>(character + 32) : character;
+}
 bool SameClass(std::u16string_view left, std::u16string_view right);
 
 }  // namespace layer

@@ -4,9 +4,19 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/windows/folder_lock.h"
+#include "platform/linux/kernel/posix.h"
 
 namespace layer {
+
+// The lock that the programs of one terminal share while they look at, and change, who is there. Waits 5 s at
+// most: a program that is stopped while it holds the lock must not stop all others.
+class FolderLock {
+  public:
+    FolderLock();
+
+  private:
+    Descriptor file_;
+};
 
 // A program that looks for a window and, finding none, makes it itself, means to be the only one. While such
 // a window is being made this holds the folder's lock, after another look; Granted says whether it is still

@@ -1,6 +1,6 @@
-#include <algorithm>
+#include "tests/support/manual_clock.h"
 
-#include "platform/linux/kernel/clock.h"
+#include <algorithm>
 
 namespace layer {
 
