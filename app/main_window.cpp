@@ -4,6 +4,7 @@
 
 #include "app/about_box.h"
 #include "app/apply_settings.h"
+#include "app/requests.h"
 #include "app/settings_window.h"
 #include "app/shell_cleanup.h"
 #include "app/tray_menu.h"
@@ -135,6 +136,10 @@ void OnCommand(HWND window, UINT id) {
 LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (HandleTriggerMessage(message)) {
         return 0;
+    }
+    LRESULT answer = 0;
+    if (HandleRequest(window, message, wParam, lParam, answer)) {
+        return answer;
     }
     switch (message) {
         case WM_CREATE:

@@ -82,6 +82,10 @@ void ApplySettings(HWND window) {
         ReportError(ErrorSaveSettings);
         return;
     }
+    SendSettings(window);
+}
+
+void SendSettings(HWND window) {
     if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
         DestroyWindow(sheet);
     }

@@ -63,9 +63,22 @@ void Type(const OutputLine& line, const LineOptions& options, bool endTransfer) 
     }
 }
 
+// A scan on its way. Who compares the two counts knows whether one is, and whether he has seen all.
+class Delivery {
+  public:
+    Delivery() {
+        ShellState.LastScanTick = GetTickCount();
+        ShellState.ScansBegun.Add(1);
+    }
+    ~Delivery() { ShellState.ScansDelivered.Add(1); }
+    Delivery(const Delivery&) = delete;
+    Delivery& operator=(const Delivery&) = delete;
+};
+
 }  // namespace
 
 void DeliverScan(ReaderFamily family, const ScanData& scan) {
+    const Delivery delivery;
     const WORD output = DigitOf(general::DataOutput);
     if (WantsRecord(output)) {
         DecodeRecord record;
@@ -84,6 +97,7 @@ void DeliverScan(ReaderFamily family, const ScanData& scan) {
 }
 
 void DeliverScan(const RfidScanData& scan) {
+    const Delivery delivery;
     const WORD output = DigitOf(general::DataOutput);
     if (WantsRecord(output)) {
         DecodeRecord record;

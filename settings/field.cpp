@@ -1,5 +1,7 @@
 #include "settings/field.h"
 
+#include "settings/general_fields.h"
+
 namespace {
 
 Relaxed<WORD>* WordIn(SymbologyBlock& symbology, GeneralBlock& general, const Setting& setting,
@@ -58,6 +60,11 @@ void GetText(const Setting& setting, std::span<WCHAR> to) {
         }
     }
     to[length] = 0;
+}
+
+void EndTexts() {
+    for (const Setting* text : {&general::PrefixCode, &general::SuffixCode})
+        WordOf(*text, FittedReader())[TextWords - 1] = 0;
 }
 
 void SetText(const Setting& setting, std::span<const WCHAR> text) {

@@ -121,5 +121,7 @@ WORD DigitOf(const Setting& setting);
 
 // Copies a text field with its ending zero, cut to what `to` holds. An empty `to` gets nothing.
 void GetText(const Setting& setting, std::span<WCHAR> to);
+// Ends the texts of a record that came from outside inside their words.
+void EndTexts();
 // Stores a text up to its zero, at most 10 characters, and ends it; the words behind it are left alone.
 void SetText(const Setting& setting, std::span<const WCHAR> text);

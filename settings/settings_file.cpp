@@ -52,10 +52,6 @@ void PutBlock(FileImage& image, std::size_t offset, const Block& block) {
     }
 }
 
-void EndText(const Setting& text) {
-    WordOf(text, FittedReader())[TextWords - 1] = 0;
-}
-
 bool ReadImage(FileImage& image) {
     const HANDLE file = OpenSettingsFile(0);
     if (!file)
@@ -85,8 +81,7 @@ int LoadSettings() {
     DeviceFlags = WordAt(image, FlagsAt);
     TakeBlock(image, SymbologyAt, SymbologySettings);
     TakeBlock(image, GeneralAt, GeneralSettings);
-    EndText(general::PrefixCode);
-    EndText(general::SuffixCode);
+    EndTexts();
     if (Value(general::RfidReadDuration) == 0)
         SetValue(general::RfidReadDuration, DefaultReadDuration);
 

@@ -15,6 +15,8 @@ class Relaxed {
         return *this;
     }
     operator T() const { return value_.load(std::memory_order_relaxed); }
+    // Adds to a count that several threads count in.
+    void Add(T value) { value_.fetch_add(value, std::memory_order_relaxed); }
     // Stores a value and returns the one it replaces, so that of two threads only one gets a handle to close.
     T Exchange(T value) { return value_.exchange(value, std::memory_order_acq_rel); }
 

@@ -62,6 +62,9 @@ struct ShellRecord {
     Relaxed<BYTE> LaserHold;         // the laser's aiming beam was switched on and decoding has not started
     DWORD UpgradeKeyArmed;           // the first key of the upgrade sequence was seen
 
+    Relaxed<DWORD> ScansBegun, ScansDelivered;  // since the start
+    Relaxed<DWORD> LastScanTick;                // when the last of them began
+
     Relaxed<DWORD> Applying;  // the apply thread runs; openings of the settings and reader switches wait
     Relaxed<DWORD> SettingsApplied;  // the reader holds what the record says, until a sheet opens
     DWORD UpgradeActive;             // the firmware upgrade runs: the sheet that owns it stays

@@ -6,19 +6,25 @@
 
 #include "platform/program.h"
 #include "tools/arguments.h"
+#include "tools/status.h"
 
 namespace {
 
 constexpr const char* Usage =
     "usage: vantrel-watch [--event | --messages] [--count N] [--timeout SECONDS]\n"
+    "       vantrel-watch --status\n"
     "  --event     take the records from the message queue when the event is set (default)\n"
     "  --messages  take the records from the window messages\n"
+    "  --status    print the running program's state as JSON\n"
     "  --count     end after N scans\n"
     "  --timeout   give up with exit code 1 when no scan comes for that long\n";
 
 }  // namespace
 
 int main(int count, char** arguments) {
+    if (count == 2 && std::string_view(arguments[1]) == "--status") {
+        layer::EndProgram(PrintStatus());
+    }
     WatchOptions options;
     bool messages = false;
     for (int at = 1; at < count; ++at) {
