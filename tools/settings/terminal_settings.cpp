@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/windows/folder_lock.h"
+#include "platform/linux/windows/find_window.h"
 #include "platform/window.h"
 #include "settings/settings_change.h"
 #include "settings/settings_file.h"
