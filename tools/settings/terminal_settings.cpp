@@ -113,8 +113,6 @@ std::string LoadTerminal() {
 std::string ChangeTerminal(const std::function<bool()>& change) {
     // While the lock is held no program can start, and one that has begun to is found.
     std::optional<layer::FolderLock> lock(std::in_place);
-    if (!lock->Held())
-        return "another program holds the terminal's lock";
     const HWND running = FindWindowW(WindowClassName, WindowTitle);
     if (running != nullptr)
         lock.reset();
