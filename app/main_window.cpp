@@ -11,6 +11,7 @@
 #include "app/trigger.h"
 #include "link/barcode_receiver.h"
 #include "link/read_control.h"
+#include "link/read_timers.h"
 #include "platform/shell.h"
 #include "resources/resource.h"
 #include "shell/error_messages.h"
@@ -72,8 +73,8 @@ void ToggleRfidReader() {
 // The settings were asked for while the apply thread had the reader's port; they open when it has ended.
 bool OpenSettingsWaits = false;
 
-// While settings are applied both readers are off and their items unmarked: choosing one means to have it on, and
-// that is what the apply thread does with every reader whose item can be chosen.
+// While settings are applied both readers are off and their items unmarked: choosing one means to have it on,
+// and that is what the apply thread does with every reader whose item can be chosen.
 void SwitchReader(UINT id) {
     if (ShellState.Applying) {
         return;
@@ -147,7 +148,9 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
             return 0;
         case WM_TIMER:
             KillTimer(window, LOWORD(wParam));
-            HandleTimer(LOWORD(wParam));
+            if (const DWORD result = HandleTimer(LOWORD(wParam)); result != Success) {
+                ReportError(result);
+            }
             return 0;
         case WM_OPENSETTINGS:
             if (ShellState.Applying) {

@@ -1,7 +1,6 @@
 #include "app/trigger.h"
 
 #include "app/main_window.h"
-#include "link/packet_receiver.h"
 #include "link/read_control.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
@@ -49,14 +48,6 @@ void HandleTrigger(bool pressed) {
     }
 }
 
-void EndAiming() {
-    ShellState.LaserHold = 0;
-    const DWORD result = LaserAim(1, 0);
-    if (result != Success) {
-        ReportError(result);
-    }
-}
-
 }  // namespace
 
 bool HandleTriggerMessage(UINT message) {
@@ -73,32 +64,4 @@ bool HandleTriggerMessage(UINT message) {
         return true;
     }
     return false;
-}
-
-void HandleTimer(UINT_PTR id) {
-    switch (id) {
-        case IDT_READER_READY:
-            ShellState.ReaderReady = 1;
-            break;
-        case IDT_RFID_READ:
-            CloseRfidChannel();
-            break;
-        case IDT_AIM_DURATION:
-            EndAiming();
-            break;
-        case IDT_DELIVERY_BUSY:
-            ShellState.TransferBusy = 0;
-            break;
-        case IDT_UPGRADE_KEY:
-            ShellState.UpgradeKeyArmed = 0;
-            break;
-        case IDT_LASER_HOLD:
-            ShellState.LaserHold = 0;
-            break;
-        case IDT_CONTINUATION:
-            ContinuationOverdue();
-            break;
-        default:
-            break;
-    }
 }

@@ -8,13 +8,14 @@
 #include <QTimer>
 #include <map>
 
-#include "app/trigger.h"
 #include "firmware/upgrade.h"
+#include "link/read_timers.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"
 #include "resources/resource.h"
 #include "settings/defaults.h"
+#include "shell/error_messages.h"
 #include "shell/shell_state.h"
 #include "ui/settings_sheet.h"
 
@@ -33,7 +34,7 @@ LRESULT CALLBACK TestMainProc(HWND window, UINT message, WPARAM wParam, LPARAM l
     switch (message) {
         case WM_TIMER:
             KillTimer(window, LOWORD(wParam));
-            HandleTimer(LOWORD(wParam));
+            EXPECT_EQ(HandleTimer(LOWORD(wParam)), Success);
             return 0;
         case WM_CLOSE:
         case WM_APPLYSETTINGS:

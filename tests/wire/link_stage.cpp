@@ -1,7 +1,6 @@
 #include "tests/wire/link_stage.h"
 
-#include "link/read_control.h"
-#include "shell/shell_state.h"
+#include "link/read_timers.h"
 
 LinkStage::LinkStage(Conversation::Complaint complain) : WireStage(std::move(complain)), timers_(clock_) {}
 
@@ -11,14 +10,8 @@ DWORD LinkStage::CallByName(const Words& words) {
 }
 
 void LinkStage::RunMainWindow() {
-    for (const UINT_PTR id : timers_.TakeFired()) {
-        if (id == IDT_RFID_READ)
-            CloseRfidChannel();
-        if (id == IDT_AIM_DURATION) {
-            ShellState.LaserHold = 0;
-            result_ = LaserAim(1, 0);
-        }
-    }
+    for (const UINT_PTR id : timers_.TakeFired())
+        result_ = HandleTimer(id);
 }
 
 void LinkStage::Expect(const Words& words, int line) {

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <utility>
 
-#include "link/packet_receiver.h"
+#include "link/read_timers.h"
 #include "platform/sound.h"
 #include "shell/shell_state.h"
 
@@ -14,24 +14,9 @@ namespace {
 std::atomic<TimerDouble*> current{nullptr};
 std::atomic<int> soundsStopped{0};
 
-// What the main window does at once; false for what waits itself.
-bool ActAtOnce(UINT_PTR id) {
-    switch (id) {
-        case IDT_READER_READY:
-            ShellState.ReaderReady = 1;
-            return true;
-        case IDT_DELIVERY_BUSY:
-            ShellState.TransferBusy = 0;
-            return true;
-        case IDT_LASER_HOLD:
-            ShellState.LaserHold = 0;
-            return true;
-        case IDT_CONTINUATION:
-            ContinuationOverdue();
-            return true;
-        default:
-            return false;
-    }
+// What talks to a port takes time, and is done outside the clock.
+bool TakesTime(UINT_PTR id) {
+    return id == IDT_RFID_READ || id == IDT_AIM_DURATION;
 }
 
 }  // namespace
@@ -88,8 +73,10 @@ void TimerDouble::RunDue(std::uint64_t now) {
             running_.erase(id);
     }
     for (const UINT_PTR id : due) {
-        if (ActAtOnce(id))
+        if (!TakesTime(id)) {
+            static_cast<void>(HandleTimer(id));
             continue;
+        }
         const std::lock_guard lock(mutex_);
         fired_.push_back(id);
     }
