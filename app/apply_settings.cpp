@@ -32,6 +32,7 @@ DWORD WINAPI ApplySettingsThread(LPVOID) {
     while (!ShellState.ReaderReady) {
         Sleep(10);
     }
+    AwaitPausedReceiver();
     const bool downloaded = DownloadSettings();
     SetCursor(previous);
     if (!downloaded) {

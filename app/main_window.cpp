@@ -45,7 +45,7 @@ void OnShowError(HWND window, DWORD code) {
 void ToggleBarcodeReader() {
     if (ShellState.BarcodeEnabled) {
         ShellState.BarcodeEnabled = 0;
-        SuspendThread(ShellState.BarcodeThread);
+        PauseBarcodeReceiver();
     } else {
         ShellState.BarcodeEnabled = 1;
         ResumeBarcodeReceiver();

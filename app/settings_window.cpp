@@ -2,6 +2,7 @@
 
 #include "app/apply_settings.h"
 #include "app/main_window.h"
+#include "link/barcode_receiver.h"
 #include "link/read_control.h"
 #include "settings/settings_file.h"
 #include "shell/error_messages.h"
@@ -36,7 +37,7 @@ bool SwitchReadersOff() {
         ShellState.RfidReadActive = 0;
         ShellState.BarcodeReadActive = 0;
         if (ShellState.BarcodeEnabled) {
-            SuspendThread(ShellState.BarcodeThread);
+            PauseBarcodeReceiver();
             if (!StopBarcodeRead()) {
                 return false;
             }
@@ -64,7 +65,7 @@ void OpenSettings(HWND window) {
     ShellState.RfidReadActive = 0;
     ShellState.BarcodeReadActive = 0;
     if (ShellState.BarcodeEnabled) {
-        SuspendThread(ShellState.BarcodeThread);
+        PauseBarcodeReceiver();
     }
     if (ShellState.RfidPort) {
         CloseRfidChannel();

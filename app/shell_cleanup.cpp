@@ -1,6 +1,8 @@
 #include "app/shell_cleanup.h"
 
 #include "app/tray_menu.h"
+#include "link/barcode_receiver.h"
+#include "link/rfid_channel.h"
 #include "link/serial_ports.h"
 #include "platform/message_queue.h"
 #include "platform/serial.h"
@@ -46,6 +48,8 @@ void DestroyWindows() {
 
 void ShellCleanup() {
     ShellState.Closing = 1;
+    EndBarcodeReceiver();
+    EndRfidReading();
     ReleaseReceiver(ShellState.BarcodePort, ShellState.BarcodeThread);
     ReleaseReceiver(ShellState.RfidPort, ShellState.RfidThread);
     ClosePort(ShellState.BarcodePort, ShellState.BarcodeEnabled);

@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 
 #include "link/command_exchange.h"
 #include "link/message_handlers.h"
 #include "link/packet_message.h"
 #include "link/readers/barcode_reader.h"
+#include "link/reading.h"
 #include "link/serial_ports.h"
 #include "link/ssi_packet.h"
+#include "link/turn.h"
 #include "settings/record.h"
 #include "shell/shell_state.h"
 
@@ -16,6 +19,48 @@ namespace {
 
 constexpr DWORD ReadSize = 4096;
 constexpr DWORD WaitPause = 10;  // a wait that keeps failing must not keep the processor busy
+constexpr DWORD PollStep = 10;
+constexpr DWORD LongestPortUse = 2000;
+
+// The number of the reading: odd while the reader is on, even while it is off. Only one thread at a time
+// switches the reader.
+std::atomic<DWORD> Reading{1};
+thread_local DWORD MyReading = 0;
+
+// The number of the thread that was created last.
+std::atomic<DWORD> LastReceiver{0};
+
+// The thread waits for bytes, reads or answers. Set before it looks at the reading, so that whoever has ended
+// the reading and finds this false has the port for himself.
+std::atomic<bool> PortInUse{false};
+
+// Where a paused thread waits; made by the first one, never closed, null when the platform has no room for
+// it.
+HANDLE Gate() {
+    static const HANDLE gate = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    return gate;
+}
+
+bool MayRun(DWORD receiver) {
+    return ShellState.BarcodeThreadRun && (receiver == 0 || receiver == LastReceiver);
+}
+
+// Waits until the reader is on; false when the thread is to end.
+bool PassGate(DWORD receiver) {
+    for (;;) {
+        MyReading = Reading;
+        if (!MayRun(receiver)) {
+            EventModify(Gate(), EVENT_SET);  // it may have been meant for the thread that came after
+            return false;
+        }
+        if (MyReading & 1) {
+            return true;
+        }
+        if (WaitForSingleObject(Gate(), INFINITE) != WAIT_OBJECT_0) {
+            Sleep(WaitPause);
+        }
+    }
+}
 
 // The bytes of one read, behind what the read before left of a packet.
 struct ReceiveBuffer {
@@ -23,8 +68,18 @@ struct ReceiveBuffer {
     DWORD Kept = 0;
 };
 
+class PortUse {
+  public:
+    PortUse() { PortInUse = true; }
+    ~PortUse() { PortInUse = false; }
+};
+
 // One event: reads what is there and handles it. False on a break.
 bool ReceiveOnce(HANDLE port, ReceiveBuffer& buffer, PacketMessage& message) {
+    const PortUse use;
+    if (!ReadingLasts()) {
+        return true;
+    }
     DWORD events = 0;
     if (!WaitCommEvent(port, &events, nullptr)) {
         Sleep(WaitPause);
@@ -33,7 +88,7 @@ bool ReceiveOnce(HANDLE port, ReceiveBuffer& buffer, PacketMessage& message) {
     if (events & EV_BREAK) {
         return false;
     }
-    if ((events & EV_RXCHAR) == 0) {
+    if ((events & EV_RXCHAR) == 0 || !ReadingLasts()) {
         return true;  // woken by a change of the mask
     }
     const DWORD kept = buffer.Kept;
@@ -52,14 +107,53 @@ bool ReceiveOnce(HANDLE port, ReceiveBuffer& buffer, PacketMessage& message) {
     return true;
 }
 
+void Receive(DWORD receiver) {
+    const HANDLE port = ShellState.BarcodePort;
+    PurgeComm(port, PURGE_RXCLEAR);
+    if (!SetCommMask(port, ReceiveEvents)) {
+        return;
+    }
+    ReceiveBuffer buffer;
+    PacketMessage message;
+    if (receiver > 1) {
+        message.Lost = LostPart::Possible;  // of the thread before
+    }
+    bool unbroken = true;
+    while (unbroken && PassGate(receiver)) {
+        while (unbroken && ReadingLasts() && MayRun(receiver)) {
+            unbroken = ReceiveOnce(port, buffer, message);
+        }
+        DropPart(message);
+        buffer.Kept = 0;
+    }
+    PurgeComm(port, PURGE_RXABORT | PURGE_RXCLEAR);
+}
+
+int CreateReceiver() {
+    if (Gate() == nullptr) {
+        return 0;
+    }
+    ShellState.BarcodeThreadRun = 1;
+    const DWORD receiver = ++LastReceiver;
+    HANDLE thread = CreateThread(nullptr, 0, BarcodeReceiveThread,
+                                 reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(receiver)), 0, nullptr);
+    if (thread == nullptr) {
+        return 0;
+    }
+    ShellState.BarcodeThread = thread;
+    return 1;
+}
+
 }  // namespace
 
 void HandOver(PacketMessage& message) {
-    if (ReceiveHandlers.Barcode) {
-        ReceiveHandlers.Barcode(message.Bytes.data(), message.Length);
-    } else {
+    PortInUse = false;
+    if (!ReceiveHandlers.Barcode) {
         ShellState.TransferBusy = 0;
+    } else if (ReadingLasts()) {
+        ReceiveHandlers.Barcode(message.Bytes.data(), message.Length);
     }
+    PortInUse = true;
     ClearMessage(message);
 }
 
@@ -75,32 +169,61 @@ int StartBarcodeReceiver(WORD deviceMask) {
     if ((deviceMask & DeviceBarcodeMask) == 0) {
         return 1;
     }
-    ShellState.BarcodeThreadRun = 1;
-    HANDLE thread = CreateThread(nullptr, 0, BarcodeReceiveThread, nullptr, CREATE_SUSPENDED, nullptr);
-    if (thread == nullptr) {
-        return 0;
+    PauseBarcodeReceiver();
+    return CreateReceiver();
+}
+
+int RenewBarcodeReceiver() {
+    const HANDLE thread = ShellState.BarcodeThread;
+    if (thread == nullptr || WaitForSingleObject(thread, 0) != WAIT_OBJECT_0) {
+        return 1;
     }
-    ShellState.BarcodeThread = thread;
-    return 1;
+    static Turn renewing;
+    if (!renewing.TryTake()) {
+        return 1;  // another thread has found it ended
+    }
+    const int created = CreateReceiver();
+    if (created) {
+        CloseHandle(thread);
+    }
+    renewing.Give();
+    return created;
+}
+
+void PauseBarcodeReceiver() {
+    Reading += Reading & 1;
+    FinishReadingStep();
+    SetCommMask(ShellState.BarcodePort, ReceiveEvents);  // wakes the thread
+}
+
+void EndBarcodeReceiver() {
+    PauseBarcodeReceiver();
+    ShellState.BarcodeThreadRun = 0;
+    EventModify(Gate(), EVENT_SET);
+}
+
+void AwaitPausedReceiver() {
+    for (DWORD waited = 0; PortInUse && waited < LongestPortUse; waited += PollStep) {
+        // It may have been about to wait when it was woken before.
+        SetCommMask(ShellState.BarcodePort, ReceiveEvents);
+        Sleep(PollStep);
+    }
 }
 
 void ResumeBarcodeReceiver() {
-    if (!ShellState.TransferBusy) {
-        PurgeComm(ShellState.BarcodePort, PURGE_RXCLEAR);
-    }
-    ResumeThread(ShellState.BarcodeThread);
+    RenewBarcodeReceiver();
+    KillTimer(ShellState.MainWindow, IDT_CONTINUATION);
+    KillTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY);
+    PurgeComm(ShellState.BarcodePort, PURGE_RXCLEAR);
+    SetCommMask(ShellState.BarcodePort, ReceiveEvents);  // forgets a break of then
+    ShellState.TransferBusy = 0;
+    Reading += 1 + (Reading & 1);
+    EventModify(Gate(), EVENT_SET);
 }
 
-DWORD WINAPI BarcodeReceiveThread(LPVOID) {
-    const HANDLE port = ShellState.BarcodePort;
-    PurgeComm(port, PURGE_RXCLEAR);
-    if (!SetCommMask(port, ReceiveEvents)) {
-        return 0;
-    }
-    ReceiveBuffer buffer;
-    PacketMessage message;
-    while (ShellState.BarcodeThreadRun && ReceiveOnce(port, buffer, message)) {
-    }
-    PurgeComm(port, PURGE_RXABORT | PURGE_RXCLEAR);
+DWORD WINAPI BarcodeReceiveThread(LPVOID number) {
+    JoinReading([] { return MyReading == Reading; });
+    Receive(static_cast<DWORD>(reinterpret_cast<UINT_PTR>(number)));
+    JoinReading(nullptr);
     return 0;
 }

@@ -6,17 +6,33 @@
 #include "link/packet_message.h"
 #include "platform/kernel.h"
 
-// Creates the thread, suspended, when the mask has a barcode reader; ShellState.BarcodeThread holds it. 1,
-// also without a barcode reader; 0 when the thread cannot be created.
+// Creates the thread, paused, when the mask has a barcode reader; ShellState.BarcodeThread holds it. 1, also
+// without a barcode reader; 0 when the thread cannot be created. Start-up.
 int StartBarcodeReceiver(WORD deviceMask);
 
-// Lets the thread run when its reader is switched on. What the port collected while it was off is thrown
-// away: a scan of then would be typed into whatever is in front now.
+// The reader is switched off: from the return on, nothing more of what the thread has in hand is typed,
+// recorded, sounded or broadcast. The thread pauses before it reads from the port again; it may still be
+// ending an acknowledgement or a call of another program. Main thread; never waits for the thread.
+void PauseBarcodeReceiver();
+
+// Waits until a paused thread leaves the port alone, 2 s at most: replies that arrive later are the caller's.
+// Not on the main thread, which the receive thread may need to get there.
+void AwaitPausedReceiver();
+
+// The reader is switched on, by any thread. What the port collected while it was off is thrown away: a scan
+// of then would be typed into whatever is in front now.
 void ResumeBarcodeReceiver();
 
+// Starts the thread anew when it has ended; a break ends it. 0 when it cannot be created, else 1. Any thread.
+int RenewBarcodeReceiver();
+
+// The end of the program: pauses the thread for good and lets it end by itself. Main thread.
+void EndBarcodeReceiver();
+
 // The thread's procedure; returns 0 on a break, on an event mask that cannot be set, or once
-// ShellState.BarcodeThreadRun is cleared and its wait ends. May be run on any thread.
-DWORD WINAPI BarcodeReceiveThread(LPVOID);
+// ShellState.BarcodeThreadRun is cleared and its wait ends. The argument is the number of the thread, which
+// ends when another one has been created since; null: none. May be run on any thread.
+DWORD WINAPI BarcodeReceiveThread(LPVOID number);
 
 // How one read of the port becomes messages, which are handed over. `filled`: the read filled its buffer, so
 // that its end may be the beginning of a packet that goes on in the next one. Returns how many bytes at the

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "link/command_exchange.h"
+#include "link/reading.h"
 #include "link/ssi_packet.h"
 #include "shell/shell_state.h"
 
@@ -44,7 +45,11 @@ void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packe
         LeaveToResend(message, packet[3]);
         return;
     }
-    switch (AddPacket(message, packet, GetTickCount())) {
+    const PacketStep step = AddPacket(message, packet, GetTickCount());
+    if (!ReadingLasts()) {
+        return;  // the reader was switched off meanwhile
+    }
+    switch (step) {
         case PacketStep::More:
             AwaitingContinuation = 1;
             if (!SetTimer(ShellState.MainWindow, IDT_CONTINUATION, ContinuationTimeout, nullptr)) {
@@ -67,7 +72,7 @@ void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packe
 }  // namespace
 
 DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled) {
-    while (!bytes.empty()) {
+    while (!bytes.empty() && ReadingLasts()) {
         const SsiPiece piece = NextSsiPacket(bytes);
         const auto broken = BrokenDecodeStatus(piece.Bytes);
         switch (piece.Finding) {

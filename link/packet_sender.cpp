@@ -1,15 +1,24 @@
 #include "link/packet_sender.h"
 
-#include <mutex>
-
 #include "link/serial_ports.h"
 #include "link/ssi_packet.h"
+#include "link/turn.h"
 
 namespace {
 
-// The one lock of the reader link. Nothing is called under it but the port and Sleep, so a turn lasts a few
-// hundred milliseconds at most.
-std::mutex SendersTurn;
+// Nothing is called in it but the port and Sleep, so a turn lasts a few hundred milliseconds. Whoever has
+// waited longer sends all the same.
+constexpr DWORD LongestTurn = 2000;
+Turn SendersTurn;
+
+int SendInTurn(HANDLE port, const SsiFrame& frame, std::size_t size) {
+    SetRts(port, true);
+    if (!WriteWithRetries(port, frame.data(), static_cast<DWORD>(size))) {
+        return 0;
+    }
+    SetRts(port, false);
+    return 1;
+}
 
 }  // namespace
 
@@ -19,11 +28,10 @@ int SendPacket(HANDLE port, std::span<const BYTE> packet) {
     if (size == 0) {
         return 0;
     }
-    const std::lock_guard turn(SendersTurn);
-    SetRts(port, true);
-    if (!WriteWithRetries(port, frame.data(), static_cast<DWORD>(size))) {
-        return 0;
+    const bool mine = SendersTurn.Take(LongestTurn);
+    const int result = SendInTurn(port, frame, size);
+    if (mine) {
+        SendersTurn.Give();
     }
-    SetRts(port, false);
-    return 1;
+    return result;
 }

@@ -68,7 +68,7 @@ DWORD BarcodeTrigger(int pressed) {
         StopSound();
     }
     const BarcodeReader* reader = FittedBarcodeReader();
-    if (!reader) {
+    if (!reader || (pressed && !RenewBarcodeReceiver())) {
         return ErrorSetBarcodeReader;
     }
     return pressed ? reader->Press() : reader->Release();

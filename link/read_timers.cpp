@@ -11,7 +11,7 @@ DWORD HandleTimer(UINT_PTR id) {
             ShellState.ReaderReady = 1;
             break;
         case IDT_RFID_READ:
-            CloseRfidChannel();
+            RfidReadOverdue();
             break;
         case IDT_AIM_DURATION:
             ShellState.LaserHold = 0;

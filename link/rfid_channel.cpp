@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "link/reading.h"
 #include "link/serial_ports.h"
 #include "shell/shell_state.h"
 
@@ -27,6 +28,10 @@ bool Step(DWORD from, DWORD to) {
     return Channel.compare_exchange_strong(from, to);
 }
 
+bool OwnsChannelOfThisThread() {
+    return OwnsRfidChannel(ThreadChannel);
+}
+
 void CloseHandles() {
     if (HANDLE thread = ShellState.RfidThread.Exchange(nullptr)) {
         const HANDLE port = ShellState.RfidPort;
@@ -40,12 +45,27 @@ void CloseHandles() {
 
 }  // namespace
 
-DWORD CloseRfidChannel() {
+void EndRfidReading() {
     // A channel that its thread is closing is left to it; the handles that are still there are taken by only
     // one of the two.
     DWORD state = Channel;
     while ((state & PhaseMask) != ClosingByThread && !Channel.compare_exchange_weak(state, Idle)) {
     }
+    FinishReadingStep();
+}
+
+void RfidReadOverdue() {
+    DWORD state = Channel;
+    while ((state & PhaseMask) <= Reading) {
+        if (Channel.compare_exchange_weak(state, Idle)) {
+            CloseRfidChannel();
+            return;
+        }
+    }
+}
+
+DWORD CloseRfidChannel() {
+    EndRfidReading();
     CloseHandles();
     KillTimer(ShellState.MainWindow, IDT_RFID_READ);
     Sleep(SettleTime);
@@ -73,6 +93,7 @@ DWORD BeginRfidChannel() {
 
 void JoinRfidChannel(DWORD channel) {
     ThreadChannel = channel;
+    JoinReading(channel != 0 ? OwnsChannelOfThisThread : nullptr);
 }
 
 bool OwnsRfidChannel(DWORD channel) {

@@ -9,6 +9,12 @@
 // Takes 50 ms, 150 ms with a thread. Main thread.
 DWORD CloseRfidChannel();
 
+// The reader is switched off: from the return on, nothing more of a tag that is being handed over is typed,
+// recorded, sounded or broadcast. CloseRfidChannel begins with it. Main thread.
+void EndRfidReading();
+// IDT_RFID_READ has fired: closes the channel, unless its line has come just before. Main thread.
+void RfidReadOverdue();
+
 // Whether a channel is open, handing over or still being closed by its thread: no new read may start yet.
 // Main thread. A read that was started but is no longer in use has ended already.
 bool RfidChannelInUse();

@@ -80,15 +80,18 @@ bool StartRfidReceiver(WORD deviceMask) {
     SetCommMask(ShellState.RfidPort, EV_BREAK);
     ShellState.RfidThreadRun = 1;
     const DWORD channel = BeginRfidChannel();
-    // The thread may end before its handle is stored; suspended, it cannot.
-    HANDLE thread =
-        CreateThread(nullptr, 0, RfidReceiveThread, reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(channel)),
-                     CREATE_SUSPENDED, nullptr);
+    HANDLE thread = CreateThread(nullptr, 0, RfidReceiveThread,
+                                 reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(channel)), 0, nullptr);
     if (thread == nullptr) {
         return false;
     }
     ShellState.RfidThread = thread;
-    ResumeThread(thread);
+    // The thread may have ended its channel before its handle was stored.
+    if (!RfidChannelReading()) {
+        if (const HANDLE ended = ShellState.RfidThread.Exchange(nullptr)) {
+            CloseHandle(ended);
+        }
+    }
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "link/read_control.h"
 #include "link/readers/barcode_reader.h"
+#include "link/reading.h"
 #include "scan/delivery.h"
 #include "scan/read_feedback.h"
 #include "settings/all_fields.h"
@@ -14,6 +15,10 @@ constexpr BYTE Ean128Letter = 'U';
 // The 1D reader decodes EAN-128 whatever it is told. A label of a switched-off kind must not end the read
 // that the user is holding the trigger for, so it is started anew.
 void RestartRead() {
+    const ReadingStep step;
+    if (!step) {
+        return;
+    }
     BarcodeTrigger(0);
     if (ShellState.TriggerReleased == 0) {
         BarcodeTrigger(1);
@@ -34,13 +39,17 @@ int Handle1DMessage(std::span<const BYTE> message) {
             DropCodeIdentifier(scan);
         }
     }
-    GiveReadFeedback();
+    if (!GiveReadFeedback()) {
+        return 0;
+    }
     DeliverScan(ReaderFamily::Decoder1D, scan);
     return 1;
 }
 
 int HandlePacketMessage(std::span<const BYTE> message) {
-    GiveReadFeedback();
+    if (!GiveReadFeedback()) {
+        return 0;
+    }
     ScanData scan;
     ParsePacketMessage(message, scan);
     DeliverScan(ReaderFamily::Packet, scan);

@@ -19,6 +19,7 @@ void DropCodeIdentifier(ScanData& scan);
 void ParsePacketMessage(std::span<const BYTE> message, ScanData& scan);
 
 // One complete message of the barcode reader: checks it, gives the read feedback and delivers the scan. 1
-// when the scan was delivered, 0 when the message was dropped, without any sign to the user. Barcode receive
+// when the scan was delivered, 0 when the message was dropped, without any sign to the user, also because the
+// reader has been switched off. Barcode receive
 // thread; returns when the delivery is over.
 int HandleBarcodeData(const BYTE* message, DWORD length);

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "link/reading.h"
 #include "platform/window.h"
 #include "scan/composition.h"
 #include "scan/record_channels.h"
@@ -50,10 +51,9 @@ void Send(const DecodeRecord& record, WORD output) {
 // the time to take the keys.
 void Type(const OutputLine& line, const LineOptions& options, bool endTransfer) {
     const TypingTurn turn;
-    if (options.TabBefore()) {
-        PressTab();
+    if (!turn || (options.TabBefore() && !PressTab()) || !TypeBytes(line.Used())) {
+        return;
     }
-    TypeBytes(line.Used());
     if (endTransfer &&
         !SetTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY, BusyPerByte * line.Count, nullptr)) {
         ShellState.TransferBusy = 0;  // nobody else would free the trigger
@@ -86,7 +86,9 @@ void DeliverScan(ReaderFamily family, const ScanData& scan) {
         Send(record, output);
     }
     if ((output & OutputKeyboard) == 0) {
-        ShellState.TransferBusy = 0;
+        if (ReadingLasts()) {
+            ShellState.TransferBusy = 0;
+        }
         return;
     }
     LineOptions options;

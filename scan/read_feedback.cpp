@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "link/reading.h"
 #include "platform/sound.h"
 #include "platform/text.h"
 #include "settings/all_fields.h"
@@ -52,11 +53,16 @@ DWORD WINAPI VibratorStopThread(LPVOID) {
     return static_cast<DWORD>(SwitchVibrator(0));
 }
 
-void GiveReadFeedback() {
+bool GiveReadFeedback() {
+    const ReadingStep step;
+    if (!step) {
+        return false;
+    }
     if (DigitOf(general::EnableVibrator) != 0) {
         Vibrate(1);
     }
     if (const WORD sound = DigitOf(general::GoodReadBeep); sound != 0) {
         PlayReadSound(sound);
     }
+    return true;
 }

@@ -17,5 +17,6 @@ void Vibrate(DWORD on);
 // Thread procedure: waits for the vibrate duration and switches the vibrator off. Returns the result of that.
 DWORD WINAPI VibratorStopThread(LPVOID parameter);
 
-// What a good read gives by the settings: the vibrator first, then the sound. Any thread.
-void GiveReadFeedback();
+// What a good read gives by the settings: the vibrator first, then the sound. False, and nothing is given,
+// when the reader has been switched off meanwhile. Any thread.
+bool GiveReadFeedback();

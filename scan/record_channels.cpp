@@ -1,5 +1,6 @@
 #include "scan/record_channels.h"
 
+#include "link/reading.h"
 #include "platform/message_queue.h"
 #include "platform/window.h"
 #include "shell/shell_state.h"
@@ -28,16 +29,24 @@ bool QueueRecord(const DecodeRecord& record) {
     return false;
 }
 
-}  // namespace
-
-void SendRecord(const DecodeRecord& record, bool withEvent, bool withMessages) {
-    if (!QueueRecord(record)) {
-        return;
+bool PutRecord(const DecodeRecord& record, bool withEvent) {
+    const ReadingStep step;
+    if (!step || !QueueRecord(record)) {
+        return false;
     }
     if (withEvent) {
         EventModify(ShellState.DecodeEventHandle, EVENT_SET);
     }
-    if (withMessages) {
+    return true;
+}
+
+}  // namespace
+
+void SendRecord(const DecodeRecord& record, bool withEvent, bool withMessages) {
+    if (!PutRecord(record, withEvent)) {
+        return;
+    }
+    if (withMessages && ReadingLasts()) {
         const HWND sender = ShellState.MainWindow;
         const UINT decode = ShellState.MsgDecode;
         COPYDATASTRUCT copy{};
@@ -46,6 +55,8 @@ void SendRecord(const DecodeRecord& record, bool withEvent, bool withMessages) {
         copy.lpData = const_cast<DecodeRecord*>(&record);
         SendMessageW(HWND_BROADCAST, WM_COPYDATA, reinterpret_cast<WPARAM>(sender),
                      reinterpret_cast<LPARAM>(&copy));
-        SendMessageW(HWND_BROADCAST, decode, record.source, 0);
+        if (ReadingLasts()) {
+            SendMessageW(HWND_BROADCAST, decode, record.source, 0);
+        }
     }
 }

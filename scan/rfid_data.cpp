@@ -61,7 +61,9 @@ int HandleRfidData(const char* line, DWORD) {
     }
 
     SetCursor(cursor);
-    GiveReadFeedback();
+    if (!GiveReadFeedback()) {
+        return 0;
+    }
     DeliverScan(scan);
     return 1;
 }

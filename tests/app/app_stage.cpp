@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QTest>
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <sstream>
@@ -160,11 +161,15 @@ void AppStage::AnswerWindows() {
 }
 
 std::uint64_t AppStage::NextTimer() {
-    return layer::WindowTimers().NextDue();
+    return std::min(time_, layer::WindowTimers().NextDue());
 }
 
 void AppStage::RunMainWindow() {
     layer::PumpMessages();
+    if (clock_.Now() >= time_) {
+        time_ = layer::Forever;
+        CallByName(atTime_);
+    }
 }
 
 void AppStage::Prepare(const Words& words) {
@@ -180,6 +185,9 @@ void AppStage::Prepare(const Words& words) {
         RunMainWindow();
     } else if (what == "at" && At(words, 1) == "box") {
         atBox_.assign(words.begin() + 1, words.end());
+    } else if (what == "at") {
+        atTime_.assign(words.begin() + 1, words.end());
+        time_ = clock_.Now() + ToNumber(words[1]);
     } else if (what == "go") {
         CallByName(words);
         Let(0);

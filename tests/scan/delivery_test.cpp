@@ -2,11 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <atomic>
 #include <cstring>
+#include <thread>
 
+#include "link/reading.h"
 #include "platform/keyboard.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/message_queue.h"
+#include "scan/barcode_data.h"
 #include "scan/typing.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"
@@ -226,23 +231,100 @@ TEST(Delivery, TwoReadersAtOnceLoseNothingAndNeverMix) {
     }
 }
 
-TEST(Delivery, AReaderThatIsHeldUpInItsLineStopsTheOtherFor5SecondsOnly) {
+// Whether the reading that is delivered lasts, asked before each step.
+std::function<bool()> lasts;
+
+void DeliverReading(DeliveryTerminal& terminal, std::function<bool()> whetherItLasts, const char* data) {
+    lasts = std::move(whetherItLasts);
+    terminal.OnReceiveThread([&] {
+        JoinReading([] { return lasts(); });
+        HandleBarcodeData(reinterpret_cast<const BYTE*>(data), static_cast<DWORD>(std::strlen(data)));
+    });
+}
+
+TEST(Delivery, WhatIsLeftWhenTheReaderIsSwitchedOffDoesNotHappen) {
+    DeliveryTerminal terminal(DeviceImager);
+    SetValue(general::AutoEnter, '1');
+    SetValue(general::AutoEnterCharacter, '2');
+    SetValue(general::EnableVibrator, '1');
+    // How often it is asked before the answer is no, and what has happened then.
+    const struct {
+        int Steps;
+        bool Vibrated, Recorded;
+        std::vector<std::string> Messages;
+        std::string Keys;
+    } cases[] = {
+        {0, false, false, {}, ""},
+        {1, true, false, {}, ""},
+        {2, true, true, {}, ""},
+        {3, true, true, {"copydata"}, ""},
+        {4, true, true, {"copydata", "decode 7"}, ""},
+        {6, true, true, {"copydata", "decode 7"}, "AB"},
+        {8, true, true, {"copydata", "decode 7"}, "ABc1"},
+        {10, true, true, {"copydata", "decode 7"}, "ABc1\t"},
+    };
+    SetValue(general::DataOutput, '7');
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.Steps);
+        terminal.Keys->Clear();
+        terminal.Messages.clear();
+        WriteWholeFile(terminal.Path() + "/VIBRATOR", "");
+        ShellState.TransferBusy = 1;
+        int steps = 0;
+        DeliverReading(
+            terminal, [&] { return steps++ < each.Steps; },
+            "\x01"
+            "ABc1");
+        EXPECT_EQ(ReadWholeFile(terminal.Path() + "/VIBRATOR").empty(), !each.Vibrated);
+        EXPECT_EQ(terminal.TakeRecord().empty(), !each.Recorded);
+        EXPECT_EQ(terminal.TakeEvent(), each.Recorded);
+        EXPECT_EQ(terminal.Messages, each.Messages);
+        EXPECT_EQ(terminal.Keys->Text(), each.Keys);
+        EXPECT_EQ(TakeBusyTimer(), each.Keys.size() == 5);
+        EXPECT_EQ(ShellState.TransferBusy, 1);
+    }
+    // A turn that was not over when its reader went is free.
+    DeliverReading(
+        terminal, [] { return true; },
+        "\x01"
+        "next");
+    EXPECT_EQ(terminal.Keys->Text(), "ABc1\tnext\t");
+}
+
+TEST(Delivery, AScanThatWaitsForItsTurnLeavesWhenItsReaderIsSwitchedOff) {
     layer::ManualClock clock;
     DeliveryTerminal terminal(DeviceImager, &clock);
-    std::uint64_t start = 0;
-    {
-        const TypingTurn heldUp;
-        start = clock.Now();
-        Deliver(terminal, BarcodeScan('A', "late"));
-        EXPECT_EQ(clock.Now() - start, 5000u);
-        EXPECT_EQ(terminal.Keys->Text(), "late");
-        // The late one had no turn and must not have given one back.
-        Deliver(terminal, BarcodeScan('A', "r"));
-        EXPECT_EQ(clock.Now() - start, 10000u);
+    const TypingTurn other;
+    const std::uint64_t start = clock.Now();
+    DeliverReading(
+        terminal, [&] { return clock.Now() < start + 20; },
+        "\x01"
+        "late");
+    EXPECT_EQ(clock.Now(), start + 20);
+    EXPECT_EQ(terminal.Keys->Text(), "");
+}
+
+TEST(Delivery, NoKeyComesAfterAReadingHasBeenEnded) {
+    DeliveryTerminal terminal(DeviceImager);
+    static std::atomic<bool> on;
+    for (int round = 0; round < 30; ++round) {
+        on = true;
+        terminal.Keys->Clear();
+        std::thread typist([] {
+            JoinReading([] { return on.load(); });
+            while (TypeBytes(std::array<BYTE, 4>{'A', 'b', '?', '1'})) {
+            }
+        });
+        for (int turn = 0; turn < round % 4; ++turn) {
+            std::this_thread::yield();
+        }
+        on = false;
+        FinishReadingStep();
+        const std::size_t events = terminal.Keys->Events().size();
+        typist.join();
+        EXPECT_EQ(terminal.Keys->Events().size(), events);
+        terminal.Keys->Text();  // no key is left down
     }
-    Deliver(terminal, BarcodeScan('A', "!"));
-    EXPECT_EQ(clock.Now() - start, 10000u);
-    EXPECT_EQ(terminal.Keys->Text(), "later!");
 }
 
 }  // namespace

@@ -168,6 +168,7 @@ BOOL ScriptedPorts::Port::SetMask(DWORD mask) {
     if (closed_)
         return FALSE;
     mask_ = mask;
+    Input().Broke = false;
     ++masksSet_;
     Did(WireAct::Mask, mask);
     Talk().Changed().notify_all();
