@@ -63,24 +63,6 @@ WORD ProbeRfidReader(HANDLE port) {
     }
 }
 
-// Every kind of barcode reader in turn; those that are asked alike are asked once.
-WORD ProbeBarcodeReader(HANDLE port) {
-    SetPortLine(port, 0);
-    decltype(BarcodeReader::Probe) asked = nullptr;
-    for (const BarcodeReader* reader : BarcodeReaders()) {
-        if (reader->Probe == std::exchange(asked, reader->Probe)) {
-            continue;
-        }
-        if (const WORD found = ProbeReaderRates(port, reader->Bit)) {
-            if (FindBarcodeReader(found)->KeepsRts) {
-                RaiseRts(port);
-            }
-            return found;
-        }
-    }
-    return 0;
-}
-
 DWORD WorkingRate(WORD type, WORD found) {
     return type == DeviceRfid ? RfidWorkingRate : FindBarcodeReader(found)->WorkingRate;
 }
@@ -119,6 +101,23 @@ DWORD DetectReaders(WORD* deviceMask) {
     }
     *deviceMask = mask;
     return Success;
+}
+
+WORD ProbeBarcodeReader(HANDLE port) {
+    SetPortLine(port, 0);
+    decltype(BarcodeReader::Probe) asked = nullptr;
+    for (const BarcodeReader* reader : BarcodeReaders()) {
+        if (reader->Probe == std::exchange(asked, reader->Probe)) {
+            continue;
+        }
+        if (const WORD found = ProbeReaderRates(port, reader->Bit)) {
+            if (FindBarcodeReader(found)->KeepsRts) {
+                RaiseRts(port);
+            }
+            return found;
+        }
+    }
+    return 0;
 }
 
 WORD ProbeReaderRates(HANDLE port, WORD type) {

@@ -13,6 +13,9 @@ extern Relaxed<DWORD> RfidReaderModel;
 // that of an RFID reader ShellState.RfidPort when ReconfigureReaders is set; the others are closed.
 DWORD DetectReaders(WORD* deviceMask);
 
+// Probes for every kind of barcode reader, at every rate; those that are asked alike are asked once. 0, or
+// what was found: 1 (1D reader), 2 laser, 4 imager; a reader that needs RTS has it from then on.
+WORD ProbeBarcodeReader(HANDLE port);
 // Probes at every rate, the working one first. `type`: 32 RFID reader, 1 1D reader, 4 scan engines. 0, or
 // what was found: 1 (1D or RFID reader), 2 laser, 4 imager. Another rate than the working one sets
 // ReconfigureReaders.

@@ -282,11 +282,36 @@ TEST_F(TtyTest, NoTtyIsNoPort) {
     CloseHandle(port_);
     port_ = INVALID_HANDLE_VALUE;
     const std::string link = terminal_.Path("COM1");
-    for (const char* target : {"/dev/null", "/etc/passwd", "/nowhere"}) {
+    for (const char* target : {"/dev/zero", "/etc/passwd", "/nowhere"}) {
         unlink(link.c_str());
         ASSERT_EQ(symlink(target, link.c_str()), 0);
         EXPECT_EQ(Open(), INVALID_HANDLE_VALUE) << target;
     }
+}
+
+// Two of them are two lines; what is sent there goes nowhere, however much it is.
+TEST_F(TtyTest, NullDeviceIsASilentLine) {
+    CloseHandle(port_);
+    unlink(terminal_.Path("COM1").c_str());
+    for (const char* name : {"COM1", "COM2"})
+        ASSERT_EQ(symlink("/dev/null", terminal_.Path(name).c_str()), 0);
+    port_ = Open();
+    const HANDLE second = Open(TEXT("COM2:"));
+    ASSERT_NE(port_, INVALID_HANDLE_VALUE);
+    ASSERT_NE(second, INVALID_HANDLE_VALUE);
+    COMMTIMEOUTS timeouts{MAXDWORD, 0, 0, 0, 50};
+    SetCommTimeouts(second, &timeouts);
+    const std::string much(1000, 'v');
+    for (int i = 0; i < 200; ++i) {
+        DWORD written = 0, read = 0;
+        char byte = 0;
+        EXPECT_TRUE(WriteFile(second, much.data(), static_cast<DWORD>(much.size()), &written, nullptr));
+        EXPECT_EQ(written, much.size());
+        EXPECT_TRUE(ReadFile(second, &byte, 1, &read, nullptr));
+        EXPECT_EQ(read, 0u);
+        PurgeComm(second, PURGE_TXCLEAR | PURGE_RXCLEAR);
+    }
+    EXPECT_TRUE(CloseHandle(second));
 }
 
 TEST_F(TtyTest, KilledProgramFreesThePort) {

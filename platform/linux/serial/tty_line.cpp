@@ -14,7 +14,9 @@
 #include <cerrno>
 #include <chrono>
 #include <climits>
+#include <cstdlib>
 #include <ctime>
+#include <utility>
 
 #ifndef TIOCSER_TEMT
 #define TIOCSER_TEMT 0x01  // the transmitter is empty, shift register included
@@ -57,6 +59,27 @@ bool IsPseudoTerminal(int fd) {
            major(status.st_rdev) <= LastPseudoMajor;
 }
 
+constexpr int HowToOpen = O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+
+bool IsNothing(int fd) {
+    struct stat nothing {
+    }, status{};
+    return stat("/dev/null", &nothing) == 0 && fstat(fd, &status) == 0 && S_ISCHR(status.st_mode) &&
+           status.st_rdev == nothing.st_rdev;
+}
+
+// Opens a pseudo-terminal; its other end, or -1.
+int OpenSilentLine(int& fd) {
+    const int otherEnd = posix_openpt(HowToOpen);
+    char name[64];
+    if (otherEnd < 0 || grantpt(otherEnd) != 0 || unlockpt(otherEnd) != 0 ||
+        ptsname_r(otherEnd, name, sizeof name) != 0 || (fd = open(name, HowToOpen)) < 0) {
+        close(otherEnd);
+        return -1;
+    }
+    return otherEnd;
+}
+
 void Pause(DWORD milliseconds) {
     timespec time{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
     while (nanosleep(&time, &time) != 0 && errno == EINTR) {
@@ -89,10 +112,15 @@ bool KnownSpeed(DWORD speed) {
 }
 
 std::shared_ptr<TtyLine> TtyLine::Open(const std::string& path, DWORD speed) {
-    const int fd = open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    int fd = open(path.c_str(), HowToOpen);
+    int otherEnd = -1;
+    if (IsNothing(fd)) {
+        close(std::exchange(fd, -1));
+        otherEnd = OpenSilentLine(fd);
+    }
     if (fd < 0)
         return nullptr;
-    std::shared_ptr<TtyLine> line(new TtyLine(fd, IsPseudoTerminal(fd)));
+    std::shared_ptr<TtyLine> line(new TtyLine(fd, IsPseudoTerminal(fd), otherEnd));
     if (!isatty(fd) || flock(fd, LOCK_EX | LOCK_NB) != 0)
         return nullptr;
     // On a pseudo-terminal the exclusive mark outlives the close and locks an ordinary user out for good.
@@ -107,6 +135,8 @@ std::shared_ptr<TtyLine> TtyLine::Open(const std::string& path, DWORD speed) {
 
 TtyLine::~TtyLine() {
     close(fd_);
+    if (otherEnd_ >= 0)
+        close(otherEnd_);
 }
 
 bool TtyLine::Configure(DWORD speed) {
@@ -171,6 +201,10 @@ void TtyLine::DiscardOutput() {
     // What was written to a pseudo-terminal has left: only a line has an output queue.
     if (!pseudo_)
         tcflush(fd_, TCOFLUSH);
+    // Nobody else takes it there, and it would fill up.
+    char dropped[256];
+    while (otherEnd_ >= 0 && read(otherEnd_, dropped, sizeof dropped) > 0) {
+    }
 }
 
 DWORD TtyLine::Queued() const {

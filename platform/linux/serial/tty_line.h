@@ -11,7 +11,8 @@ namespace layer {
 class TtyLine {
   public:
     // Opens the tty and locks it against every other user of the same device, by whatever link; `speed` 0
-    // keeps the device's own. Null when it is no tty, is gone, or is in use.
+    // keeps the device's own. Null when it is no tty, is gone, or is in use. /dev/null is a line with nobody
+    // on it: a pseudo-terminal whose other end stays silent.
     static std::shared_ptr<TtyLine> Open(const std::string& path, DWORD speed);
     ~TtyLine();
     TtyLine(const TtyLine&) = delete;
@@ -39,11 +40,12 @@ class TtyLine {
     void Unlock();
 
   private:
-    TtyLine(int fd, bool pseudo) : fd_(fd), pseudo_(pseudo) {}
+    TtyLine(int fd, bool pseudo, int otherEnd) : fd_(fd), pseudo_(pseudo), otherEnd_(otherEnd) {}
     bool Configure(DWORD speed);
 
     const int fd_;
-    const bool pseudo_;  // a pseudo-terminal: no modem lines, no break, no line time
+    const bool pseudo_;   // a pseudo-terminal: no modem lines, no break, no line time
+    const int otherEnd_;  // of a silent line; else -1
 };
 
 // Tells a path's links from those that replace them; another number when any link on the way has been made

@@ -1,0 +1,125 @@
+#include "tools/setup/find_readers.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+#include "link/detection.h"
+#include "link/serial_ports.h"
+#include "platform/kernel.h"
+#include "platform/linux/kernel/terminal.h"
+#include "settings/record.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// From the opening of the port, which switches a reader's power on, until it listens.
+constexpr DWORD RfidPowerUp = 200, BarcodePowerUp = 3200;
+
+FoundReader Ask() {
+    FoundReader found;
+    const HANDLE port = OpenReaderPort(BarcodePortSelector);
+    if (port == nullptr) {
+        return found;
+    }
+    found.Opened = true;
+    Sleep(RfidPowerUp);
+    SetPortLine(port, 0);
+    if (ProbeReaderRates(port, DeviceRfid) != 0) {
+        found.Device = DeviceRfid;
+        found.RfidModel = RfidReaderModel;
+    } else {
+        Sleep(BarcodePowerUp);
+        found.Device = ProbeBarcodeReader(port);
+    }
+    found.Rate = PortRate(port);
+    CloseHandle(port);
+    return found;
+}
+
+// A process of its own for each device: the program knows one barcode port, "COM1:" of its terminal.
+class Question {
+  public:
+    explicit Question(const std::string& device) {
+        std::string folder = fs::temp_directory_path() / "vantrel-setup-XXXXXX";
+        int ends[2];
+        if (mkdtemp(folder.data()) == nullptr || pipe(ends) != 0) {
+            return;
+        }
+        folder_ = folder;
+        std::error_code failed;
+        fs::create_symlink(fs::absolute(device), folder + "/COM1", failed);
+        process_ = fork();
+        if (process_ == 0) {
+            layer::UseTerminalFolder(folder);
+            const FoundReader found = Ask();
+            _exit(write(ends[1], &found, sizeof found) == sizeof found ? 0 : 1);
+        }
+        close(ends[1]);
+        answer_ = ends[0];
+    }
+    ~Question() {
+        close(answer_);
+        if (process_ > 0) {
+            waitpid(process_, nullptr, 0);
+        }
+        std::error_code ignored;
+        if (!folder_.empty()) {
+            fs::remove_all(folder_, ignored);
+        }
+    }
+    Question(Question&& other) noexcept
+        : folder_(std::exchange(other.folder_, "")),
+          process_(std::exchange(other.process_, -1)),
+          answer_(std::exchange(other.answer_, -1)) {}
+    Question& operator=(Question&&) = delete;
+
+    FoundReader Answer() {
+        FoundReader found;
+        return read(answer_, &found, sizeof found) == sizeof found ? found : FoundReader{};
+    }
+
+  private:
+    std::string folder_;
+    pid_t process_ = -1;
+    int answer_ = -1;
+};
+
+}  // namespace
+
+std::vector<FoundReader> AskDevices(const std::vector<std::string>& paths) {
+    std::vector<Question> questions;
+    for (const std::string& path : paths) {
+        questions.emplace_back(path);
+    }
+    std::vector<FoundReader> found;
+    for (Question& question : questions) {
+        found.push_back(question.Answer());
+    }
+    return found;
+}
+
+std::string Describe(const FoundReader& reader) {
+    std::string name;
+    switch (reader.Device) {
+        case Device1D:
+            name = "a 1D reader";
+            break;
+        case DeviceLaser:
+            name = "a 1D long-range laser";
+            break;
+        case DeviceImager:
+            name = "a 2D imager";
+            break;
+        case DeviceRfid:
+            name = "an RFID reader, model " + std::to_string(reader.RfidModel);
+            break;
+        default:
+            return reader.Opened ? "no reader answers" : "cannot be opened";
+    }
+    return name + ", at " + std::to_string(reader.Rate) + " bits per second";
+}
