@@ -12,8 +12,6 @@
 #include <stdexcept>
 #include <thread>
 
-#include "tests/e2e/program.h"
-
 namespace {
 
 constexpr int Quiet = 150;  // milliseconds in which nothing more is expected
@@ -50,15 +48,6 @@ bool Within(int milliseconds, const Condition& condition) {
 }  // namespace
 
 TestScreen::TestScreen() {
-    // Its remarks about other servers of the machine are of no interest.
-    server_ = StartProgram("sh", {"-c",
-                                  "exec Xvfb -displayfd 1 -screen 0 640x480x24 -nolisten tcp -noreset "
-                                  "-terminate 2>/dev/null"});
-    const auto number = server_->ReadLine(20000);
-    if (!number) {
-        throw std::runtime_error("Xvfb does not start");
-    }
-    setenv("DISPLAY", (":" + *number).c_str(), 1);
     XSetErrorHandler(IgnoreError);
     display_ = XOpenDisplay(nullptr);
     if (display_ == nullptr) {
@@ -78,7 +67,6 @@ TestScreen::TestScreen() {
 
 TestScreen::~TestScreen() {
     XCloseDisplay(display_);
-    unsetenv("DISPLAY");
 }
 
 void TestScreen::BringToFront() {

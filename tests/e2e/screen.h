@@ -1,12 +1,11 @@
 // A bare X server of a test's own, with a client in front that notes what is typed into it.
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "tests/support/child_process.h"
+#include "tests/support/x_server.h"
 
 struct _XDisplay;  // of the X library, whose names stay out of the tests
 
@@ -53,7 +52,7 @@ class TestScreen {
     bool KeysAreUp();
 
   private:
-    std::unique_ptr<ChildProcess> server_;
+    XServer server_;
     _XDisplay* display_ = nullptr;
     unsigned long client_ = 0;
 };

@@ -9,7 +9,6 @@
 #include <QToolButton>
 #include <filesystem>
 
-#include "platform/linux/controls/file_names.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/shell.h"
 #include "tests/platform/controls_fixture.h"
@@ -190,29 +189,6 @@ TEST_F(FileDialogTest, EveryWayOutEndsIt) {
     EXPECT_EQ(Ask([] { PostQuitMessage(3); }), "");
     EXPECT_TRUE(layer::QuitPending());
     EXPECT_FALSE(GetOpenFileNameW(nullptr));
-}
-
-TEST(FileFilter, PatternsMatchNamesOfAnyCase) {
-    const struct {
-        const char16_t* Name;
-        const char16_t* Patterns;
-        bool Matches;
-    } cases[] = {{u"A.SHX", u"*.shx", true},
-                 {u"A.SHXX", u"*.SHX", false},
-                 {u".SHX", u"*.SHX", true},
-                 {u"plain", u"*.*", true},
-                 {u"a.txt", u"*.SHX; *.TXT", true},
-                 {u"a.txt", u"", false},
-                 {u"a.b.shx", u"*.shx", true},
-                 {u"abc", u"a?c", true},
-                 {u"ac", u"a?c", false},
-                 {u"aXbXc", u"*X*c", true},
-                 {u"aXbXd", u"*X*c", false},
-                 {u"", u"*", true}};
-    for (const auto& one : cases) {
-        EXPECT_EQ(layer::MatchesPatterns(one.Name, one.Patterns), one.Matches)
-            << QString::fromUtf16(one.Name).toStdString();
-    }
 }
 
 }  // namespace

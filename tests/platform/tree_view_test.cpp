@@ -13,8 +13,8 @@ TEST_F(TreeTest, ItemsAreFoundFromEachOther) {
     HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"a");
     HTREEITEM c = Insert(nullptr, nullptr, u"c");
     HTREEITEM b = Insert(TVI_ROOT, a, u"b");
-    HTREEITEM b2 = Insert(b, TVI_LAST, u"b2");
-    HTREEITEM b1 = Insert(b, reinterpret_cast<HTREEITEM>(-0xFFFFl), u"b1");
+    HTREEITEM b1 = Insert(b, TVI_LAST, u"b1");
+    HTREEITEM b2 = Insert(b, b1, u"b2");
     EXPECT_EQ(Children(TVI_ROOT), "a b c ");
     EXPECT_EQ(Children(b), "b1 b2 ");
     EXPECT_EQ(Get(TVGN_ROOT), a);

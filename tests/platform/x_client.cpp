@@ -24,25 +24,6 @@ bool WaitForEvent(Display* display, int milliseconds) {
 
 }  // namespace
 
-XServer::XServer(const std::string& display) : name_(display) {
-    std::string command = "exec Xvfb " + display + " -screen 0 320x200x24 -nolisten tcp -noreset";
-    command += " -displayfd 1 2>/dev/null";
-    process_ = std::make_unique<ChildProcess>(std::vector<std::string>{"/bin/sh", "-c", command});
-    const auto number = process_->ReadLine(20000);
-    if (!number)
-        throw std::runtime_error("Xvfb does not start");
-    name_ = ":" + *number;
-    setenv("DISPLAY", name_.c_str(), 1);
-}
-
-XServer::~XServer() {
-    unsetenv("DISPLAY");
-}
-
-void XServer::Kill() {
-    process_.reset();
-}
-
 XClient::XClient() : display_(XOpenDisplay(nullptr)) {
     if (display_ == nullptr)
         throw std::runtime_error("no display");

@@ -1,27 +1,11 @@
-// A bare X server of the test's own, and the client in front on it.
+// The client in front on a bare X server.
 #pragma once
 
 #include <X11/Xlib.h>
 
-#include <memory>
 #include <string>
-#include <vector>
 
-#include "tests/support/child_process.h"
-
-// Runs Xvfb and makes it $DISPLAY.
-class XServer {
-  public:
-    // On a free display, or on the given one.
-    explicit XServer(const std::string& display = "");
-    ~XServer();
-    const std::string& Name() const { return name_; }
-    void Kill();
-
-  private:
-    std::unique_ptr<ChildProcess> process_;
-    std::string name_;
-};
+#include "tests/support/x_server.h"
 
 class XClient {
   public:

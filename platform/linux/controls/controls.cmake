@@ -5,12 +5,10 @@ target_sources(vantrel_platform_windows PRIVATE
   linux/controls/file_names.cpp
   linux/controls/image_list.cpp
   linux/controls/progress_control.cpp
-  linux/controls/property_sheet.cpp
   linux/controls/sheet_layout.cpp
   linux/controls/sheet_window.cpp
   linux/controls/tab_control.cpp
   linux/controls/tree_control.cpp
   linux/controls/tree_item.cpp
-  linux/controls/tree_paint.cpp
   linux/controls/tree_widget.cpp
   linux/controls/updown_control.cpp)

@@ -16,19 +16,17 @@ struct FileFilter {
 };
 // Pairs of zero-ended texts, ended by an empty one; null is none.
 std::vector<FileFilter> ReadFilters(LPCWSTR pairs);
-// Letters count without regard to case (ASCII), "*.*" is every name.
-bool MatchesPatterns(std::u16string_view name, std::u16string_view patterns);
-
 struct FolderEntry {
     std::u16string Name;
     bool Folder;
 };
-// Folders first, each kind by name. What the platform could not name and what is neither file nor folder is
-// left out, and of the root what Linux alone has use for.
+// Folders first, each kind by name; files whose names fit a pattern ("*.A;*.B", in any letter case). What the
+// platform could not name and what is neither file nor folder is left out, and of the root what Linux alone
+// has use for.
 std::vector<FolderEntry> ListFolder(const std::u16string& folder, std::u16string_view patterns);
 
 // The path that a typed text means in the folder; "." and ".." are understood, nothing leads out of the root.
-std::u16string ResolveTyped(const std::u16string& folder, std::u16string_view typed);
+std::u16string ResolveTyped(const std::u16string& folder, const std::u16string& typed);
 std::u16string ParentFolder(const std::u16string& path);
 
 enum class PathKind { Unusable, Missing, Folder, File, Other };

@@ -6,14 +6,10 @@ namespace layer {
 
 namespace {
 
-constexpr std::intptr_t InsertFirst = -0xFFFF, InsertSorted = -0xFFFD;
-
 class TreeControl : public WindowObject {
   public:
     explicit TreeControl(const WindowInit& init)
-        : WindowObject(init),
-          items_(std::make_shared<TreeItemTable>()),
-          tree_(new TreeWidget(init.Parent->Client(), init.Style)) {
+        : WindowObject(init), tree_(new TreeWidget(init.Parent->Client(), init.Style)) {
         tree_->Tapped = [this](const QPoint& position) { OnTap(position); };
         tree_->KeyPressed = [this](WORD key) { return OnKey(key); };
         SetWidget(tree_, tree_->viewport());
@@ -24,7 +20,11 @@ class TreeControl : public WindowObject {
     LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam) override;
 
   private:
-    TreeItem* Find(LPARAM handle) const { return items_->Find(reinterpret_cast<HTREEITEM>(handle)); }
+    TreeItem* Find(HTREEITEM handle) const {
+        TreeItem* item = TreeItems().Find(handle);
+        return item != nullptr && item->treeWidget() == tree_ ? item : nullptr;
+    }
+    TreeItem* Find(LPARAM handle) const { return Find(reinterpret_cast<HTREEITEM>(handle)); }
     TreeItem* First() const { return static_cast<TreeItem*>(tree_->topLevelItem(0)); }
 
     HTREEITEM Insert(const TVINSERTSTRUCTW& insert);
@@ -37,7 +37,6 @@ class TreeControl : public WindowObject {
     void OnTap(const QPoint& position);
     bool OnKey(WORD key);
 
-    std::shared_ptr<TreeItemTable> items_;
     TreeWidget* tree_;
     HIMAGELIST images_ = nullptr;
 };
@@ -62,7 +61,7 @@ LRESULT TreeControl::Message(UINT message, WPARAM wParam, LPARAM lParam) {
             return lParam != 0 ? HitTest(*reinterpret_cast<TVHITTESTINFO*>(lParam)) : 0;
         case TVM_GETITEMW: {
             auto* record = reinterpret_cast<TVITEMW*>(lParam);
-            const TreeItem* item = record != nullptr ? items_->Find(record->hItem) : nullptr;
+            const TreeItem* item = record != nullptr ? Find(record->hItem) : nullptr;
             if (item != nullptr) {
                 item->Get(*record);
             }
@@ -70,7 +69,7 @@ LRESULT TreeControl::Message(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         case TVM_SETITEMW: {
             const auto* record = reinterpret_cast<const TVITEMW*>(lParam);
-            TreeItem* item = record != nullptr ? items_->Find(record->hItem) : nullptr;
+            TreeItem* item = record != nullptr ? Find(record->hItem) : nullptr;
             if (item != nullptr) {
                 item->Set(*record);
                 tree_->ShowChange();
@@ -84,25 +83,21 @@ LRESULT TreeControl::Message(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
+// Behind the sibling that is named, or behind them all.
 HTREEITEM TreeControl::Insert(const TVINSERTSTRUCTW& insert) {
     const bool atRoot = insert.hParent == nullptr || insert.hParent == TVI_ROOT;
-    QTreeWidgetItem* parent = atRoot ? tree_->invisibleRootItem() : items_->Find(insert.hParent);
+    QTreeWidgetItem* parent = atRoot ? tree_->invisibleRootItem() : Find(insert.hParent);
     if (parent == nullptr) {
         return nullptr;
     }
     int place = parent->childCount();
-    const auto after = reinterpret_cast<std::intptr_t>(insert.hInsertAfter);
-    if (after == InsertFirst) {
-        place = 0;
-    } else if (insert.hInsertAfter != nullptr && insert.hInsertAfter != TVI_LAST && after != InsertSorted) {
-        TreeItem* sibling = items_->Find(insert.hInsertAfter);
-        const int found = sibling != nullptr ? parent->indexOfChild(sibling) : -1;
-        if (found < 0) {
+    if (insert.hInsertAfter != nullptr && insert.hInsertAfter != TVI_LAST) {
+        place = parent->indexOfChild(Find(insert.hInsertAfter)) + 1;
+        if (place == 0) {
             return nullptr;
         }
-        place = found + 1;
     }
-    auto* item = new TreeItem(items_);
+    auto* item = new TreeItem;
     item->Set(insert.item);
     parent->insertChild(place, item);
     return item->Handle();
@@ -184,7 +179,7 @@ void TreeControl::OnTap(const QPoint& position) {
     NMHDR header{};
     Notify(header, NM_CLICK);
     if (!Gone() && (hit.Flags & TVHT_ONITEMLABEL) != 0) {
-        if (TreeItem* item = items_->Find(handle)) {
+        if (TreeItem* item = Find(handle)) {
             tree_->setCurrentItem(item);
         }
     }

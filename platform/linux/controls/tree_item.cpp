@@ -13,28 +13,15 @@ constexpr UINT StateExpanded = 0x0020;
 
 }  // namespace
 
-HTREEITEM TreeItemTable::Enter(TreeItem* item) {
-    static std::uintptr_t last = 0x40000;
-    last += 0x10;
-    const auto handle = reinterpret_cast<HTREEITEM>(last);
-    items_[handle] = item;
-    return handle;
+HandleTable<HTREEITEM, TreeItem*>& TreeItems() {
+    static auto* table = new HandleTable<HTREEITEM, TreeItem*>(0x40000);
+    return *table;
 }
 
-void TreeItemTable::Leave(HTREEITEM handle) {
-    items_.erase(handle);
-}
-
-TreeItem* TreeItemTable::Find(HTREEITEM handle) const {
-    const auto found = items_.find(handle);
-    return found != items_.end() ? found->second : nullptr;
-}
-
-TreeItem::TreeItem(std::shared_ptr<TreeItemTable> table)
-    : table_(std::move(table)), handle_(table_->Enter(this)) {}
+TreeItem::TreeItem() : handle_(TreeItems().Add(this)) {}
 
 TreeItem::~TreeItem() {
-    table_->Leave(handle_);
+    TreeItems().Remove(handle_);
 }
 
 TreeItem* TreeItem::Sibling(int distance) const {

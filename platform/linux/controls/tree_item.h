@@ -2,30 +2,20 @@
 #pragma once
 
 #include <QTreeWidgetItem>
-#include <memory>
-#include <string>
-#include <unordered_map>
 
 #include "platform/controls.h"
+#include "platform/linux/kernel/handle_table.h"
 
 namespace layer {
 
 class TreeItem;
 
-// Handles are never given twice, so that one of an item that has gone is known for what it is.
-class TreeItemTable {
-  public:
-    HTREEITEM Enter(TreeItem* item);
-    void Leave(HTREEITEM handle);
-    TreeItem* Find(HTREEITEM handle) const;  // null for none
-
-  private:
-    std::unordered_map<HTREEITEM, TreeItem*> items_;
-};
+// The items of all trees.
+HandleTable<HTREEITEM, TreeItem*>& TreeItems();
 
 class TreeItem : public QTreeWidgetItem {
   public:
-    explicit TreeItem(std::shared_ptr<TreeItemTable> table);
+    TreeItem();
     ~TreeItem() override;
     TreeItem(const TreeItem&) = delete;
     TreeItem& operator=(const TreeItem&) = delete;
@@ -40,7 +30,6 @@ class TreeItem : public QTreeWidgetItem {
     UINT StateImage() const { return (state_ & TVIS_STATEIMAGEMASK) >> 12; }
 
   private:
-    std::shared_ptr<TreeItemTable> table_;
     HTREEITEM handle_;
     UINT state_ = 0;
     LPARAM parameter_ = 0;

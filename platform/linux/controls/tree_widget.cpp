@@ -5,10 +5,9 @@
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QStyleFactory>
 #include <QStyledItemDelegate>
 #include <QToolTip>
-
-#include "platform/linux/controls/tree_paint.h"
 
 namespace layer {
 
@@ -45,23 +44,23 @@ class TreeDelegate : public QStyledItemDelegate {
                const QModelIndex& index) const override {
         const auto* item = static_cast<TreeItem*>(tree_.itemFromIndex(index));
         const UINT image = item->StateImage();
-        TreeRow row;
-        row.Label = tree_.LabelRect(option.rect, item->text(0));
-        row.Text = item->text(0);
-        row.Selected = item->isSelected();
-        row.Focused = tree_.hasFocus() && tree_.currentItem() == item;
         if (image > 0 && image <= tree_.images_.size()) {
-            row.Image = tree_.images_[image - 1];
-            row.ImagePlace = tree_.ImageRect(option.rect);
+            tree_.style()->drawItemPixmap(painter, tree_.ImageRect(option.rect), Qt::AlignCenter,
+                                          tree_.images_[image - 1]);
         }
-        PaintTreeRow(*painter, tree_, row);
+        QStyleOptionViewItem label = option;
+        label.rect = tree_.LabelRect(option.rect, item->text(0)).adjusted(0, 1, 0, -1);
+        QStyledItemDelegate::paint(painter, label, index);
     }
 
   private:
     TreeWidget& tree_;
 };
 
-TreeWidget::TreeWidget(QWidget* parent, DWORD style) : QTreeWidget(parent), style_(style) {
+TreeWidget::TreeWidget(QWidget* parent, DWORD style) : QTreeWidget(parent) {
+    // Lines, and a box with a plus or a minus in front of what unfolds.
+    static QStyle* const lines = QStyleFactory::create(QStringLiteral("Windows"));
+    setStyle(lines);
     setFrameShape(NoFrame);
     setColumnCount(1);
     setHeaderHidden(true);
@@ -121,10 +120,6 @@ TreeHit TreeWidget::HitTest(const QPoint& position) const {
         return {item, item->StateImage() > 0 ? UINT{TVHT_ONITEMSTATEICON} : HitIndent};
     }
     return {item, x <= LabelRect(rect, item->text(0)).right() ? UINT{TVHT_ONITEMLABEL} : HitRight};
-}
-
-void TreeWidget::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const {
-    PaintTreeBranches(*painter, *this, rect, *static_cast<TreeItem*>(itemFromIndex(index)), style_);
 }
 
 // Rows reach to the right edge; wider ones are scrolled to.

@@ -34,7 +34,6 @@ class TreeWidget : public QTreeWidget {
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
 
   protected:
-    void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
     void updateGeometries() override;
     bool viewportEvent(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
@@ -51,7 +50,6 @@ class TreeWidget : public QTreeWidget {
     QPoint TapPlace(const TreeItem& item) const;
     void TapImage(const TreeItem& item);
 
-    DWORD style_;
     std::vector<QPixmap> images_;
     QSize imageSize_;
     bool pressed_ = false, dragging_ = false;
