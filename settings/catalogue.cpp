@@ -11,13 +11,12 @@ constexpr DWORD GetDigit = 2;
 constexpr DWORD LastIndex = 24;  // of the 1D reader's options
 
 bool IsSymbologyPage(DWORD pageBase) {
-    return pageBase == Page1D || pageBase == PageLaser || pageBase == PageImager;
+    return LayoutOn(pageBase) != nullptr;
 }
 
 std::span<const SettingGroup> GroupsOf(DWORD pageBase) {
-    if (pageBase == Page1D)
-        return Decoder1DGroups();
-    return IsSymbologyPage(pageBase) ? EngineGroups() : std::span<const SettingGroup>{};
+    const ReaderLayout* layout = LayoutOn(pageBase);
+    return layout ? layout->Catalogue : std::span<const SettingGroup>{};
 }
 
 const SettingGroup* FindGroup(DWORD pageBase, DWORD groupId) {
@@ -47,7 +46,7 @@ const Setting* FindGeneral(DWORD itemId) {
 
 // An option of the 1D reader with this index, of whichever symbology: all of them look alike.
 const Setting* FindIndex(DWORD index) {
-    for (const SettingGroup& group : Decoder1DGroups()) {
+    for (const SettingGroup& group : GroupsOf(Page1D)) {
         if (index == 0)
             return group.Switch.front();
         for (const Setting* setting : group.Items) {
@@ -139,17 +138,10 @@ ItemPosition SplitItemId(DWORD pageBase, DWORD itemId) {
 }
 
 ReaderType PageReader(DWORD pageBase) {
-    switch (pageBase) {
-        case Page1D:
-            return ReaderType::Decoder1D;
-        case PageLaser:
-            return ReaderType::LongRangeLaser;
-        case PageImager:
-            return ReaderType::Imager2D;
-        default:
-            // The laser's timeouts lie at words of their own, whatever else is fitted.
-            return DeviceFlags & DeviceLaser ? ReaderType::LongRangeLaser : FittedReader();
-    }
+    if (const ReaderLayout* layout = LayoutOn(pageBase))
+        return layout->Type;
+    // The laser's timeouts lie at words of their own, whatever else is fitted.
+    return DeviceFlags & DeviceLaser ? ReaderType::LongRangeLaser : FittedReader();
 }
 
 const Setting* FindSetting(DWORD pageBase, DWORD itemId) {

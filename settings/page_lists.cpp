@@ -7,16 +7,6 @@
 
 namespace {
 
-template <std::span<const SettingGroup> (*Groups)(), std::size_t Count>
-std::span<const WORD> GroupNumbers(DWORD shown) {
-    static const auto numbers = [] {
-        std::array<WORD, Count> ids{};
-        std::ranges::transform(Groups(), ids.begin(), &SettingGroup::Id);
-        return ids;
-    }();
-    return std::span(numbers).first(std::min<std::size_t>(shown, Count));
-}
-
 void AddItems(DWORD& count, SettingList list) {
     for (const Setting* setting : list) {
         if (count < MaxGeneralItems)
@@ -42,27 +32,17 @@ void BuildPageLists() {
     AddItems(count, ClosingItems());
     GeneralItemCount = count;
 
-    if (type == ReaderType::Decoder1D)
-        SymbologyGroupCount = static_cast<DWORD>(Decoder1DGroups().size());
-    else if (type == ReaderType::LongRangeLaser)
-        SymbologyGroupCount = static_cast<DWORD>(LaserGroups().size());
-    else if (type == ReaderType::Imager2D)
-        ImagerGroupCount = static_cast<DWORD>(EngineGroups().size());
+    if (const ReaderLayout* layout = LayoutOf(type))
+        *layout->GroupCount = static_cast<DWORD>(layout->Groups.size());
 }
 
 std::span<const WORD> PageList(DWORD pageBase) {
-    switch (pageBase) {
-        case Page1D:
-            return GroupNumbers<Decoder1DGroups, Decoder1DGroupCount>(SymbologyGroupCount);
-        case PageLaser:
-            return GroupNumbers<LaserGroups, LaserGroupCount>(SymbologyGroupCount);
-        case PageImager:
-            return GroupNumbers<EngineGroups, EngineGroupCount>(ImagerGroupCount);
-        case PageGeneral:
-            return {GeneralItems, std::min<std::size_t>(GeneralItemCount, MaxGeneralItems)};
-        default:
-            return {};
-    }
+    if (pageBase == PageGeneral)
+        return {GeneralItems, std::min<std::size_t>(GeneralItemCount, MaxGeneralItems)};
+    const ReaderLayout* layout = LayoutOn(pageBase);
+    return layout
+               ? layout->GroupIds.first(std::min<std::size_t>(*layout->GroupCount, layout->GroupIds.size()))
+               : std::span<const WORD>{};
 }
 
 void ApplyActiveDevice() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "settings/all_fields.h"
+#include "settings/catalogue.h"
 #include "settings/page_checks.h"
 
 namespace {
@@ -108,9 +109,6 @@ constexpr auto OnLaser = [] {
     return groups;
 }();
 
-static_assert(std::size(symbologies::Groups) == Decoder1DGroupCount);
-static_assert(std::size(headings::Groups) == EngineGroupCount && OnLaser.size() == LaserGroupCount);
-
 namespace lists {
 
 using namespace general;
@@ -193,50 +191,51 @@ static_assert(std::ranges::all_of(headings::Groups, [](const SettingGroup& group
     return checks::ParametersFit(group.Items, engine::EnableCode39);
 }));
 
+template <const auto& Groups>
+constexpr auto NumbersOf = [] {
+    std::array<WORD, std::size(Groups)> ids{};
+    std::ranges::transform(Groups, ids.begin(), &SettingGroup::Id);
+    return ids;
+}();
+
+constexpr ReaderLayout Layouts[] = {
+    {ReaderType::Decoder1D, Page1D, symbologies::Groups, NumbersOf<symbologies::Groups>, symbologies::Groups,
+     lists::On1DReader, &SymbologyGroupCount},
+    {ReaderType::LongRangeLaser, PageLaser, OnLaser, NumbersOf<OnLaser>, headings::Groups,
+     lists::OnLongRangeLaser, &SymbologyGroupCount},
+    {ReaderType::Imager2D, PageImager, headings::Groups, NumbersOf<headings::Groups>, headings::Groups,
+     lists::OnImager2D, &ImagerGroupCount},
+};
+static_assert(std::size(Layouts) == ReaderTypes - 1);
+
 }  // namespace
 
-std::span<const SettingGroup> Decoder1DGroups() {
-    return symbologies::Groups;
+std::span<const ReaderLayout> ReaderLayouts() {
+    return Layouts;
 }
 
-std::span<const SettingGroup> EngineGroups() {
-    return headings::Groups;
+const ReaderLayout* LayoutOf(ReaderType type) {
+    const auto found = std::ranges::find(Layouts, type, &ReaderLayout::Type);
+    return found != std::end(Layouts) ? found : nullptr;
 }
 
-std::span<const SettingGroup> LaserGroups() {
-    return OnLaser;
+const ReaderLayout* LayoutOn(DWORD pageBase) {
+    const auto found = std::ranges::find(Layouts, pageBase, &ReaderLayout::Page);
+    return found != std::end(Layouts) ? found : nullptr;
 }
 
 std::span<const SettingGroup> GroupsOn(ReaderType type) {
-    switch (type) {
-        case ReaderType::Decoder1D:
-            return symbologies::Groups;
-        case ReaderType::LongRangeLaser:
-            return OnLaser;
-        case ReaderType::Imager2D:
-            return headings::Groups;
-        case ReaderType::None:
-            break;
-    }
-    return {};
+    const ReaderLayout* layout = LayoutOf(type);
+    return layout ? layout->Groups : std::span<const SettingGroup>{};
+}
+
+SettingList ReaderItems(ReaderType type) {
+    const ReaderLayout* layout = LayoutOf(type);
+    return layout ? layout->Items : SettingList{};
 }
 
 SettingList OutputItems() {
     return lists::Output;
-}
-
-SettingList ReaderItems(ReaderType type) {
-    switch (type) {
-        case ReaderType::Decoder1D:
-            return lists::On1DReader;
-        case ReaderType::LongRangeLaser:
-            return lists::OnLongRangeLaser;
-        case ReaderType::Imager2D:
-            return lists::OnImager2D;
-        case ReaderType::None:
-            break;
-    }
-    return {};
 }
 
 SettingList RfidItems() {

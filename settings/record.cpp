@@ -1,5 +1,7 @@
 #include "settings/record.h"
 
+#include <bit>
+
 Relaxed<WORD> DeviceFlags;
 SymbologyBlock SymbologySettings;
 GeneralBlock GeneralSettings;
@@ -7,14 +9,8 @@ SymbologyBlock SymbologySettingsBefore;
 GeneralBlock GeneralSettingsBefore;
 
 ReaderType FittedReader() {
-    const WORD flags = DeviceFlags;
-    if (flags & Device1D)
-        return ReaderType::Decoder1D;
-    if (flags & DeviceLaser)
-        return ReaderType::LongRangeLaser;
-    if (flags & DeviceImager)
-        return ReaderType::Imager2D;
-    return ReaderType::None;
+    const unsigned barcode = DeviceFlags & DeviceBarcodeMask;
+    return barcode == 0 ? ReaderType::None : static_cast<ReaderType>(1 + std::countr_zero(barcode));
 }
 
 bool HasBarcodeReader() {

@@ -30,6 +30,7 @@ extern GeneralBlock GeneralSettings;      // words from 110 on depend on the fit
 extern SymbologyBlock SymbologySettingsBefore;
 extern GeneralBlock GeneralSettingsBefore;
 
+// In the order of their bits in DeviceFlags.
 enum class ReaderType { None, Decoder1D, LongRangeLaser, Imager2D };
 inline constexpr std::size_t ReaderTypes = 4;
 

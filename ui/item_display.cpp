@@ -67,15 +67,8 @@ void AppendText(ItemDisplay& display) {
 
 // The barcode reader among the active devices is called by its type.
 UINT ReaderTypeText() {
-    switch (FittedReader()) {
-        case ReaderType::Decoder1D:
-            return IDS_CHOICE_READER_TYPE;
-        case ReaderType::LongRangeLaser:
-            return IDS_CHOICE_READER_TYPE + 1;
-        case ReaderType::Imager2D:
-            return IDS_CHOICE_READER_TYPE + 2;
-        case ReaderType::None:
-            break;
+    if (HasBarcodeReader()) {
+        return IDS_CHOICE_READER_TYPE + static_cast<UINT>(FittedReader()) - 1;
     }
     return IDS_CHOICE_ACTIVE_DEVICE;
 }
