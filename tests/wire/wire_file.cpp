@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <stdexcept>
 
@@ -142,13 +143,25 @@ class Reader {
             port = first[0] - '0';
             first.erase(0, 1);
         }
-        if (first == "~") {
+        const bool act = first.size() == 1 && std::string("<>!^@").find(first) != std::string::npos;
+        if (!act && first != "~" && first != "do") {
+            defining_.clear();
+        } else if (!defining_.empty()) {
+            named_[defining_].push_back(words);
+            return;
+        }
+        if (first == "do") {
+            for (DWORD times = words.size() > 2 ? Number(words[2]) : 1; times > 0; --times) {
+                for (const auto& line : named_.at(words.at(1)))
+                    TakeLine(line);
+            }
+        } else if (first == "~") {
             EndWait();
             WireStep wait;
             ReadTime(words.at(1), wait);
             wait.Line = line_;
             wait_ = wait;
-        } else if (first.size() == 1 && std::string("<>!^@").find(first) != std::string::npos) {
+        } else if (act) {
             WireStep step = ReadAct(first[0], words);
             step.Port = port;
             step.Line = line_;
@@ -176,6 +189,9 @@ class Reader {
                           [](char c) { return c != '_' && !std::isalnum(static_cast<unsigned char>(c)); });
             added.Commands = common_;
             cases_.push_back(added);
+        } else if (words[0] == "steps") {
+            defining_ = words.at(1);
+            named_[defining_].clear();
         } else if (words[0] == "port") {
             port_ = static_cast<int>(Number(words.at(1)));
         } else {
@@ -204,6 +220,8 @@ class Reader {
     std::vector<WireCommand> common_;
     std::vector<WireCase> cases_;
     std::optional<WireStep> wait_;
+    std::string defining_;  // the steps that are being named
+    std::map<std::string, std::vector<std::vector<std::string>>> named_;
 };
 
 }  // namespace
