@@ -13,14 +13,27 @@ if(VANTREL_SANITIZE)
   target_link_options(vantrel_options INTERFACE -fsanitize=${VANTREL_SANITIZE})
 endif()
 
+# With VANTREL_UNITY several sources are compiled as one: a build from nothing takes less than half the time. A library
+# whose sources use the same names for different things stays out by vantrel_one_by_one.
+function(vantrel_together name)
+  if(VANTREL_UNITY)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
+  endif()
+endfunction()
+function(vantrel_one_by_one name)
+  set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
+endfunction()
+
 # vantrel_library(NAME SOURCES...): a static library with the project's options.
 function(vantrel_library name)
   add_library(${name} STATIC ${ARGN})
   target_link_libraries(${name} PUBLIC vantrel_options)
+  vantrel_together(${name})
 endfunction()
 
 # vantrel_program(NAME SOURCES...): an executable with the project's options.
 function(vantrel_program name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE vantrel_options)
+  vantrel_together(${name})
 endfunction()

@@ -37,5 +37,6 @@ vantrel_library(vantrel_platform_serial
   linux/keyboard/us_keyboard.cpp
   linux/keyboard/wayland_connection.cpp
   linux/kernel/wake_fd.cpp)
+vantrel_one_by_one(vantrel_platform_serial)
 # Files open ports and ports wait through the kernel's objects: each library needs the other.
 target_link_libraries(vantrel_platform_serial PUBLIC vantrel_platform_kernel PRIVATE PkgConfig::VANTREL_KEYS vantrel_virtual_keyboard)
