@@ -30,8 +30,10 @@ class Rfid : public EndToEnd {
     }
 };
 
+// Greeting, line and blocks come in two pieces.
 TEST_F(Rfid, OnePressReadsALabelAndATag) {
     FitReaders("imager", "90");
+    Wire->Command("fault com2 split 3 25 always");
     WriteSettings(DeviceImager | DeviceRfid, {{&general::CheckReaderStatus, '0'},
                                               {&general::ActiveDevice, '3'},
                                               {&general::DataOutput, '7'},
