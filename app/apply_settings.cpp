@@ -37,7 +37,7 @@ DWORD WINAPI ApplySettingsThread(LPVOID) {
     SetCursor(previous);
     if (!downloaded) {
         if (!ShellState.Closing) {
-            ShowErrorMessage(GetActiveWindow(), ErrorInitBarcodeReader);
+            ShowErrorMessage(ShellState.MainWindow, ErrorInitBarcodeReader);
             SendMessageW(ShellState.MainWindow, WM_DESTROY, 0, 0);
         }
         return ApplyExitCode;

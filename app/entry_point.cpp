@@ -1,5 +1,6 @@
 #include "app/init_thread.h"
 #include "app/main_window.h"
+#include "app/single_instance.h"
 #include "link/message_handlers.h"
 #include "platform/controls.h"
 #include "platform/shell.h"
@@ -15,16 +16,6 @@ namespace {
 
 constexpr int StateImageSize = 15;
 constexpr int StateImageCount = 7;
-
-// Hands over to a running instance: it shows its settings.
-bool FoundRunningInstance() {
-    HWND running = FindWindowW(WindowClassName, WindowTitle);
-    if (!running) {
-        return false;
-    }
-    SendMessageW(running, WM_OPENSETTINGS, 0, 0);
-    return true;
-}
 
 // The area left by the input panel, and by the menu bar unless the docked panel covers it.
 void FitToDesktop(HWND window) {
@@ -44,9 +35,6 @@ void FitToDesktop(HWND window) {
 }
 
 HWND CreateMainWindow(HINSTANCE instance, int showCommand) {
-    if (FoundRunningInstance()) {
-        return nullptr;
-    }
     WNDCLASSW windowClass = {};
     windowClass.lpfnWndProc = MainWndProc;
     windowClass.hInstance = instance;
@@ -122,9 +110,14 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int showCommand) {
 
     ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.Instance = instance;
+    if (!BecomeOnlyInstance()) {
+        return 0;
+    }
+    // Without a screen nobody sees that nothing comes up.
+    const int failed = GetSystemMetrics(SM_CMONITORS) == 0 ? 1 : 0;
     HWND window = CreateMainWindow(instance, showCommand);
     if (!window) {
-        return 0;
+        return failed;
     }
     ShellState.MainWindow = window;
     INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_TREEVIEW_CLASSES | ICC_UPDOWN_CLASS};
@@ -132,11 +125,11 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int showCommand) {
     AddTrayIcon(window);
     ShellState.StateImages = LoadStateImages(instance);
     if (!ShellState.StateImages) {
-        return 0;
+        return failed;
     }
     HANDLE thread = CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr);
     if (!thread) {
-        return 0;
+        return failed;
     }
     CloseHandle(thread);
     return RunMessageLoop();

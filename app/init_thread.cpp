@@ -99,7 +99,12 @@ DWORD Initialize() {
     ShellState.ReaderReady = 0;
     ShellState.ReconfigureReaders = 0;
 
-    DWORD result = FindReaders(LoadSettings());
+    const int loaded = LoadSettings();
+    if (loaded < 0) {
+        // Saving would fail as well; nothing is reset that only could not be read.
+        return ErrorInitialize;
+    }
+    DWORD result = FindReaders(loaded);
     if (result == Success) {
         result = ConfigureReaders();
     }
@@ -127,7 +132,7 @@ DWORD WINAPI InitThread(LPVOID) {
     if (result != Success) {
         SetCursor(previous);
         if (!ShellState.Closing) {
-            ShowErrorMessage(GetActiveWindow(), result);
+            ShowErrorMessage(window, result);
             SendMessageW(window, WM_DESTROY, 0, 0);
         }
         return 0;

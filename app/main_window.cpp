@@ -135,7 +135,7 @@ void OnCommand(HWND window, UINT id) {
 }  // namespace
 
 LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (HandleTriggerMessage(message)) {
+    if (HandleTriggerMessage(message, static_cast<DWORD>(wParam))) {
         return 0;
     }
     LRESULT answer = 0;
@@ -178,8 +178,10 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
             OnShowError(window, static_cast<DWORD>(wParam));
             return 0;
         case WM_DESTROY:
+            // Not found any more: a start that comes now is the first one.
+            SetWindowTextW(window, TEXT(""));
             ShellCleanup();
-            PostQuitMessage(0);
+            PostQuitMessage(static_cast<int>(ShellState.ExitCode));
             return 0;
         default:
             return DefWindowProcW(window, message, wParam, lParam);

@@ -20,11 +20,7 @@ bool StopBarcodeRead() {
     return true;
 }
 
-// An editor of the sheet runs a loop of its own: it is cancelled before its sheet goes.
 void CloseSheet() {
-    if (HWND editor = ShellState.EditorDialog.Exchange(nullptr)) {
-        EndDialog(editor, IDCANCEL);
-    }
     if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
         DestroyWindow(sheet);
     }
@@ -59,6 +55,14 @@ void OpenSettings(HWND window) {
         SetForegroundWindow(window);
         return;
     }
+    if (ShellState.EditorLoops) {
+        // The editor runs inside a notification of the tree that would go with the sheet.
+        ShellState.ReopenSettings = 1;
+        if (HWND editor = ShellState.EditorDialog.Exchange(nullptr)) {
+            EndDialog(editor, IDCANCEL);
+        }
+        return;
+    }
     CloseSheet();
     SetForegroundWindow(window);
     ShowWindow(window, SW_SHOWNORMAL);
@@ -87,9 +91,7 @@ void ApplySettings(HWND window) {
 }
 
 void SendSettings(HWND window) {
-    if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
-        DestroyWindow(sheet);
-    }
+    CloseSheet();
     ShellState.Applying = 1;
     HANDLE thread = CreateThread(nullptr, 0, ApplySettingsThread, nullptr, 0, nullptr);
     if (!thread) {

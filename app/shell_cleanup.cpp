@@ -6,6 +6,7 @@
 #include "link/serial_ports.h"
 #include "platform/message_queue.h"
 #include "platform/serial.h"
+#include "scan/read_feedback.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -54,6 +55,7 @@ void ShellCleanup() {
     ReleaseReceiver(ShellState.RfidPort, ShellState.RfidThread);
     ClosePort(ShellState.BarcodePort, ShellState.BarcodeEnabled);
     ClosePort(ShellState.RfidPort, ShellState.RfidEnabled);
+    EndVibration();
     DestroyWindows();
     CloseQueueEnd(ShellState.QueueReader);
     CloseQueueEnd(ShellState.QueueWriter);

@@ -13,6 +13,21 @@ void MarkItem(HMENU menu, UINT id, bool enabled, bool on) {
     CheckMenuItem(menu, id, MF_BYCOMMAND | (enabled && on ? MF_CHECKED : MF_UNCHECKED));
 }
 
+// Where the menu's bottom right corner goes: above the icon, or at the main window where the icon's place is
+// unknown.
+POINT MenuCorner(HWND window) {
+    NOTIFYICONIDENTIFIER icon = {};
+    icon.cbSize = sizeof icon;
+    icon.hWnd = ShellState.TrayIconData.hWnd;
+    icon.uID = ShellState.TrayIconData.uID;
+    RECT place = {};
+    if (Shell_NotifyIconGetRect(&icon, &place) == S_OK) {
+        return {place.right, place.top};
+    }
+    GetWindowRect(window, &place);
+    return {place.right, place.bottom + 26};
+}
+
 }  // namespace
 
 bool BarcodeItemEnabled() {
@@ -31,11 +46,10 @@ void ShowTrayMenu(HWND window) {
     MarkItem(ShellState.TrayMenu, IDM_BC_READER, BarcodeItemEnabled(), ShellState.BarcodeEnabled);
     MarkItem(ShellState.TrayMenu, IDM_RFID_READER, RfidItemEnabled(), ShellState.RfidEnabled);
 
-    RECT place;
-    GetWindowRect(window, &place);
-    place.bottom += 26;
-    MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&place), 2);
-    TrackPopupMenuEx(ShellState.TrayMenu, TPM_RIGHTALIGN | TPM_BOTTOMALIGN, place.right, place.bottom, window,
+    const POINT corner = MenuCorner(window);
+    // Keys reach the menu, and a tap beside it closes it, while its window is in front.
+    SetForegroundWindow(window);
+    TrackPopupMenuEx(ShellState.TrayMenu, TPM_RIGHTALIGN | TPM_BOTTOMALIGN, corner.x, corner.y, window,
                      nullptr);
 }
 

@@ -48,19 +48,35 @@ void HandleTrigger(bool pressed) {
     }
 }
 
+// Of the last press or release that said its time.
+DWORD LastTime = 0;
+
+// A press that comes after its release was a short tap: it reads for a moment. A release that comes after the
+// next press is that of a read which is over.
+void HandleTimedTrigger(bool pressed, DWORD time) {
+    const bool late = time != 0 && LastTime != 0 && static_cast<LONG>(time - LastTime) < 0;
+    if (!late) {
+        LastTime = time;
+        HandleTrigger(pressed);
+    } else if (pressed && ShellState.TriggerReleased) {
+        HandleTrigger(true);
+        HandleTrigger(false);
+    }
+}
+
 }  // namespace
 
-bool HandleTriggerMessage(UINT message) {
+bool HandleTriggerMessage(UINT message, DWORD time) {
     // The ids are cleared when the program ends, so that no later message is taken for a trigger.
     if (message == 0) {
         return false;
     }
     if (message == ShellState.MsgUser1Down || message == ShellState.MsgUser2Down) {
-        HandleTrigger(true);
+        HandleTimedTrigger(true, time);
         return true;
     }
     if (message == ShellState.MsgUser1Up || message == ShellState.MsgUser2Up) {
-        HandleTrigger(false);
+        HandleTimedTrigger(false, time);
         return true;
     }
     return false;

@@ -27,6 +27,7 @@ using UINT = unsigned int;
 using INT = int;
 using LONG = std::int32_t;
 using ULONG = std::uint32_t;
+using HRESULT = std::int32_t;
 using BOOL = int;
 using CHAR = char;
 using WCHAR = char16_t;

@@ -6,6 +6,7 @@
 #ifdef _WIN32
 
 #define CreateFileW TerminalCreateFileW
+#define GetFileAttributesW TerminalGetFileAttributesW
 #define ReadFile TerminalReadFile
 #define WriteFile TerminalWriteFile
 
@@ -16,6 +17,7 @@
 #define CREATE_ALWAYS 2
 #define OPEN_EXISTING 3
 #define FILE_ATTRIBUTE_NORMAL 0x00000080
+#define INVALID_FILE_ATTRIBUTES 0xFFFFFFFFu
 #define INVALID_FILE_SIZE 0xFFFFFFFFu
 #define FILE_BEGIN 0
 #define INVALID_SET_FILE_POINTER 0xFFFFFFFFu
@@ -27,6 +29,8 @@ using LPOVERLAPPED = OVERLAPPED*;
 // INVALID_HANDLE_VALUE on failure.
 HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, LPSECURITY_ATTRIBUTES security,
                    DWORD disposition, DWORD attributes, HANDLE templateFile);
+// INVALID_FILE_ATTRIBUTES when nothing has the name.
+DWORD GetFileAttributesW(LPCWSTR name);
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped);
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED overlapped);
 DWORD GetFileSize(HANDLE file, LPDWORD sizeHigh);

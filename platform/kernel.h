@@ -16,6 +16,7 @@ using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 
 #define CREATE_SUSPENDED 0x00000004
 #define WAIT_OBJECT_0 0x00000000u
+#define WAIT_ABANDONED 0x00000080u
 #define WAIT_TIMEOUT 258u
 #define WAIT_FAILED 0xFFFFFFFFu
 
@@ -29,6 +30,10 @@ DWORD SuspendThread(HANDLE thread);
 DWORD ResumeThread(HANDLE thread);
 
 HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES security, LONG initialCount, LONG maximumCount, LPCWSTR name);
+BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previousCount);
+// A named mutex is shared by all programs of one terminal: one of them has it, from a fulfilled wait to its
+// end.
+HANDLE CreateMutexW(LPSECURITY_ATTRIBUTES security, BOOL initialOwner, LPCWSTR name);
 // A named event is shared by all programs of one terminal; only automatic reset is offered.
 HANDLE CreateEventW(LPSECURITY_ATTRIBUTES security, BOOL manualReset, BOOL initialState, LPCWSTR name);
 // Waits for an event, a semaphore or the end of a thread: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.

@@ -27,6 +27,18 @@ struct NOTIFYICONDATAW {
 // in.
 BOOL Shell_NotifyIconW(DWORD action, NOTIFYICONDATAW* data);
 
+#define S_OK 0
+#define E_FAIL (static_cast<HRESULT>(0x80004005))
+
+struct NOTIFYICONIDENTIFIER {
+    DWORD cbSize;
+    HWND hWnd;
+    UINT uID;
+    BYTE guidItem[16];
+};
+// Where on the screen the icon is; S_OK, or E_FAIL where nobody tells.
+HRESULT Shell_NotifyIconGetRect(const NOTIFYICONIDENTIFIER* identifier, RECT* place);
+
 struct OPENFILENAMEW {
     DWORD lStructSize;
     HWND hwndOwner;

@@ -66,6 +66,8 @@ struct TPMPARAMS;
 #define WS_VISIBLE 0x10000000u
 #define CW_USEDEFAULT (static_cast<int>(0x80000000u))
 #define GWL_STYLE (-16)
+#define SM_CMONITORS 80
+#define ASFW_ANY 0xFFFFFFFFu
 #define SW_HIDE 0
 #define SW_SHOWNORMAL 1
 #define SW_SHOW 5
@@ -117,11 +119,16 @@ BOOL ScreenToClient(HWND window, POINT* point);
 // The window that has the input focus, when it belongs to this program; else null.
 HWND GetForegroundWindow();
 BOOL SetForegroundWindow(HWND window);
+// Lets the program with this number (ASFW_ANY: whichever) bring a window of its own in front.
+BOOL AllowSetForegroundWindow(DWORD program);
 HWND GetActiveWindow();
 HWND SetActiveWindow(HWND window);
 BOOL SetWindowTextW(HWND window, LPCWSTR text);
 LONG GetWindowLongW(HWND window, int index);
 LONG SetWindowLongW(HWND window, int index, LONG value);
+
+// SM_CMONITORS: how many screens somebody can look at; other values give 0.
+int GetSystemMetrics(int index);
 
 // Messages. HWND_BROADCAST reaches the top-level windows of every program of the terminal and waits at most 5
 // s altogether.

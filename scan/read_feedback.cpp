@@ -46,6 +46,14 @@ void Vibrate(DWORD on) {
     }
 }
 
+void EndVibration() {
+    if (HANDLE semaphore = ShellState.VibratorSemaphore.Exchange(nullptr)) {
+        ReleaseSemaphore(semaphore, 1, nullptr);
+        CloseHandle(semaphore);
+    }
+    SwitchVibrator(0);
+}
+
 DWORD WINAPI VibratorStopThread(LPVOID) {
     // The editor allows 1 to 30 steps, a settings file anything; the vibrator must come to rest all the same.
     const WORD steps = std::clamp<WORD>(Value(general::VibrateDuration), 1, LongestDuration);

@@ -52,32 +52,41 @@ void PutBlock(FileImage& image, std::size_t offset, const Block& block) {
     }
 }
 
-bool ReadImage(FileImage& image) {
+struct FilePath {
+    WCHAR Text[51];
+};
+
+FilePath MakePath() {
+    FilePath path;
+    lstrcpyW(path.Text, Folder);
+    lstrcatW(path.Text, Name);
+    lstrcatW(path.Text, Extension);
+    return path;
+}
+
+// As LoadSettings.
+int ReadImage(FileImage& image) {
     const HANDLE file = OpenSettingsFile(0);
     if (!file)
-        return false;
+        return GetFileAttributesW(MakePath().Text) == INVALID_FILE_ATTRIBUTES ? 0 : -1;
     DWORD read = 0;
     const BOOL done = ReadFile(file, image.data(), SettingsFileSize, &read, nullptr);
     CloseHandle(file);
-    return done && read == SettingsFileSize;
+    return done && read == SettingsFileSize ? 1 : 0;
 }
 
 }  // namespace
 
 HANDLE OpenSettingsFile(int create) {
-    WCHAR path[51];
-    lstrcpyW(path, Folder);
-    lstrcatW(path, Name);
-    lstrcatW(path, Extension);
-    const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+    const HANDLE file = CreateFileW(MakePath().Text, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                     create ? CREATE_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     return file == INVALID_HANDLE_VALUE ? nullptr : file;
 }
 
 int LoadSettings() {
     FileImage image{};
-    if (!ReadImage(image))
-        return 0;
+    if (const int result = ReadImage(image); result != 1)
+        return result;
     DeviceFlags = WordAt(image, FlagsAt);
     TakeBlock(image, SymbologyAt, SymbologySettings);
     TakeBlock(image, GeneralAt, GeneralSettings);

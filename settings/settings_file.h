@@ -10,8 +10,8 @@ inline constexpr DWORD SettingsFileSize = 1100;
 // made. nullptr on failure.
 HANDLE OpenSettingsFile(int create);
 
-// Reads the file into the record and brings a 1.0 file up to date. 1, or 0 where there is no file, or none
-// of full length: then the record is as it was.
+// Reads the file into the record and brings a 1.0 file up to date: 1. Otherwise the record is as it was: 0
+// where there is no file, or none of full length; -1 where there is one that cannot be opened.
 int LoadSettings();
 
 // Writes the record; 0 when the file cannot be created. Where nothing is chosen in ActiveDevice or DataOutput

@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 #include "shell/log.h"
+#include "shell/shell_state.h"
 
 namespace {
 
@@ -50,6 +51,13 @@ int ShowErrorMessage(HWND owner, DWORD code) {
     }
 
     Log(code == FirmwareUpgradeDone ? LogPriority::Notice : LogPriority::Error, TEXT("%s (%u)"), text, code);
+    if (GetSystemMetrics(SM_CMONITORS) == 0) {
+        // Nobody could ever answer. Who started the program learns it from the diary and the exit code.
+        if (code != FirmwareUpgradeDone) {
+            ShellState.ExitCode = 1;
+        }
+        return IDOK;
+    }
     SetForegroundWindow(owner);
     return MessageBoxW(owner, text, caption, MB_OK);
 }

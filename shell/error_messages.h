@@ -29,6 +29,6 @@ inline constexpr DWORD ErrorRebootReader = 20045;       // the decoder does not 
 inline constexpr DWORD FirmwareUpgradeDone = 20049;     // no failure: the closing message of the upgrade
 
 // Brings the owner to the foreground and shows the message of the code with an "OK" button; returns the
-// message box's result once the user has dismissed it. Any thread; what happens next is the caller's
-// business.
+// message box's result once the user has dismissed it. Where there is no screen no box waits: the message is
+// in the diary, and the program ends with code 1. Any thread; what happens next is the caller's business.
 int ShowErrorMessage(HWND owner, DWORD code);

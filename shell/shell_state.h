@@ -7,7 +7,8 @@
 #include "platform/shell.h"
 #include "shell/relaxed.h"
 
-// Private messages of the main window; sent, never posted.
+// Private messages of the main window; sent, but for those that close or replace the settings sheet from
+// inside it.
 inline constexpr UINT WM_SHOWERROR = WM_USER + 1;      // wParam: error code; shows it and closes the program
 inline constexpr UINT WM_TRAYNOTIFY = WM_USER + 2;     // lParam: mouse message on the notification icon
 inline constexpr UINT WM_OPENSETTINGS = WM_USER + 4;   // opens the settings sheet
@@ -67,8 +68,12 @@ struct ShellRecord {
 
     Relaxed<DWORD> Applying;  // the apply thread runs; openings of the settings and reader switches wait
     Relaxed<DWORD> SettingsApplied;  // the reader holds what the record says, until a sheet opens
+    DWORD SheetClosing;              // the sheet has been told to close by one of its buttons
+    DWORD EditorLoops;               // the loop of an editor runs, inside a notification of the sheet's tree
+    DWORD ReopenSettings;            // the settings were asked for meanwhile; they open when it has ended
     DWORD UpgradeActive;             // the firmware upgrade runs: the sheet that owns it stays
     Relaxed<DWORD> ErrorShown;       // an error box is up and the program ends after it
+    Relaxed<DWORD> ExitCode;         // of the program, when it ends now
     Relaxed<DWORD> Closing;  // everything is being released: failures of other threads are no news any more
 
     WCHAR EditorText[11];  // the open editor's result

@@ -1,7 +1,9 @@
 // vantrel-trigger: the terminal's trigger keys, as the messages that its key handling sends.
+#include <cstdint>
 #include <cstdio>
 #include <string_view>
 
+#include "platform/process.h"
 #include "platform/window.h"
 #include "tools/arguments.h"
 #include "tools/trigger.h"
@@ -64,10 +66,19 @@ bool ReadOptions(int count, char** arguments, TriggerOptions& options) {
     return options.What != Action::None;
 }
 
+// When the key was pressed or released, as far as this program knows: when it was started itself, in
+// milliseconds, and never 0. A program that was started later may be the first to get through.
+DWORD KeyTime() {
+    FILETIME creation = {}, exit, kernel, user;
+    GetProcessTimes(GetCurrentProcess(), &creation, &exit, &kernel, &user);
+    const std::uint64_t time = std::uint64_t{creation.dwHighDateTime} << 32 | creation.dwLowDateTime;
+    return static_cast<DWORD>(time / 10'000) | 1u;
+}
+
 }  // namespace
 
 // Looked for each time: the system may have been started anew between a press and its release.
-bool SendTrigger(DWORD key, bool down) {
+bool SendTrigger(DWORD key, bool down, DWORD time) {
     constexpr LPCWSTR Names[2][2] = {{TEXT("WM_USER1UP"), TEXT("WM_USER1DOWN")},
                                      {TEXT("WM_USER2UP"), TEXT("WM_USER2DOWN")}};
     const HWND window = FindWindowW(TEXT("Vantrel"), TEXT("Vantrel v1.29"));
@@ -75,7 +86,7 @@ bool SendTrigger(DWORD key, bool down) {
         std::fputs("vantrel-trigger: vantrel does not run on this terminal\n", stderr);
         return false;
     }
-    SendMessageW(window, RegisterWindowMessageW(Names[key - 1][down]), 0, 0);
+    SendMessageW(window, RegisterWindowMessageW(Names[key - 1][down]), time, 0);
     return true;
 }
 
@@ -92,11 +103,13 @@ int main(int count, char** arguments) {
     if (options.What == Action::List) {
         return ListDevices();
     }
-    if (options.What != Action::Up && !SendTrigger(options.Key, true)) {
+    const DWORD time = KeyTime();
+    if (options.What != Action::Up && !SendTrigger(options.Key, true, time)) {
         return 1;
     }
     if (options.What == Action::Press) {
         Sleep(options.Milliseconds);
     }
-    return options.What == Action::Down || SendTrigger(options.Key, false) ? 0 : 1;
+    return options.What == Action::Down || SendTrigger(options.Key, false, time + options.Milliseconds) ? 0
+                                                                                                        : 1;
 }

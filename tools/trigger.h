@@ -6,9 +6,10 @@
 
 #include "platform/base.h"
 
-// Tells the running program that trigger key 1 or 2 went down or came up. False, said on standard error, when
-// none runs.
-bool SendTrigger(DWORD key, bool down);
+// Tells the running program that trigger key 1 or 2 went down or came up, and when, in milliseconds; 0 says
+// that the messages of this program come in order by themselves. False, said on standard error, when none
+// runs.
+bool SendTrigger(DWORD key, bool down, DWORD time);
 
 // A key of an input device and the trigger key that it stands for.
 struct BoundKey {

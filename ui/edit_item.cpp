@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "resources/resource.h"
 #include "settings/catalogue.h"
@@ -12,11 +13,15 @@
 namespace {
 
 // Runs an editor; true when it was closed with OK. Its page may be gone afterwards: while the editor is open,
-// a second start, an error or the end of the program take the sheet away.
+// an error or the end of the program take the sheet away. A second start waits for its end.
 bool RunEditor(const Tap& tap, int dialog, DLGPROC procedure) {
     const LPARAM item = MAKELPARAM(tap.Item.Parameter, tap.PageBase);
+    ++ShellState.EditorLoops;
     const INT_PTR result =
         DialogBoxParamW(ShellState.Instance, MAKEINTRESOURCEW(dialog), tap.Page, procedure, item);
+    if (--ShellState.EditorLoops == 0 && std::exchange(ShellState.ReopenSettings, 0u)) {
+        PostMessageW(ShellState.MainWindow, WM_OPENSETTINGS, 0, 0);
+    }
     return result == IDOK && IsWindow(tap.Tree);
 }
 

@@ -1,5 +1,7 @@
 #include "ui/settings_pages.h"
 
+#include <utility>
+
 #include "settings/catalogue.h"
 #include "shell/shell_state.h"
 #include "ui/page_tree.h"
@@ -7,16 +9,23 @@
 
 namespace {
 
+// What closes the sheet is posted, once: the sheet must outlive the notification that it has sent.
+void PostOnce(UINT message) {
+    if (!std::exchange(ShellState.SheetClosing, 1u)) {
+        PostMessageW(ShellState.MainWindow, message, 0, 0);
+    }
+}
+
 INT_PTR OnNotify(DWORD pageBase, HWND page, const NMHDR* notification) {
     if (notification->code == PSN_QUERYCANCEL) {
         // Without settings to work by there is nothing to go back to: the program ends.
-        SendMessageW(ShellState.MainWindow, WM_CLOSE, 0, 0);
+        PostOnce(WM_CLOSE);
         return 1;
     }
     if (notification->code == PSN_APPLY) {
-        // Every page is told; one of them acts. The sheet is gone when it returns.
+        // Every page is told; one of them acts.
         if (pageBase == PageGeneral) {
-            SendMessageW(ShellState.MainWindow, WM_APPLYSETTINGS, 0, 0);
+            PostOnce(WM_APPLYSETTINGS);
         }
         return 1;
     }

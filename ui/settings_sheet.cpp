@@ -52,6 +52,7 @@ void KeepSnapshots() {
 int ShowSettingsSheet(HWND owner) {
     ShellState.BarcodeEnabled = 0;
     ShellState.RfidEnabled = 0;
+    ShellState.SheetClosing = 0;
     KeepSnapshots();
 
     PROPSHEETPAGEW pages[MaxPages] = {};

@@ -79,6 +79,11 @@ HANDLE WINAPI TerminalCreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, L
     return CreateFileW(path.c_str(), access, shareMode, security, disposition, attributes, templateFile);
 }
 
+DWORD WINAPI TerminalGetFileAttributesW(LPCWSTR name) {
+    const std::wstring path = layer::HostPath(name);
+    return path.empty() ? INVALID_FILE_ATTRIBUTES : GetFileAttributesW(path.c_str());
+}
+
 BOOL WINAPI TerminalReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
     if (const auto port = layer::FindPort(file)) {
         return port->Read(static_cast<BYTE*>(buffer), size, *read);

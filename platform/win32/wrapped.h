@@ -9,6 +9,7 @@
 
 // Files of the terminal folder and serial ports.
 decltype(CreateFileW) TerminalCreateFileW;
+decltype(GetFileAttributesW) TerminalGetFileAttributesW;
 decltype(ReadFile) TerminalReadFile;
 decltype(WriteFile) TerminalWriteFile;
 decltype(CloseHandle) TerminalCloseHandle;

@@ -20,6 +20,7 @@
 #include "link/serial_ports.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/screen.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/sound.h"
@@ -104,11 +105,13 @@ std::string PlainText(QString text) {
 AppStage::AppStage(Conversation::Complaint complain) : WireStage(std::move(complain)) {
     setenv("VANTREL_KEYBOARD", ("trace:" + Keys.Path).c_str(), 1);
     layer::StartWindows();
+    layer::SeeWithoutAScreen();
     layer::PrepareKeyboard();
     RegisterMainClass();
     std::destroy_at(&ShellState);
     std::construct_at(&ShellState);
     ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
+    ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.MainWindow = CreateWindowExW(0, WindowClassName, WindowTitle, WS_VISIBLE, 0, 0, 240, 294,
                                             nullptr, nullptr, nullptr, nullptr);
     ShellState.StateImages = LoadImages();
@@ -179,6 +182,8 @@ void AppStage::Prepare(const Words& words) {
         RunMainWindow();
     } else if (what == "save") {
         SaveSettings();
+    } else if (what == "blocked") {
+        std::filesystem::create_directory(terminal_.Path("DiskOnChip/Vantrel.ini"));
     } else if (what == "front") {
         ShowWindow(ShellState.MainWindow, SW_SHOWNORMAL);
         SetForegroundWindow(ShellState.MainWindow);
@@ -207,15 +212,16 @@ DWORD AppStage::OpenMenu(const std::string& item) {
 DWORD AppStage::CallByName(const Words& words) {
     const std::string& name = At(words, 1);
     const bool secondKey = words.size() > 2 && words[2] == "2";
+    const WPARAM time = words.size() > 3 ? ToNumber(words[3]) : 0;
     if (name == "start") {
         CloseHandle(CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr));
         return 1;
     }
     if (name == "press") {
-        return Send(secondKey ? ShellState.MsgUser2Down : ShellState.MsgUser1Down);
+        return Send(secondKey ? ShellState.MsgUser2Down : ShellState.MsgUser1Down, time);
     }
     if (name == "release") {
-        return Send(secondKey ? ShellState.MsgUser2Up : ShellState.MsgUser1Up);
+        return Send(secondKey ? ShellState.MsgUser2Up : ShellState.MsgUser1Up, time);
     }
     if (name == "menu") {
         return OpenMenu(words.size() > 2 ? Unquote(words[2]) : "");
@@ -284,6 +290,9 @@ void AppStage::Expect(const Words& words, int line) {
     } else if (what == "window") {
         HWND window = ShellState.MainWindow;
         ExpectText(line, what, At(words, 2), IsWindowVisible(window) ? "shown" : "hidden");
+    } else if (what == "vibrator") {
+        ExpectText(line, what, At(words, 2),
+                   ReadWholeFile(terminal_.Path("VIBRATOR")).starts_with("1") ? "on" : "off");
     } else if (what == "file") {
         const std::string file = ReadWholeFile(terminal_.Path("DiskOnChip/Vantrel.ini"));
         const std::size_t at = ToNumber(At(words, 2));

@@ -1,4 +1,5 @@
 // Where scans go, and that no consumer can keep them from going there.
+#include <array>
 #include <csignal>
 #include <thread>
 
@@ -66,7 +67,15 @@ TEST_P(Outputs, EachOnItsOwn) {
     EXPECT_TRUE(Running->End());
 }
 
-INSTANTIATE_TEST_SUITE_P(DataOutput, Outputs, testing::Range(1, 8));
+INSTANTIATE_TEST_SUITE_P(DataOutput, Outputs, testing::Range(1, 8), [](const auto& tested) {
+    std::string name;
+    for (int bit = 0; bit < 3; ++bit) {
+        name += tested.param >> bit & 1
+                    ? std::array{"Keys", "Messages", "Event"}[static_cast<std::size_t>(bit)]
+                    : "";
+    }
+    return name;
+});
 
 // The engine sends a packet again when it is refused, arrives in two pieces or gets no answer it can read.
 TEST_F(Delivery, ALabelIsTypedWholeAndOnceThoughPacketsAreResent) {
@@ -146,24 +155,6 @@ TEST_F(Delivery, ConsumersStayThroughRestarts) {
     EXPECT_TRUE(event->Wait());
     EXPECT_TRUE(messages->Wait());
     ExpectNothingLeft();
-}
-
-// A trigger that comes while keys are still being taken in does nothing; the next one reads. Either key
-// works.
-TEST_F(Delivery, BothTriggerKeysAndABusyTransfer) {
-    StartLaser('1');
-    EXPECT_EQ(Scan("3 repeat:60:long", 61),
-              std::string("longlonglonglonglonglonglonglonglonglonglonglonglonglonglong\n"));
-    Wire->Forget();
-    Trigger({"down", "--key", "2"});  // 61 x 12 ms after the last key
-    EXPECT_FALSE(Wire->Saw("decoding com1 on", 150));
-    Trigger({"up", "--key", "2"});
-    std::this_thread::sleep_for(std::chrono::milliseconds(700));
-    Wire->Command("label 1 KEY2");
-    Trigger({"down", "--key", "2"});
-    EXPECT_EQ(Desktop.Typed(5), "KEY2\n");
-    Trigger({"up", "--key", "2"});
-    EXPECT_TRUE(Running->End());
 }
 
 // Sound files are named by number; the vibrator runs for its time and stops by itself.

@@ -101,21 +101,10 @@ TEST_F(Download, TheSettingsWaitForItsEnd) {
     ASSERT_TRUE(Wire->Saw("event parameters com1", 15000));
     Vantrel second;
     EXPECT_EQ(second.Ended(), 0);
-    const auto settings = [&] {
-        for (const ScreenWindow& window : Desktop.Windows()) {
-            if (window.Title == "Vantrel v1.29" && window.Width >= 200) {
-                return true;
-            }
-        }
-        return false;
-    };
-    EXPECT_FALSE(settings());
+    EXPECT_FALSE(SettingsOpen(true, 0));
     EXPECT_EQ(Wire->Count("rx com1 04 E5"), 0) << "a read was stopped in the middle of the download";
     ASSERT_TRUE(Wire->Saw("tx com1 04 D0", 5000));
-    for (int tries = 0; tries < 100 && !settings(); ++tries) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    EXPECT_TRUE(settings());
+    EXPECT_TRUE(SettingsOpen());
     EXPECT_FALSE(Desktop.WaitForWindow(ErrorBoxTitle, 0));
     EXPECT_TRUE(Running->End());
     ExpectNothingLeft();

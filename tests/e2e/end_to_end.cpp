@@ -93,7 +93,7 @@ bool EndToEnd::WaitUntilReady(int milliseconds) {
                     return true;
                 }
             }
-            Wire->Saw("no such line", 10);
+            Pause(10);
         }
     }
     return false;
@@ -125,6 +125,16 @@ std::string EndToEnd::Scan(const std::string& label, std::size_t typed) {
     std::string text = Desktop.Typed(typed);
     Trigger({"up"});
     return text;
+}
+
+bool EndToEnd::SettingsOpen(bool wanted, int milliseconds) {
+    return Within(milliseconds, [&] {
+        bool found = false;
+        for (const ScreenWindow& window : Desktop.Windows()) {
+            found = found || (window.Title == "Vantrel v1.29" && window.Width > 300);
+        }
+        return found == wanted;
+    });
 }
 
 void EndToEnd::ExpectNothingLeft() {

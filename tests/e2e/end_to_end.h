@@ -13,6 +13,7 @@
 #include "tests/e2e/program.h"
 #include "tests/e2e/readers.h"
 #include "tests/e2e/screen.h"
+#include "tests/e2e/waiting.h"
 #include "tests/support/temporary_terminal.h"
 
 using SettingValue = std::pair<const Setting*, WORD>;
@@ -43,6 +44,10 @@ class EndToEnd : public testing::Test {
     // Presents a label, holds the trigger until it has been read, releases it, and waits for the text.
     // `label` is "TYPE DATA".
     std::string Scan(const std::string& label, std::size_t typed);
+
+    // Waits until the settings sheet is there, or gone; false when it is not in time. The main window that it
+    // lies over has its title, but is smaller.
+    bool SettingsOpen(bool wanted = true, int milliseconds = 5000);
 
     // Nothing of an ended program is left: names shared between processes, sockets, vibrator, keys.
     void ExpectNothingLeft();

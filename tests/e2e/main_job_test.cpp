@@ -71,9 +71,7 @@ TEST_F(EndToEnd, EveryCharacterIsTypedIntoATerminalProgram) {
         Trigger({"up"});
     }
     const std::string expected = printable + "\n" + second + "\n";
-    for (int tries = 0; tries < 100 && ReadWholeFile(file).size() < expected.size(); ++tries) {
-        Wire->Saw("no such line", 50);
-    }
+    Within(5000, [&] { return ReadWholeFile(file).size() >= expected.size(); });
     EXPECT_EQ(ReadWholeFile(file), expected);
     EXPECT_TRUE(Desktop.KeysAreUp());
     EXPECT_TRUE(Running->End());

@@ -12,6 +12,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "tests/e2e/waiting.h"
+
 namespace {
 
 constexpr int Quiet = 150;  // milliseconds in which nothing more is expected
@@ -27,22 +29,6 @@ bool EventWithin(Display* display, int milliseconds) {
 // A window may go while it is looked at.
 int IgnoreError(Display*, XErrorEvent*) {
     return 0;
-}
-
-void Pause() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-}
-
-template <class Condition>
-bool Within(int milliseconds, const Condition& condition) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= until) {
-            return false;
-        }
-        Pause();
-    }
-    return true;
 }
 
 }  // namespace

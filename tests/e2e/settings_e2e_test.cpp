@@ -33,27 +33,11 @@ class SettingsByHand : public EndToEnd {
         }
     }
 
-    // The sheet has the program's title, like the main window that it lies over, but is larger.
-    bool SheetThere(bool wanted = true) {
-        for (int tries = 0; tries < 100; ++tries) {
-            bool found = false;
-            for (const ScreenWindow& window : Desktop.Windows()) {
-                found = found || (window.Title == "Vantrel v1.29" && window.Width > 300);
-            }
-            if (found == wanted) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(200));
-                return true;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        }
-        return false;
-    }
-
     // A second start has the running program open its settings.
     void OpenByStartingAgain() {
         Vantrel second;
         EXPECT_EQ(second.Ended(), 0);
-        ASSERT_TRUE(SheetThere());
+        ASSERT_TRUE(SettingsOpen());
     }
 
     // Opens the editor of "Prefix Code", the ninth item of the page that the sheet opens on.
@@ -87,7 +71,7 @@ TEST_P(SettingsFromIcon, ChangesReachTheReaderTheFileAndTheNextScan) {
     TapIcon();
     // The menu: the barcode reader, then (the RFID reader is grey) the settings.
     Press({XK_Down, XK_Down, XK_Return});
-    ASSERT_TRUE(SheetThere());
+    ASSERT_TRUE(SettingsOpen());
     Wire->Forget();
     Trigger({"press", "200"});
     EXPECT_FALSE(Wire->Saw("event decoding on", 500)) << "the readers are on while the settings are open";
@@ -105,7 +89,7 @@ TEST_P(SettingsFromIcon, ChangesReachTheReaderTheFileAndTheNextScan) {
     // Behind the tree come the tabs, then OK.
     Press({XK_Tab, XK_Tab, XK_Return});
     EXPECT_TRUE(Wire->Saw("param 08 = 00", 10000));
-    EXPECT_TRUE(SheetThere(false));
+    EXPECT_TRUE(SettingsOpen(false));
     Desktop.BringToFront();
     ASSERT_TRUE(WaitUntilReady());
     EXPECT_EQ(SettingsWord(OffsetOf(engine::EnableCode128)), '0');
@@ -151,7 +135,7 @@ TEST_F(SettingsByHand, ASecondStartReplacesTheSheetAndItsEditor) {
     ASSERT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     Press({XK_Tab, XK_Tab, XK_Return});
-    EXPECT_TRUE(SheetThere(false));
+    EXPECT_TRUE(SettingsOpen(false));
     Desktop.BringToFront();
     ASSERT_TRUE(WaitUntilReady());
     EXPECT_EQ(Scan("3 AB12", 7), "qwAB12\n");

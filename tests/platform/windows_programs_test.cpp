@@ -370,21 +370,4 @@ TEST_F(ProgramsTest, ADamagedListOfNumbersIsReadForWhatItIsWorth) {
     EXPECT_GE(RegisterWindowMessageW(TEXT("TOO_LOW")), 0xC000u);
 }
 
-TEST_F(ProgramsTest, OfProgramsThatStartTogetherOneIsFirst) {
-    for (int round = 0; round < 3; ++round) {
-        std::vector<std::unique_ptr<ChildProcess>> children;
-        for (int i = 0; i < 6; ++i) {
-            children.push_back(std::make_unique<ChildProcess>(
-                std::vector<std::string>{WINDOWS_CHILD, "serve", "Only", "one"}));
-        }
-        int first = 0;
-        for (const auto& child : children) {
-            const auto line = child->ReadLine(20000);
-            first += line == "ready" ? 1 : 0;
-            EXPECT_THAT(line.value_or("nothing"), testing::AnyOf("ready", "found", "late"));
-        }
-        EXPECT_EQ(first, 1);
-    }
-}
-
 }  // namespace

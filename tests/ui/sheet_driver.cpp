@@ -11,6 +11,7 @@
 #include "firmware/upgrade.h"
 #include "link/read_timers.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/screen.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"
 #include "resources/resource.h"
@@ -119,6 +120,7 @@ QModelIndex IndexOf(HWND tree, HTREEITEM item) {
 
 SheetTest::SheetTest() {
     layer::StartWindows();
+    layer::SeeWithoutAScreen();
     RegisterMainClass();
     World = {};
     HWND window = CreateWindowExW(0, WindowClassName, WindowTitle, 0, 0, 0, 240, 294, nullptr, nullptr,

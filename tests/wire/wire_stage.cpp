@@ -354,7 +354,7 @@ void WireStage::Settle() {
         const std::uint64_t next = std::min(clock_.NextWake(), talk_.NextArrival());
         if (next == layer::Forever || clock_.Now() >= end)
             return;
-        Step(next);
+        Step(std::min(next, end));
     }
 }
 

@@ -2,11 +2,10 @@
 
 #include <array>
 #include <chrono>
-#include <optional>
+#include <memory>
 #include <thread>
 #include <vector>
 
-#include "platform/linux/windows/find_window.h"
 #include "platform/window.h"
 #include "settings/settings_change.h"
 #include "settings/settings_file.h"
@@ -65,15 +64,16 @@ std::vector<BYTE> ChangeFrom(const Words& before) {
 
 std::string Load(std::chrono::seconds longest) {
     const auto until = SteadyClock::now() + longest;
-    while (!LoadSettings()) {
-        const HANDLE file = OpenSettingsFile(0);
-        if (file != nullptr)
-            CloseHandle(file);
-        if (file != nullptr || SteadyClock::now() > until)
+    for (;;) {
+        const int loaded = LoadSettings();
+        if (loaded == 1)
+            return {};
+        if (loaded == 0)
             return "this terminal has no settings file yet, or no whole one; vantrel makes it when it starts";
+        if (SteadyClock::now() > until)
+            return "the settings file is there, but cannot be opened";
         std::this_thread::sleep_for(Pause);
     }
-    return {};
 }
 
 std::string SendChange(HWND window, std::vector<BYTE> change) {
@@ -111,11 +111,16 @@ std::string LoadTerminal() {
 }
 
 std::string ChangeTerminal(const std::function<bool()>& change) {
-    // While the lock is held no program can start, and one that has begun to is found.
-    std::optional<layer::FolderLock> lock(std::in_place);
-    const HWND running = FindWindowW(WindowClassName, WindowTitle);
-    if (running != nullptr)
-        lock.reset();
+    // Whoever has the mutex is the only instance: while it is held here none starts, and one that has begun
+    // to is found before long.
+    const std::shared_ptr<void> mutex(CreateMutexW(nullptr, FALSE, WindowClassName), CloseHandle);
+    const auto until = SteadyClock::now() + LongestBusy;
+    HWND running = nullptr;
+    while ((running = FindWindowW(WindowClassName, WindowTitle)) == nullptr &&
+           WaitForSingleObject(mutex.get(), 100) == WAIT_TIMEOUT) {
+        if (SteadyClock::now() > until)
+            return "vantrel neither runs nor has ended; nothing was changed";
+    }
     // A first start makes the file when it has found the readers.
     if (std::string wrong = Load(running != nullptr ? LongestBusy : LongestLoad); !wrong.empty())
         return wrong;

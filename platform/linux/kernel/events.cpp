@@ -31,13 +31,27 @@ class LocalEvent : public LocalObject, public Event {
 
 class Semaphore : public LocalObject {
   public:
-    explicit Semaphore(LONG count) : count_(count) {}
+    Semaphore(LONG count, LONG most) : count_(count), most_(most) {}
+
+    BOOL Release(LONG count, LONG* previous) {
+        std::scoped_lock lock(mutex_);
+        if (count < 1 || count > most_ - count_) {
+            return FALSE;
+        }
+        if (previous != nullptr) {
+            *previous = count_;
+        }
+        count_ += count;
+        changed_.notify_all();
+        return TRUE;
+    }
 
   private:
     bool Ready() const override { return count_ > 0; }
     void Take() override { --count_; }
 
     LONG count_;
+    const LONG most_;
 };
 
 }  // namespace
@@ -61,7 +75,13 @@ HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG initialCount, LONG maximumCo
     if (named || initialCount < 0 || maximumCount < 1 || initialCount > maximumCount) {
         return nullptr;
     }
-    return layer::NewHandle(std::make_shared<layer::Semaphore>(initialCount));
+    return layer::NewHandle(std::make_shared<layer::Semaphore>(initialCount, maximumCount));
+}
+
+BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previousCount) {
+    layer::SuspendPoint();
+    const auto found = layer::FindObjectAs<layer::Semaphore>(semaphore);
+    return found != nullptr ? found->Release(count, previousCount) : FALSE;
 }
 
 BOOL EventModify(HANDLE event, DWORD action) {

@@ -1,5 +1,8 @@
 #include "platform/files.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <string>
 
 #include "platform/linux/kernel/disk_file.h"
@@ -47,6 +50,16 @@ HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, LPSECURITY_ATTRI
     }
     const HANDLE handle = layer::NewHandle(layer::OpenByName(name, {access, shareMode, disposition}));
     return handle != nullptr ? handle : INVALID_HANDLE_VALUE;
+}
+
+DWORD GetFileAttributesW(LPCWSTR name) {
+    layer::SuspendPoint();
+    const std::string path = name != nullptr ? layer::HostPath(name) : std::string();
+    struct stat status {};
+    if (path.empty() || (stat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR))) {
+        return INVALID_FILE_ATTRIBUTES;
+    }
+    return FILE_ATTRIBUTE_NORMAL;
 }
 
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {

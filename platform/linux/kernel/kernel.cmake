@@ -17,8 +17,10 @@ vantrel_library(vantrel_platform_kernel
   linux/kernel/log.cpp
   linux/kernel/message_queue.cpp
   linux/kernel/named_event.cpp
+  linux/kernel/named_mutex.cpp
   linux/kernel/objects.cpp
   linux/kernel/posix.cpp
+  linux/kernel/process_times.cpp
   linux/kernel/shared_names.cpp
   linux/kernel/sound.cpp
   linux/kernel/terminal.cpp

@@ -7,12 +7,16 @@
 #include <QPointer>
 #include <QThread>
 #include <QTimer>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/main_thread.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/program_socket.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_table.h"
 
 namespace layer {
@@ -39,6 +43,10 @@ Listener& TheListener() {
 
 AnswerLine FindHere(const WindowLine& line) {
     AnswerLine answer;
+    // Who looks for a window wants one that will be there.
+    if (EndRequested()) {
+        return answer;
+    }
     const auto* className = line.ClassName ? &*line.ClassName : nullptr;
     const auto* title = line.Title ? &*line.Title : nullptr;
     const std::vector<WindowEntry> found = OwnTopLevelWindows(className, title);
@@ -142,6 +150,8 @@ bool StartListening() {
     const std::string name = std::to_string(getpid()) + "-" + std::to_string(++count);
     const int socket = ListenAs(name);
     if (socket < 0) {
+        Say(LogPriority::Error, "no socket for other programs' messages in %s: %s", WindowsFolder().c_str(),
+            std::strerror(errno));
         return false;
     }
     listener.Server = new QLocalServer;

@@ -3,15 +3,18 @@
 // windows says who took which, a line for each: the number in hexadecimal, a blank, the name.
 #include "platform/linux/windows/registered_messages.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <mutex>
 #include <vector>
 
+#include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/terminal.h"
 #include "platform/linux/kernel/thread.h"
-#include "platform/linux/windows/find_window.h"
 #include "platform/linux/windows/program_socket.h"
 #include "platform/linux/windows/window_table.h"
 
@@ -85,7 +88,10 @@ Registrations ReadFile() {
 }
 
 UINT AgreeOnNumber(const Registrations& own, const std::u16string& name) {
-    const FolderLock lock;
+    // Programs that add a name take turns; one that is stopped in the middle of it stops the others for a
+    // while only.
+    const Descriptor turn(open((WindowsFolder() + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    LockFile(turn.Number(), LOCK_EX, std::chrono::seconds(5));
     const Registrations agreed = ReadFile();
     if (const UINT known = NumberIn(agreed, name); known != 0) {
         return known;

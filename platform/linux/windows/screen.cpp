@@ -7,6 +7,7 @@
 #include <QWindow>
 
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/window_manager.h"
 #include "platform/linux/windows/window_object.h"
 
@@ -15,10 +16,19 @@ namespace layer {
 namespace {
 
 int Strip = 0;
+bool SeenByATest = false;
 
 constexpr int LongestExposure = 300;  // milliseconds that a window server may take to show a new window
 
 }  // namespace
+
+bool ScreenIsSeen() {
+    return SeenByATest || QGuiApplication::platformName() != "offscreen";
+}
+
+void SeeWithoutAScreen() {
+    SeenByATest = true;
+}
 
 bool FocusIsReal() {
     const QString platform = QGuiApplication::platformName();
@@ -64,3 +74,10 @@ void PaintNow(QWidget* widget) {
 }
 
 }  // namespace layer
+
+int GetSystemMetrics(int index) {
+    return layer::OnMain([=] {
+        const bool counted = index == SM_CMONITORS && layer::ScreenIsSeen();
+        return counted ? static_cast<int>(QGuiApplication::screens().size()) : 0;
+    });
+}

@@ -3,6 +3,10 @@
 
 namespace layer {
 
+// Somebody can see what is shown and answer it.
+bool ScreenIsSeen();
+// Tests see without a screen, too.
+void SeeWithoutAScreen();
 // The display server gives the focus to one window of all programs.
 bool FocusIsReal();
 // Keeps a strip of this height at the bottom of the screen free of windows; 0 gives it back.

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -84,8 +85,11 @@ void HandleQtMessage(QtMsgType type, const QMessageLogContext& context, const QS
     }
 }
 
+std::atomic<bool> SignalCame{false};
+
 void NoteSignal(int) {
     const int saved = errno;
+    SignalCame = true;
     const char byte = 0;
     [[maybe_unused]] const auto written = write(SignalPipe[1], &byte, 1);
     errno = saved;
@@ -137,6 +141,10 @@ void StartWindows() {
     RegisterCommonControls();
     OpenMailbox();
     FeedWatchdog();
+}
+
+bool EndRequested() {
+    return SignalCame;
 }
 
 void TakeSignals() {

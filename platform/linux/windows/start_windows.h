@@ -7,6 +7,8 @@ namespace layer {
 // DISPLAY is set, else the frame buffer where there is one, else none (offscreen). The thread becomes the
 // main thread.
 void StartWindows();
+// A signal has asked for the end.
+bool EndRequested();
 // SIGTERM, SIGINT, SIGHUP and the end of the session close the main window from now on; a second one ends the
 // message loop.
 void TakeSignals();

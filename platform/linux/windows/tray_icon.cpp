@@ -69,7 +69,9 @@ class NotificationIcon {
     NotificationIcon(const NotificationIcon&) = delete;
     NotificationIcon& operator=(const NotificationIcon&) = delete;
 
-    bool Is(const NOTIFYICONDATAW& data) const { return data_.hWnd == data.hWnd && data_.uID == data.uID; }
+    bool Is(HWND window, UINT id) const { return data_.hWnd == window && data_.uID == id; }
+    // Empty where the notification area does not tell.
+    QRect Place() const { return standIn_ != nullptr ? standIn_->geometry() : tray_->geometry(); }
 
   private:
     void Tapped() {
@@ -100,7 +102,7 @@ std::vector<std::unique_ptr<NotificationIcon>>& Icons() {
 
 BOOL AddIcon(const NOTIFYICONDATAW& data) {
     for (const auto& icon : Icons()) {
-        if (icon->Is(data)) {
+        if (icon->Is(data.hWnd, data.uID)) {
             return FALSE;
         }
     }
@@ -109,7 +111,9 @@ BOOL AddIcon(const NOTIFYICONDATAW& data) {
 }
 
 BOOL DeleteIcon(const NOTIFYICONDATAW& data) {
-    return std::erase_if(Icons(), [&](const auto& icon) { return icon->Is(data); }) != 0 ? TRUE : FALSE;
+    return std::erase_if(Icons(), [&](const auto& icon) { return icon->Is(data.hWnd, data.uID); }) != 0
+               ? TRUE
+               : FALSE;
 }
 
 }  // namespace
@@ -161,5 +165,18 @@ BOOL Shell_NotifyIconW(DWORD action, NOTIFYICONDATAW* data) {
             default:
                 return FALSE;
         }
+    });
+}
+
+HRESULT Shell_NotifyIconGetRect(const NOTIFYICONIDENTIFIER* identifier, RECT* place) {
+    return layer::OnMain([=]() -> HRESULT {
+        for (const auto& icon : layer::Icons()) {
+            const QRect found = icon->Place();
+            if (icon->Is(identifier->hWnd, identifier->uID) && !found.isEmpty()) {
+                *place = {found.left(), found.top(), found.right() + 1, found.bottom() + 1};
+                return S_OK;
+            }
+        }
+        return E_FAIL;
     });
 }

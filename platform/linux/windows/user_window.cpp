@@ -3,7 +3,7 @@
 #include <QCloseEvent>
 #include <map>
 
-#include "platform/linux/windows/find_window.h"
+#include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_table.h"
@@ -129,15 +129,12 @@ HWND CreateWindowExW(DWORD, LPCWSTR className, LPCWSTR title, DWORD style, int x
         init.Place = QRect(x == CW_USEDEFAULT ? area.x() : x, y == CW_USEDEFAULT ? area.y() : y,
                            width == CW_USEDEFAULT ? area.width() : width,
                            height == CW_USEDEFAULT ? area.height() : height);
-        layer::WindowPtr window;
-        {
-            layer::FirstInstance first(init.ClassName, init.Text);
-            if (!first.Granted()) {
-                return nullptr;
-            }
-            window = std::make_shared<layer::UserWindow>(init, windowClass->Procedure);
-            layer::Adopt(window);
+        // A window that other programs cannot reach is none.
+        if (!layer::StartListening()) {
+            return nullptr;
         }
+        const layer::WindowPtr window = std::make_shared<layer::UserWindow>(init, windowClass->Procedure);
+        layer::Adopt(window);
         if (window->Message(WM_CREATE, 0, 0) == -1) {
             layer::Destroy(*window);
         }
