@@ -81,7 +81,7 @@ std::string SwaySession::Ask(const std::string& command) {
 
 void SwaySession::OpenTerminal() {
     terminal_ =
-        Run("exec foot --config=/dev/null sh -c 'stty raw -echo; exec cat >$XDG_RUNTIME_DIR/typed' "
+        Run("exec foot --config=/dev/null sh -c 'stty raw -echo; exec tee $XDG_RUNTIME_DIR/typed' "
             "2>$XDG_RUNTIME_DIR/foot.log");
     Await("foot does not come to the front", [&] {
         const std::string tree = Ask("-t get_tree");

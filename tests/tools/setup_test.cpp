@@ -48,6 +48,7 @@ TEST_F(Setup, BothReadersAreFoundAndLinked) {
 
 TEST_F(Setup, TerminalWithoutAnRfidReaderWorks) {
     Devices("laser", "none");
+    WriteSettings(DeviceLaser);
     EXPECT_EQ(Run({"--yes"}), 0) << output_;
     EXPECT_EQ(Link("COM1"), devices_[1]);
     EXPECT_EQ(Link("COM2"), "/dev/null");
@@ -60,7 +61,7 @@ TEST_F(Setup, TerminalWithoutAnRfidReaderWorks) {
     // A device that does not answer takes no link away.
     fs::remove(Terminal.Path("COM1"));
     fs::create_symlink("/dev/serial/by-id/unplugged", Terminal.Path("COM1"));
-    devices_ = {"/dev/null"};
+    devices_ = {"/dev/zero"};
     EXPECT_EQ(Run({"--yes"}), 1);
     EXPECT_EQ(Link("COM1"), "/dev/serial/by-id/unplugged");
 }

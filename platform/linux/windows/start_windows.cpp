@@ -44,6 +44,8 @@ void ChoosePlatform() {
     if (IsSet("DISPLAY")) {
         // A display that cannot be reached leaves a program without windows rather than no program.
         setenv("QT_QPA_PLATFORM", "xcb;offscreen", 1);
+    } else if (IsSet("WAYLAND_DISPLAY")) {
+        setenv("QT_QPA_PLATFORM", "wayland;offscreen", 1);
     } else if (access("/dev/fb0", R_OK | W_OK) == 0) {
         setenv("QT_QPA_PLATFORM", "linuxfb", 1);
     } else {

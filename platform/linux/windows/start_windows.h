@@ -4,8 +4,8 @@
 namespace layer {
 
 // Starts Qt and the message loop; once. The platform is the environment's (QT_QPA_PLATFORM), else X11 where
-// DISPLAY is set, else the frame buffer where there is one, else none (offscreen). The thread becomes the
-// main thread.
+// DISPLAY is set, else Wayland where WAYLAND_DISPLAY is, else the frame buffer where there is one, else none
+// (offscreen). The thread becomes the main thread.
 void StartWindows();
 // A signal has asked for the end.
 bool EndRequested();

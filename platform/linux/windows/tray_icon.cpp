@@ -82,7 +82,8 @@ class NotificationIcon {
     void Choose() {
         if (tray_ != nullptr && QSystemTrayIcon::isSystemTrayAvailable()) {
             standIn_.reset();
-        } else if (standIn_ == nullptr) {
+        } else if (standIn_ == nullptr && !QGuiApplication::platformName().startsWith("wayland")) {
+            // On Wayland no window can decline the focus, and scans would be typed into the icon.
             standIn_ = std::make_unique<StandInIcon>(icon_, tip_, [this] { Tapped(); });
         }
     }
