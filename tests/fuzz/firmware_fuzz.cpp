@@ -1,19 +1,11 @@
 // Any bytes as a firmware file: the parser must stay inside its buffers, and every frame must be one that the
 // decoder can take, with the file's data in it.
-#include <cstdint>
-#include <cstdlib>
 #include <map>
 
 #include "firmware/firmware_frame.h"
+#include "tests/fuzz/require.h"
 
 namespace {
-
-// Not assert: this holds in every kind of build.
-void Require(bool holds) {
-    if (!holds) {
-        std::abort();
-    }
-}
 
 using Memory = std::map<DWORD, BYTE>;
 

@@ -1,0 +1,91 @@
+// An engine that sends decodes over a line that breaks packets and loses acknowledgements, by its own
+// protocol: a packet that was refused or not acknowledged is sent again with the resend bit, so often, and
+// then the decode is given up. Whatever happens, a message that is handed over is one of the decodes, whole,
+// and no decode is handed over twice; a decode of which every packet arrived in time is handed over.
+#include <vector>
+
+#include "link/packet_message.h"
+#include "link/ssi_packet.h"
+#include "tests/fuzz/require.h"
+
+namespace {
+
+using Decode = std::vector<BYTE>;  // code identifier and data
+
+std::vector<BYTE> Packet(std::span<const BYTE> data, BYTE code, bool more) {
+    std::vector<BYTE> packet{static_cast<BYTE>(5 + data.size()), DECODE_DATA, SsiReader,
+                             static_cast<BYTE>(more ? SsiContinued : 0), code};
+    packet.insert(packet.end(), data.begin(), data.end());
+    return packet;
+}
+
+struct Line {
+    PacketMessage Message;
+    DWORD Now = 1;
+    std::vector<Decode> Delivered;
+
+    // The receiver as it takes a packet that has arrived whole, or broken.
+    void Arrive(std::span<const BYTE> packet, bool broken) {
+        DropOverdue(Message, Now);
+        if (broken) {
+            NoteBroken(Message, packet[3]);
+            NoteRefusal(Message, Now);
+            return;
+        }
+        if (AddPacket(Message, packet, Now) == PacketStep::Complete) {
+            Delivered.emplace_back(Message.Bytes.begin(), Message.Bytes.begin() + Message.Length);
+            ClearMessage(Message);
+        }
+    }
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    constexpr int Tries = 3;
+    Choices choices(bytes, size);
+    Line line;
+    bool partDropped = false;
+    for (int number = 0; !choices.Empty() && number < 64; ++number) {
+        const std::size_t packets = 1 + choices.Byte() % 4;
+        const std::size_t part = choices.Byte() % 8;
+        const bool same = choices.Byte() % 4 == 0;  // the same label again and again
+        const BYTE code = 1;
+        Decode decode{code};
+        bool arrived = true, late = false;
+        const std::size_t before = line.Delivered.size();
+        for (std::size_t i = 0; i < packets && arrived; ++i) {
+            std::vector<BYTE> data(part, static_cast<BYTE>('a' + i));
+            data.push_back(same ? 'x' : static_cast<BYTE>(number + 1));
+            auto packet = Packet(data, code, i + 1 < packets);
+            decode.insert(decode.end(), data.begin(), data.end());
+            bool acknowledged = false, taken = false;
+            for (int attempt = 0; attempt < Tries && !acknowledged; ++attempt) {
+                const BYTE fate = choices.Byte();
+                line.Now += fate & 0x40 ? 700 : 5;
+                late |= (fate & 0x40) != 0;
+                line.Arrive(packet, fate % 4 == 1);
+                taken |= fate % 4 != 1;
+                acknowledged = fate % 4 == 0 || fate % 4 == 3;  // 2: it arrived, the acknowledgement did not
+                packet[3] |= SsiResent;
+            }
+            if (!acknowledged) {
+                line.Now += ContinuationTimeout;  // an engine gives up after its last wait for an answer
+            }
+            arrived = acknowledged;
+            if (!acknowledged && taken && i + 1 == packets) {
+                arrived = true;  // all of it is there, though the engine does not know
+            }
+        }
+        Require(line.Delivered.size() <= before + 1);
+        if (line.Delivered.size() > before) {
+            Require(line.Delivered.back() == decode);
+        } else {
+            // What is sent again after a part was dropped may be that part's, and is never taken for a scan.
+            Require(!arrived || late || partDropped);
+        }
+        partDropped = line.Delivered.size() == before;
+        line.Now += choices.Byte() & 1 ? 3000 : 50;
+    }
+    return 0;
+}
