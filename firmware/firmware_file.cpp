@@ -5,15 +5,19 @@
 
 namespace {
 
-// Success with `over` set when the end record has been reached.
-DWORD CheckChunk(SrecordReader& reader, std::span<const BYTE> bytes, bool& over) {
+struct Found {
+    bool Data, End;  // a data record, the end record
+};
+
+DWORD CheckChunk(SrecordReader& reader, std::span<const BYTE> bytes, Found& found) {
     for (const BYTE received : bytes) {
         const SrecordStep step = FeedSrecord(reader, received);
         if (step == SrecordStep::Bad) {
             return ErrorOpenFirmwareFile;
         }
+        found.Data = found.Data || step == SrecordStep::Record;
         if (step == SrecordStep::End) {
-            over = true;
+            found.End = true;
             break;
         }
     }
@@ -23,19 +27,25 @@ DWORD CheckChunk(SrecordReader& reader, std::span<const BYTE> bytes, bool& over)
 DWORD CheckRecords(HANDLE file, DWORD size) {
     SrecordReader reader{};
     FileChunk chunk;
-    bool over = false;
-    for (DWORD total = 0; total < size && !over;) {
+    Found found{};
+    for (DWORD total = 0; total < size && !found.End;) {
         std::span<const BYTE> read;
         DWORD result = ReadFirmwareChunk(file, chunk, read);
         if (result == Success) {
-            result = CheckChunk(reader, read, over);
+            result = CheckChunk(reader, read, found);
         }
         if (result != Success) {
             return result;
         }
         total += static_cast<DWORD>(read.size());
     }
-    return BetweenSrecords(reader) ? Success : ErrorOpenFirmwareFile;
+    if (!BetweenSrecords(reader)) {
+        return ErrorOpenFirmwareFile;
+    }
+    if (!found.End) {
+        return ErrorDownload;  // also of an empty file, the commonest failed copy
+    }
+    return found.Data ? Success : ErrorOpenFirmwareFile;
 }
 
 }  // namespace
@@ -53,7 +63,7 @@ DWORD ReadFirmwareChunk(HANDLE file, FileChunk& chunk, std::span<const BYTE>& re
 DWORD CheckFirmwareFile(HANDLE file) {
     const DWORD size = GetFileSize(file, nullptr);
     if (size == INVALID_FILE_SIZE) {
-        return Success;
+        return ErrorDownload;
     }
     const DWORD result = CheckRecords(file, size);
     if (result != Success) {

@@ -13,6 +13,6 @@ using FileChunk = std::array<BYTE, 256>;
 DWORD ReadFirmwareChunk(HANDLE file, FileChunk& chunk, std::span<const BYTE>& read);
 
 // Reads the whole file, up to its end record, before the decoder is touched, and rewinds it. Success;
-// ErrorOpenFirmwareFile when it is no firmware file that can be sent; ErrorFirmwareRead. An empty file and
-// one without an end record pass: the transfer reports them.
+// ErrorOpenFirmwareFile when it is no firmware file that can be sent, or holds no data; ErrorDownload when it
+// is empty or has no end record; ErrorFirmwareRead.
 DWORD CheckFirmwareFile(HANDLE file);
