@@ -3,8 +3,6 @@
 #include <QClipboard>
 #include <QLineEdit>
 #include <cctype>
-#include <fstream>
-#include <sstream>
 
 #include "app/settings_window.h"
 #include "platform/linux/windows/message_loop.h"
@@ -13,6 +11,7 @@
 #include "shell/shell_state.h"
 #include "tests/ui/sheet_driver.h"
 #include "ui/editors.h"
+#include "ui/item_display.h"
 #include "ui/item_value.h"
 #include "ui/length_items.h"
 
@@ -23,59 +22,52 @@ namespace {
 struct EditorRow {
     WORD Devices;
     DWORD PageBase, Item;
-    std::string Mode, Editor, Caption, Hint;
+    const char* Caption;
+    const char* Hint;
     int Characters;
 };
 
-std::vector<std::string> Columns(const std::string& line) {
-    std::vector<std::string> columns;
-    std::istringstream in(line + " |");
-    for (std::string column; std::getline(in, column, '|');) {
-        const std::size_t first = column.find_first_not_of(' ');
-        const std::size_t last = column.find_last_not_of(' ');
-        columns.push_back(first == std::string::npos ? "" : column.substr(first, last + 1 - first));
-    }
-    columns.resize(7);
-    return columns;
-}
-
-std::vector<EditorRow> ReadRows() {
-    std::ifstream file(std::string(VANTREL_UI_TESTS) + "/editors.txt");
-    std::vector<EditorRow> rows;
-    for (std::string line; std::getline(file, line);) {
-        if (line.empty() || line[0] == '#') {
-            continue;
-        }
-        const std::vector<std::string> column = Columns(line);
-        EditorRow row{Device1D,
-                      Page1D,
-                      static_cast<DWORD>(std::stoul(column[1], nullptr, 0)),
-                      column[2],
-                      column[3],
-                      column[5],
-                      column[6],
-                      std::stoi(column[4])};
-        if (column[0] != "1d") {
-            row.Devices = column[0] == "laser" ? DeviceLaser : DeviceImager;
-            row.PageBase = column[0] == "laser" ? PageLaser : PageImager;
-        }
-        if (row.Item >= 10000) {
-            row.PageBase = PageGeneral;
-        }
-        rows.push_back(row);
-    }
-    return rows;
-}
+constexpr EditorRow Rows[] = {
+    {Device1D, PageGeneral, 10005, "Vibrate Duration", "1 ~ 30 seconds", 2},
+    {Device1D, PageGeneral, 10009, "Prefix Code", "0 ~ 10 character(s)", 10},
+    {Device1D, PageGeneral, 10010, "Suffix Code", "0 ~ 10 character(s)", 10},
+    {Device1D, PageGeneral, 11004, "Delimiter", "0 ~ 1 character(s)", 1},
+    {Device1D, PageGeneral, 11005, "Start Position", "Range: 0 ~ 127", 3},
+    {Device1D, PageGeneral, 11006, "Maximum Length", "Range: 0 ~ 127", 3},
+    {Device1D, PageGeneral, 11007, "RFID Read Duration", "1 ~ 5 seconds", 1},
+    {Device1D, PageGeneral, 12002, "Barcode Decode Timeout", "1 ~ 255 seconds", 3},
+    {DeviceLaser, PageGeneral, 12002, "Barcode Decode Timeout", "Range: 1 ~ 99 (0.1sec)", 2},
+    {DeviceLaser, PageGeneral, 13961, "Timeout When Decode Same Barcode", "Range: 0 ~ 99 (0.1sec)", 2},
+    {DeviceLaser, PageGeneral, 13001, "AIM duration", "Range: 0 ~ 99 (0.1sec)", 2},
+    {DeviceImager, PageGeneral, 13960, "Barcode Decode Timeout", "Range: 5 ~ 99 (0.1sec)", 2},
+    {DeviceImager, PageGeneral, 13961, "Timeout When Decode Same Barcode", "Range: 0 ~ 99 (0.1sec)", 2},
+    {DeviceImager, PageGeneral, 14129, "JPEG Quality Value", "Range: 5 ~ 100", 3},
+    {DeviceImager, PageGeneral, 14131, "JPEG Size Value", "Range: 5 ~ 150", 3},
+    {DeviceImager, PageGeneral, 14139, "Top Pixel Address", "Range: 0 ~ 479", 3},
+    {DeviceImager, PageGeneral, 14140, "Left Pixel Address", "Range: 0 ~ 639", 3},
+    {DeviceImager, PageGeneral, 14141, "Bottom Pixel Address", "Range: 0 ~ 479", 3},
+    {DeviceImager, PageGeneral, 14142, "Right Pixel Address", "Range: 0 ~ 639", 3},
+    {DeviceImager, PageGeneral, 14147, "Snapshot Mode Timeout", "Range: 0 ~ 10", 2},
+    {DeviceImager, PageGeneral, 14152, "Target Video Frame Size", "Range: 8 ~ 33", 2},
+    {DeviceImager, PageGeneral, 14153, "Video View Finder Image Size", "Range: 8 ~ 30", 2},
+    {DeviceImager, PageGeneral, 14190, "Signature Capture Width", "Range: 1 ~ 640", 3},
+    {DeviceImager, PageGeneral, 14191, "Signature Capture Height", "Range: 1 ~ 480", 3},
+    {DeviceImager, PageGeneral, 14245, "Signature Capture JPEG Quality", "Range: 5 ~ 100", 3},
+    {DeviceImager, PageGeneral, 14247, "Gain", "Range: 79 ~ 127", 3},
+    {DeviceLaser, PageLaser, 0x1050, "Supplementary Redundancy", "Range: 1 ~ 255", 3},
+    {DeviceImager, PageImager, 0x1050, "Supplementary Redundancy", "Range: 1 ~ 255", 3},
+};
 
 int MaxLengthOf(HWND dialog, int control) {
     return qobject_cast<QLineEdit*>(WidgetOf(GetDlgItem(dialog, control)))->maxLength();
 }
 
-void RunEditor(const EditorRow& row, int dialog, DLGPROC procedure, const std::function<void(HWND)>& look) {
+void RunEditor(int dialog, DLGPROC procedure, DWORD pageBase, DWORD item,
+               const std::function<void(HWND)>& look) {
     WithEditor(
         [&] {
             DialogBoxParamW(nullptr, MAKEINTRESOURCEW(dialog), ShellState.MainWindow, procedure,
-                            MAKELPARAM(row.Item, row.PageBase));
+                            MAKELPARAM(item, pageBase));
         },
         [&](HWND editor) {
             look(editor);
@@ -83,41 +75,90 @@ void RunEditor(const EditorRow& row, int dialog, DLGPROC procedure, const std::f
         });
 }
 
+void RunNumberEditor(DWORD pageBase, DWORD item, const std::function<void(HWND)>& look) {
+    RunEditor(IDD_NUMBER_EDITOR, NumberEditorProc, pageBase, item, look);
+}
+
 TEST_F(SheetTest, EditorsSayWhatTheyEdit) {
-    const std::vector<EditorRow> rows = ReadRows();
-    ASSERT_GT(rows.size(), 100u);
-    for (const EditorRow& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.PageBase << " " << row.Item << " mode " << row.Mode);
+    for (const EditorRow& row : Rows) {
+        SCOPED_TRACE(testing::Message() << row.PageBase << " " << row.Item);
         Fit(row.Devices);
-        if (row.Mode != "-") {
-            SetValue(*FindLengthItems(row.PageBase, row.Item).Mode, static_cast<WORD>(row.Mode[0]));
-        }
-        if (row.Editor == "text") {
-            RunEditor(row, IDD_TEXT_EDITOR, TextEditorProc, [&](HWND editor) {
-                EXPECT_EQ(CaptionOf(editor), row.Caption);
-                EXPECT_EQ(TextOf(editor, IDC_TEXT), row.Hint);
-                EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT), row.Characters);
-            });
-            continue;
-        }
-        const int chosen = ChooseNumberEditor(row.PageBase, row.Item);
-        if (row.Editor == "none") {
-            EXPECT_EQ(chosen, NoEditor);
-        } else if (row.Editor == "number") {
-            EXPECT_EQ(chosen, IDD_NUMBER_EDITOR);
-            RunEditor(row, IDD_NUMBER_EDITOR, NumberEditorProc, [&](HWND editor) {
-                EXPECT_EQ(CaptionOf(editor), row.Caption);
-                EXPECT_EQ(TextOf(editor, IDC_TEXT), row.Hint);
-                EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT), row.Characters);
-            });
+        const auto look = [&](HWND editor) {
+            EXPECT_EQ(CaptionOf(editor), row.Caption);
+            EXPECT_EQ(TextOf(editor, IDC_TEXT), row.Hint);
+            EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT), row.Characters);
+        };
+        if (GetItemDisplay(row.PageBase, row.Item).Image == ItemImage::Text) {
+            RunEditor(IDD_TEXT_EDITOR, TextEditorProc, row.PageBase, row.Item, look);
         } else {
-            EXPECT_EQ(chosen, IDD_PAIR_EDITOR);
-            RunEditor(row, IDD_PAIR_EDITOR, PairEditorProc, [&](HWND editor) {
-                EXPECT_EQ(CaptionOf(editor), row.Caption);
-                EXPECT_EQ(TextOf(editor, IDC_TEXT) + ", " + TextOf(editor, IDC_TEXT_2), row.Hint);
-                EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT), row.Characters);
-                EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT_2), row.Characters);
-            });
+            EXPECT_EQ(ChooseNumberEditor(row.PageBase, row.Item), IDD_NUMBER_EDITOR);
+            RunNumberEditor(row.PageBase, row.Item, look);
+        }
+    }
+}
+
+// ---- lengths, which are edited alone or in pairs
+
+struct LengthRow {
+    DWORD PageBase, First, Second;
+    const char* Caption;
+    const char* Delivered;  // the two values of a factory-new terminal
+};
+
+constexpr LengthRow Lengths[] = {
+    {Page1D, 1307, 1308, "Industrial 25", "127, 1"},
+    {Page1D, 1407, 1408, "Interleaved 25", "126, 1"},
+    {Page1D, 1507, 1508, "Matrix 25", "127, 1"},
+    {Page1D, 1707, 1708, "MSI", "127, 0"},
+    {PageLaser, 0x1213, 0x1212, "Code 39", "55, 2"},
+    {PageLaser, 0x131B, 0x131A, "Code 93", "55, 4"},
+    {PageLaser, 0x1517, 0x1516, "Interleaved 25", "14, 0"},
+    {PageLaser, 0x1615, 0x1614, "Industrial 25", "12, 0"},
+    {PageLaser, 0x1719, 0x1718, "Codabar", "55, 5"},
+    {PageLaser, 0x181F, 0x181E, "MSI", "55, 4"},
+    {PageImager, 0x1213, 0x1212, "Code 39", "55, 2"},
+    {PageImager, 0x131B, 0x131A, "Code 93", "0, 0"},
+    {PageImager, 0x141D, 0x141C, "Code 11", "55, 4"},
+    {PageImager, 0x1517, 0x1516, "Interleaved 25", "14, 0"},
+    {PageImager, 0x1615, 0x1614, "Industrial 25", "12, 0"},
+    {PageImager, 0x1719, 0x1718, "Codabar", "55, 5"},
+    {PageImager, 0x181F, 0x181E, "MSI", "55, 4"},
+};
+
+TEST_F(SheetTest, LengthsAreEditedByTheirMode) {
+    constexpr int single = IDD_NUMBER_EDITOR, pair = IDD_PAIR_EDITOR;
+    for (const LengthRow& row : Lengths) {
+        const bool decoder = row.PageBase == Page1D;
+        Fit(decoder ? Device1D : row.PageBase == PageLaser ? DeviceLaser : DeviceImager);
+        std::string delivered = std::to_string(ReadItemWord(row.PageBase, row.First));
+        delivered += ", " + std::to_string(ReadItemWord(row.PageBase, row.Second));
+        EXPECT_EQ(delivered, row.Delivered);
+        const int firstEditor[] = {decoder ? pair : NoEditor, decoder ? pair : single, pair, pair};
+        const int secondEditor[] = {firstEditor[0], decoder ? pair : NoEditor, pair, pair};
+        for (int mode = 0; mode < (decoder ? 2 : 4); ++mode) {
+            SCOPED_TRACE(testing::Message() << row.PageBase << " " << row.Caption << " mode " << mode);
+            SetValue(*FindLengthItems(row.PageBase, row.First).Mode, static_cast<WORD>('0' + mode));
+            EXPECT_EQ(ChooseNumberEditor(row.PageBase, row.First), firstEditor[mode]);
+            EXPECT_EQ(ChooseNumberEditor(row.PageBase, row.Second), secondEditor[mode]);
+            if (firstEditor[mode] == single) {
+                RunNumberEditor(row.PageBase, row.First, [&](HWND editor) {
+                    EXPECT_EQ(CaptionOf(editor), "Value 1");
+                    EXPECT_EQ(TextOf(editor, IDC_TEXT), "Range: 1 ~ 255");
+                });
+            }
+            const bool range = mode == (decoder ? 1 : 3);
+            for (const DWORD item : {row.First, row.Second}) {
+                if (firstEditor[mode] != pair) {
+                    continue;
+                }
+                RunEditor(IDD_PAIR_EDITOR, PairEditorProc, row.PageBase, item, [&](HWND editor) {
+                    EXPECT_EQ(CaptionOf(editor), row.Caption);
+                    EXPECT_EQ(TextOf(editor, IDC_TEXT), range ? "Max Len" : "Value 1");
+                    EXPECT_EQ(TextOf(editor, IDC_TEXT_2), range ? "Min Len" : "Value 2");
+                    EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT), 3);
+                    EXPECT_EQ(MaxLengthOf(editor, IDC_EDIT_2), 3);
+                });
+            }
         }
     }
 }
@@ -168,8 +209,7 @@ TEST_P(NumberTypingTest, IsPutRightAtEveryKey) {
     const Typing& typing = GetParam();
     Fit(typing.Devices);
     SetValue(*FindSetting(typing.PageBase, typing.Item), typing.Start);
-    const EditorRow row{typing.Devices, typing.PageBase, typing.Item, "", "", "", "", 0};
-    RunEditor(row, IDD_NUMBER_EDITOR, NumberEditorProc, [&](HWND editor) {
+    RunNumberEditor(typing.PageBase, typing.Item, [&](HWND editor) {
         WidgetOf(GetDlgItem(editor, IDC_EDIT))->setFocus();
         const std::vector<std::string> keys = SplitKeys(typing.Keys);
         ASSERT_EQ(keys.size(), typing.Contents.size());
@@ -188,8 +228,7 @@ INSTANTIATE_TEST_SUITE_P(Typings, NumberTypingTest, testing::ValuesIn(NumberTypi
 
 TEST_F(SheetTest, PastedNumbersStayWithinTheLimits) {
     Fit(Device1D);
-    const EditorRow row{Device1D, PageGeneral, 11005, "", "", "", "", 0};
-    RunEditor(row, IDD_NUMBER_EDITOR, NumberEditorProc, [&](HWND editor) {
+    RunNumberEditor(PageGeneral, 11005, [&](HWND editor) {
         for (const char* pasted :
              {"99999999999999999999", "-3", "0x10", "12 monkeys", "\xD9\xA3\xD9\xA4", ""}) {
             QApplication::clipboard()->setText(QString::fromUtf8(pasted));

@@ -37,13 +37,6 @@ void ClickButton(const char* text) {
     FAIL() << "no button " << text;
 }
 
-// As the main window does it.
-void DestroySheet() {
-    if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
-        DestroyWindow(sheet);
-    }
-}
-
 TEST_F(SheetTest, HasAPagePerReaderAndOpensOnTheGeneralOne) {
     const struct {
         WORD Devices;

@@ -100,7 +100,9 @@ HTREEITEM FindUnder(HWND tree, HTREEITEM first, DWORD parameter) {
 
 void DumpUnder(HWND tree, HTREEITEM first, int depth, std::string& out) {
     for (HTREEITEM item = first; item; item = NextAfter(tree, item)) {
-        out += std::string(static_cast<std::size_t>(4 * depth), ' ') + LineOf(tree, item) + "\n";
+        const std::string line = LineOf(tree, item);
+        out += line.starts_with('(') ? " | " : "\n" + std::string(static_cast<std::size_t>(4 * depth), ' ');
+        out += line;
         DumpUnder(tree, FirstChildOf(tree, item), depth + 1, out);
     }
 }
@@ -134,9 +136,7 @@ SheetTest::SheetTest() {
 }
 
 SheetTest::~SheetTest() {
-    if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
-        DestroyWindow(sheet);
-    }
+    DestroySheet();
     DestroyWindow(ShellState.MainWindow);
     layer::PumpMessages();
     ImageList_Destroy(ShellState.StateImages);
@@ -155,6 +155,12 @@ void SheetTest::Fit(WORD deviceFlags) {
 void SheetTest::Open() {
     ASSERT_TRUE(ShowSettingsSheet(ShellState.MainWindow));
     layer::PumpMessages();
+}
+
+void DestroySheet() {
+    if (HWND sheet = ShellState.SettingsSheet.Exchange(nullptr)) {
+        DestroyWindow(sheet);
+    }
 }
 
 HWND SheetTest::ShowPage(const char* title) {
@@ -215,7 +221,7 @@ std::vector<std::string> ChildrenOf(HWND tree, HTREEITEM item) {
 std::string Dump(HWND tree) {
     std::string out;
     DumpUnder(tree, Next(tree, TVGN_ROOT, nullptr), 1, out);
-    return out;
+    return out.substr(1) + "\n";
 }
 
 QWidget* WidgetOf(HWND window) {

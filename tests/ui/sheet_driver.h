@@ -43,16 +43,19 @@ class SheetTest : public testing::Test {
 
 extern Outside World;
 
+// As the main window does it.
+void DestroySheet();
+
 std::string Narrow(const WCHAR* text);
 
 // An item of a page by its number; a choice by its list and its parameter. Null when there is none.
 HTREEITEM FindItem(HWND tree, DWORD itemId);
 HTREEITEM FindChoice(HWND tree, DWORD listId, DWORD parameter);
-// As in the files under trees/: what its image shows, its number and its text.
+// As in trees.txt: what its image shows, its number and its text.
 std::string LineOf(HWND tree, HTREEITEM item);
 // The item's children.
 std::vector<std::string> ChildrenOf(HWND tree, HTREEITEM item);
-// Everything in the tree, indented.
+// Everything in the tree, indented; choices behind their list.
 std::string Dump(HWND tree);
 
 // Unfolds what hides the item and clicks on it.
