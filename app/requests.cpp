@@ -19,13 +19,19 @@ DWORD RateOf(HANDLE port) {
     return port && GetCommState(port, &state) ? state.BaudRate : 0;
 }
 
+// A release that came while the scan was still being typed has not ended the read; nobody holds the key,
+// though.
+bool Reading() {
+    return ShellState.BarcodeReadActive && !ShellState.TriggerReleased;
+}
+
 DWORD Flags() {
     DWORD flags = 0;
     const auto set = [&flags](DWORD flag, bool on) { flags |= on ? flag : 0; };
     set(StatusInitialized, ShellState.InitDone);
     set(StatusBarcodeOn, ShellState.BarcodeEnabled);
     set(StatusRfidOn, ShellState.RfidEnabled);
-    set(StatusBarcodeReading, ShellState.BarcodeReadActive);
+    set(StatusBarcodeReading, Reading());
     set(StatusRfidReading, ShellState.RfidReadActive);
     set(StatusTransferBusy, ShellState.TransferBusy);
     set(StatusSettingsOpen, ShellState.SettingsSheet != nullptr);
@@ -63,8 +69,7 @@ LRESULT Status(StatusValue value, DWORD start) {
 
 bool Busy() {
     return !ShellState.InitDone || ShellState.Applying || ShellState.UpgradeActive ||
-           ShellState.TransferBusy || ShellState.BarcodeReadActive || ShellState.RfidReadActive ||
-           ShellState.RfidPort;
+           ShellState.TransferBusy || Reading() || ShellState.RfidReadActive || ShellState.RfidPort;
 }
 
 // As OK in the settings window does, without the window.

@@ -43,26 +43,38 @@ std::span<const BYTE> UpToZero(std::span<const BYTE> bytes) {
     return bytes.first(length);
 }
 
+std::size_t LengthOf(std::span<const BYTE> record) {
+    std::size_t length = 0;
+    for (std::size_t at = 4; at-- > 0;) {
+        length = length << 8 | record[LengthOffset + at];
+    }
+    return length;
+}
+
 }  // namespace
+
+std::optional<ScanRecord> ReadRecord(std::span<const BYTE> record) {
+    if (record.size() != RecordSize || LengthOf(record) > RecordSize - DataOffset) {
+        return std::nullopt;
+    }
+    return ScanRecord{record[0], record[1], UpToZero(record.subspan(UidOffset, DataOffset - UidOffset)),
+                      record.subspan(DataOffset, LengthOf(record))};
+}
 
 std::string RecordJson(const char* channel, std::span<const BYTE> record) {
     std::string json = std::string("{\"channel\":\"") + channel + "\",";
     if (record.size() != RecordSize) {
         return json + "\"error\":\"a record of " + std::to_string(record.size()) + " bytes\"}";
     }
-    std::size_t length = 0;
-    for (std::size_t at = 4; at-- > 0;) {
-        length = length << 8 | record[LengthOffset + at];
+    const auto scan = ReadRecord(record);
+    if (!scan) {
+        return json + "\"error\":\"a length of " + std::to_string(LengthOf(record)) + "\"}";
     }
-    if (length > RecordSize - DataOffset) {
-        return json + "\"error\":\"a length of " + std::to_string(length) + "\"}";
-    }
-    const auto data = record.subspan(DataOffset, length);
-    json += "\"source\":" + std::to_string(record[0]);
+    json += "\"source\":" + std::to_string(scan->Source);
     json += ",\"codeType\":" + Quoted(UpToZero(record.subspan(1, 1)));
-    json += ",\"length\":" + std::to_string(length);
-    json += ",\"uid\":" + Quoted(UpToZero(record.subspan(UidOffset, DataOffset - UidOffset)));
-    json += ",\"text\":" + Quoted(data);
-    json += ",\"hex\":\"" + Hexadecimal(data) + "\"}";
+    json += ",\"length\":" + std::to_string(scan->Data.size());
+    json += ",\"uid\":" + Quoted(scan->Uid);
+    json += ",\"text\":" + Quoted(scan->Data);
+    json += ",\"hex\":\"" + Hexadecimal(scan->Data) + "\"}";
     return json;
 }

@@ -64,6 +64,15 @@ TEST_F(FromOutside, ARunningProgramTakesAChangeAtOnce) {
     EXPECT_TRUE(Wire->Saw("decoding com1 off", 0)) << "the change came before the release";
     EXPECT_TRUE(StatusSays("\"ready\":true"));
 
+    // A release that comes while the scan is being typed leaves nothing behind that would be waited for.
+    Wire->Forget();
+    Wire->Command("label 3 repeat:36:Ab9");
+    ASSERT_TRUE(PressTrigger());
+    EXPECT_TRUE(Wire->Saw("event decode-acked"));
+    Trigger({"up"});
+    EXPECT_EQ(Settings({"set", "SuffixCode=>"}), 0);
+    EXPECT_TRUE(StatusSays("\"ready\":true"));
+
     Vantrel second;  // opens the sheet
     EXPECT_EQ(second.Ended(), 0);
     EXPECT_TRUE(StatusSays("\"settingsOpen\":true"));

@@ -126,6 +126,15 @@ TEST_F(SettingsText, APartChangesWhatItNamesAlone) {
     EXPECT_EQ(SymbologySettings[1], '1');
 }
 
+TEST_F(SettingsText, TheExampleOfTheManualIsTaken) {
+    const std::string manual = ReadWholeFile(VANTREL_SOURCE_DIR "/docs/fleet.md");
+    const std::size_t start = manual.find("```toml\n") + 8;
+    ASSERT_GT(start, 8u);
+    MakeNew(DeviceImager);
+    EXPECT_EQ(Faults(manual.substr(start, manual.find("```", start) - start)), "");
+    EXPECT_EQ(Value(general::GoodReadBeep), '4');
+}
+
 // What another program asks for comes as bytes.
 TEST_F(SettingsText, AChangeOfAnotherShapeIsNone) {
     MakeNew(DeviceImager);

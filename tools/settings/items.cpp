@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr DWORD SymbologyPages[] = {0, Page1D, PageLaser, PageImager};
 constexpr const char* ShortNames[] = {"none", "1d", "laser", "imager"};
 
 bool SameText(std::string_view a, std::string_view b) {
@@ -73,7 +72,7 @@ std::vector<Item> TerminalItems() {
     for (const SettingGroup& group : GroupsOn(type)) {
         for (const SettingList list : {group.Switch, group.Items}) {
             for (const Setting* setting : list)
-                items.push_back({setting, SymbologyPages[static_cast<int>(type)], group.Label, true, true});
+                items.push_back({setting, LayoutOf(type)->Page, group.Label, true, true});
         }
     }
     AddGeneral(items, OutputItems().first(OutputItemsWithoutBarcode), true, true);

@@ -1,0 +1,249 @@
+// vantrel-publish against a real broker: nothing that it has taken is lost, and what it has missed is told.
+#include <gtest/gtest.h>
+#include <mosquitto.h>
+#include <sys/resource.h>
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+
+#include "tests/e2e/end_to_end.h"
+#include "tests/publish/test_broker.h"
+
+namespace {
+
+constexpr const char* Scans = "vantrel/t7/scans";
+constexpr const char* Status = "vantrel/t7/status";
+
+QJsonObject Json(const std::string& text) {
+    return QJsonDocument::fromJson(QByteArray::fromStdString(text)).object();
+}
+
+class Publish : public testing::Test {
+  protected:
+    void Configure(int port, const std::string& more = "") const {
+        WriteWholeFile(Terminal.Path("publish.toml"), "terminal = \"t7\"\nhost = \"127.0.0.1\"\nport = " +
+                                                          std::to_string(port) + "\nkeep-alive = 5\n" + more);
+    }
+    void StartPublisher() {
+        Publisher = StartProgram("vantrel-publish", {"--config", Terminal.Path("publish.toml")});
+    }
+    // Programs of the terminal that take messages.
+    int Sockets() const {
+        int count = 0;
+        std::error_code none;
+        for (const auto& entry : std::filesystem::directory_iterator(Terminal.Path("windows"), none)) {
+            count += entry.is_socket() && entry.path().filename().string().front() != '.';
+        }
+        return count;
+    }
+    std::string Waiting() const {
+        std::string output;
+        RunProgram("vantrel-publish", {"--config", Terminal.Path("publish.toml"), "--show"}, &output);
+        return output;
+    }
+    // What the store accounts for, by the counter of the simulated terminal: all are taken or told.
+    static std::int64_t Accounted(const std::vector<std::string>& messages) {
+        std::map<qint64, std::int64_t> bySequence;
+        for (const std::string& message : messages) {
+            const QJsonObject json = Json(message);
+            bySequence[json["sequence"].toInteger()] =
+                json.contains("missed") ? json["missed"].toInteger() : 1;
+        }
+        std::int64_t sum = 0;
+        for (const auto& [sequence, count] : bySequence) {
+            sum += count;
+        }
+        return sum;
+    }
+    // At least once, numbered without a hole, in order, a number never with another content.
+    static void ExpectWhole(const std::vector<std::string>& messages) {
+        std::map<qint64, std::string> known;
+        QString last;
+        for (const std::string& message : messages) {
+            const QJsonObject json = Json(message);
+            const qint64 sequence = json["sequence"].toInteger();
+            const auto [entry, isNew] = known.try_emplace(sequence, message);
+            EXPECT_EQ(entry->second, message) << "a number with two contents";
+            if (!isNew) {
+                continue;
+            }
+            EXPECT_EQ(sequence, static_cast<qint64>(known.size())) << "out of order, or one is missing";
+            if (json.contains("data")) {
+                EXPECT_LT(last, json["data"].toString());
+                last = json["data"].toString();
+            }
+        }
+    }
+
+    TemporaryTerminal Terminal;
+    std::unique_ptr<ChildProcess> Publisher;
+};
+
+TEST_F(Publish, EverythingTakenArrivesWhateverHappens) {
+    const char* wanted = std::getenv("VANTREL_PUBLISH_SCANS");
+    const int scans = wanted != nullptr ? std::atoi(wanted) : 600;
+    TestBroker broker(Terminal.Folder());
+    TestNetwork network(broker.Port());
+    TestSubscriber subscriber(broker.Port());
+    broker.Save();
+    Configure(network.Port());
+    const auto terminal = StartProgram("vantrel-simulated-terminal");
+    StartPublisher();
+    ASSERT_TRUE(WaitUntil([&] { return subscriber.Count(Status) != 0; }, 10000));
+    terminal->WriteLine("scan 1 " + std::to_string(scans) + " 10");
+
+    std::optional<std::string> done;
+    const auto pass = [&](int milliseconds) { done = done ? done : terminal->ReadLine(milliseconds); };
+    const auto limitFiles = [&](rlim_t bytes) {
+        rlimit limit{};
+        prlimit(Publisher->Id(), RLIMIT_FSIZE, nullptr, &limit);
+        limit.rlim_cur = bytes;
+        EXPECT_EQ(prlimit(Publisher->Id(), RLIMIT_FSIZE, &limit, nullptr), 0);
+    };
+    int rounds = 0;
+    do {
+        ++rounds;
+        pass(700);
+        broker.Kill();
+        pass(500);
+        broker.Start();
+        EXPECT_TRUE(WaitUntil([&] { return subscriber.Connected(); }, 10000));
+        pass(700);
+        network.Cut(true);
+        pass(1000);
+        network.Cut(false);
+        pass(700);
+        limitFiles(0);
+        pass(700);
+        limitFiles(RLIM_INFINITY);
+        pass(1000);
+        Publisher->Signal(SIGKILL);
+        Publisher->Wait(5000);
+        pass(500);
+        StartPublisher();
+    } while (!done && rounds < 1000);
+    const auto accounted = [&] { return Accounted(subscriber.Messages(Scans)); };
+    EXPECT_TRUE(WaitUntil([&] { return accounted() >= scans; }, 60000));
+    EXPECT_EQ(accounted(), scans);
+    const std::vector<std::string> messages = subscriber.Messages(Scans);
+    ExpectWhole(messages);
+    std::int64_t missed = 0;
+    std::set<qint64> numbers;
+    for (const std::string& message : messages) {
+        const QJsonObject json = Json(message);
+        if (numbers.insert(json["sequence"].toInteger()).second) {
+            missed += json["missed"].toInteger();
+        }
+    }
+    EXPECT_GT(missed, 0) << "the publisher was away, and the disk was full";
+    EXPECT_LT(missed, scans / 2);
+    EXPECT_TRUE(WaitUntil([&] { return Waiting().empty(); }, 5000));
+    std::printf("%d scans, %d rounds: %zu messages, %lld scans told as missed\n", scans, rounds,
+                messages.size(), static_cast<long long>(missed));
+}
+
+TEST_F(Publish, TheStatusIsRetainedAndTheLastWillSaysOffline) {
+    TestBroker broker(Terminal.Folder());
+    TestSubscriber subscriber(broker.Port());
+    Configure(broker.Port());
+    const auto statuses = [&] { return subscriber.Messages(Status); };
+    StartPublisher();
+    EXPECT_TRUE(WaitUntil([&] { return statuses() == std::vector<std::string>{"online"}; }, 10000));
+    Publisher->Signal(SIGKILL);
+    EXPECT_TRUE(WaitUntil([&] { return statuses().size() == 2; }, 10000));
+    StartPublisher();
+    EXPECT_TRUE(WaitUntil([&] { return statuses().size() == 3; }, 10000));
+    const auto second = StartProgram("vantrel-publish", {"--config", Terminal.Path("publish.toml")});
+    EXPECT_EQ(second->Wait(5000), 1) << "one publisher a store";
+    Publisher->Signal(SIGTERM);
+    EXPECT_EQ(Publisher->Wait(5000), 0);
+    EXPECT_TRUE(WaitUntil([&] { return statuses().size() == 4; }, 10000));
+    EXPECT_EQ(statuses(), (std::vector<std::string>{"online", "offline", "online", "offline"}));
+}
+
+TEST_F(Publish, WhatDoesNotFitIsToldAndTheOldestStay) {
+    Configure(FreePort(), "store-bytes = 65536\n");
+    const auto terminal = StartProgram("vantrel-simulated-terminal");
+    StartPublisher();
+    ASSERT_TRUE(WaitUntil([&] { return Sockets() == 2; }, 10000));
+    terminal->WriteLine("scan 1 1000");
+    ASSERT_TRUE(terminal->ReadLine(60000));
+    const std::string full = Waiting();
+    EXPECT_NE(full.find("L000001"), std::string::npos);
+    EXPECT_EQ(full.find("L001000"), std::string::npos);
+    TestBroker broker(Terminal.Folder());
+    TestSubscriber subscriber(broker.Port());
+    Publisher->Signal(SIGTERM);
+    EXPECT_EQ(Publisher->Wait(5000), 0);
+    Configure(broker.Port(), "store-bytes = 65536\n");
+    StartPublisher();
+    EXPECT_TRUE(WaitUntil([&] { return Accounted(subscriber.Messages(Scans)) >= 1000; }, 30000));
+    EXPECT_EQ(Accounted(subscriber.Messages(Scans)), 1000);
+    ExpectWhole(subscriber.Messages(Scans));
+}
+
+TEST_F(Publish, CertificatesAndPasswords) {
+    const std::string folder = Terminal.Folder();
+    const std::string make =
+        "cd " + folder +
+        " && openssl req -x509 -newkey rsa:2048 -nodes -keyout ca.key -out ca.crt -days 2 -subj /CN=depot "
+        "2>/dev/null"
+        " && openssl req -newkey rsa:2048 -nodes -keyout server.key -out server.csr -subj /CN=127.0.0.1 "
+        "-addext subjectAltName=IP:127.0.0.1 2>/dev/null"
+        " && openssl x509 -req -in server.csr -CA ca.crt -CAkey ca.key -CAcreateserial -out server.crt -days "
+        "2 "
+        "-copy_extensions copy 2>/dev/null"
+        " && mosquitto_passwd -c -b passwords t7 secret && chmod 644 passwords server.key";
+    ASSERT_EQ(RunProgram("/bin/sh", {"-c", make}), 0);
+    TestBroker broker(folder, "allow_anonymous false\npassword_file " + folder + "/passwords\ncafile " +
+                                  folder + "/ca.crt\ncertfile " + folder + "/server.crt\nkeyfile " + folder +
+                                  "/server.key\n");
+    TestSubscriber subscriber(broker.Port(), [&](mosquitto* client) {
+        mosquitto_tls_set(client, (folder + "/ca.crt").c_str(), nullptr, nullptr, nullptr, nullptr);
+        mosquitto_username_pw_set(client, "t7", "secret");
+    });
+    const std::string login =
+        "ca-file = \"" + folder + "/ca.crt\"\nuser = \"t7\"\npassword-file = \"" + folder + "/pw\"\n";
+    Configure(broker.Port(), login);
+    WriteWholeFile(folder + "/pw", "wrong\n");
+    StartPublisher();
+    EXPECT_FALSE(WaitUntil([&] { return subscriber.Count(Status) != 0; }, 1500));
+    // The password is read for each connection.
+    WriteWholeFile(folder + "/pw", "secret\n");
+    EXPECT_TRUE(WaitUntil([&] { return subscriber.Count(Status) != 0; }, 15000));
+}
+
+class PublishedScan : public EndToEnd {};
+
+TEST_F(PublishedScan, OfTheRealProgramArrivesWithWhatIsKnownOfIt) {
+    TestBroker broker(Terminal.Folder());
+    TestSubscriber subscriber(broker.Port());
+    WriteWholeFile(Terminal.Path("publish.toml"),
+                   "terminal = \"t7\"\nhost = \"127.0.0.1\"\nport = " + std::to_string(broker.Port()) + "\n");
+    FitReaders("laser");
+    WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}, {&general::DataOutput, '3'}});
+    const auto publisher = StartProgram("vantrel-publish", {"--config", Terminal.Path("publish.toml")});
+    StartReady();
+    EXPECT_EQ(Scan("11 4006381333931", 14), "4006381333931\n");
+    ASSERT_TRUE(WaitUntil([&] { return subscriber.Count(Scans) == 1; }, 10000));
+    QJsonObject json = Json(subscriber.Messages(Scans)[0]);
+    EXPECT_TRUE(json["time"].toString().startsWith("20"));
+    json.remove("time");
+    EXPECT_EQ(
+        QJsonDocument(json).toJson(QJsonDocument::Compact).toStdString(),
+        "{\"data\":\"4006381333931\",\"length\":13,\"sequence\":1,\"source\":\"barcode\",\"terminal\":\"t7\","
+        "\"type\":\"P\"}");
+    // Without messages nothing comes, and that is told.
+    EXPECT_EQ(RunProgram("vantrel-settings", {"set", "DataOutput=Keyboard Emulation"}), 0);
+    ASSERT_TRUE(WaitUntilReady());
+    EXPECT_EQ(Scan("1 AB", 3), "AB\n");
+    EXPECT_TRUE(WaitUntil([&] { return subscriber.Count(Scans) == 2; }, 30000));
+    EXPECT_EQ(Json(subscriber.Messages(Scans).back())["missed"].toInteger(), 1);
+    EXPECT_TRUE(Running->End());
+}
+
+}  // namespace
