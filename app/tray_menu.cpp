@@ -47,8 +47,10 @@ void ShowTrayMenu(HWND window) {
     MarkItem(ShellState.TrayMenu, IDM_RFID_READER, RfidItemEnabled(), ShellState.RfidEnabled);
 
     const POINT corner = MenuCorner(window);
-    // Keys reach the menu, and a tap beside it closes it, while its window is in front.
-    SetForegroundWindow(window);
+    // Keys reach the menu, and a tap beside it closes it, while the program is in front; an open sheet stays
+    // on top.
+    HWND sheet = ShellState.SettingsSheet;
+    SetForegroundWindow(sheet ? sheet : window);
     TrackPopupMenuEx(ShellState.TrayMenu, TPM_RIGHTALIGN | TPM_BOTTOMALIGN, corner.x, corner.y, window,
                      nullptr);
 }

@@ -121,6 +121,8 @@ AppStage::AppStage(Conversation::Complaint complain) : WireStage(std::move(compl
 }
 
 AppStage::~AppStage() {
+    // Whoever waits for the readers ends, too; the program would end under it.
+    ShellState.ReaderReady = 1;
     if (IsWindow(ShellState.MainWindow)) {
         Send(WM_CLOSE);
     }
@@ -218,10 +220,10 @@ DWORD AppStage::CallByName(const Words& words) {
         return 1;
     }
     if (name == "press") {
-        return Send(secondKey ? ShellState.MsgUser2Down : ShellState.MsgUser1Down, time);
+        return Send(RegisterWindowMessageW(secondKey ? TEXT("WM_USER2DOWN") : TEXT("WM_USER1DOWN")), time);
     }
     if (name == "release") {
-        return Send(secondKey ? ShellState.MsgUser2Up : ShellState.MsgUser1Up, time);
+        return Send(RegisterWindowMessageW(secondKey ? TEXT("WM_USER2UP") : TEXT("WM_USER1UP")), time);
     }
     if (name == "menu") {
         return OpenMenu(words.size() > 2 ? Unquote(words[2]) : "");
