@@ -68,11 +68,11 @@ DWORD ConfigureReaders() {
         return Success;
     }
     if (ShellState.BarcodePort &&
-        InitializeReader(ShellState.BarcodePort, DeviceFlags & DeviceBarcodeMask) != Success) {
+        !InitializeReader(ShellState.BarcodePort, DeviceFlags & DeviceBarcodeMask)) {
         return ErrorInitialize;
     }
     if (ShellState.RfidPort) {
-        if (InitializeReader(ShellState.RfidPort, DeviceFlags & DeviceRfid) != Success) {
+        if (!InitializeReader(ShellState.RfidPort, DeviceFlags & DeviceRfid)) {
             return ErrorInitialize;
         }
         CloseReaderPort(ShellState.RfidPort);  // opened anew for every read

@@ -10,7 +10,7 @@ namespace {
 void StartRfid() {
     DWORD result = OpenRfidChannel();
     if (result == Success) {
-        result = StartRfidRead(1);
+        result = StartRfidRead();
     }
     if (result != Success) {
         ReportError(result);

@@ -129,19 +129,19 @@ void Receive(DWORD receiver) {
     PurgeComm(port, PURGE_RXABORT | PURGE_RXCLEAR);
 }
 
-int CreateReceiver() {
+bool CreateReceiver() {
     if (Gate() == nullptr) {
-        return 0;
+        return false;
     }
     ShellState.BarcodeThreadRun = 1;
     const DWORD receiver = ++LastReceiver;
     HANDLE thread = CreateThread(nullptr, 0, BarcodeReceiveThread,
                                  reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(receiver)), 0, nullptr);
     if (thread == nullptr) {
-        return 0;
+        return false;
     }
     ShellState.BarcodeThread = thread;
-    return 1;
+    return true;
 }
 
 }  // namespace
@@ -165,24 +165,24 @@ DWORD TakeDecoderMessage(HANDLE, PacketMessage& message, std::span<const BYTE> b
     return 0;
 }
 
-int StartBarcodeReceiver(WORD deviceMask) {
+bool StartBarcodeReceiver(WORD deviceMask) {
     if ((deviceMask & DeviceBarcodeMask) == 0) {
-        return 1;
+        return true;
     }
     PauseBarcodeReceiver();
     return CreateReceiver();
 }
 
-int RenewBarcodeReceiver() {
+bool RenewBarcodeReceiver() {
     const HANDLE thread = ShellState.BarcodeThread;
     if (thread == nullptr || WaitForSingleObject(thread, 0) != WAIT_OBJECT_0) {
-        return 1;
+        return true;
     }
     static Turn renewing;
     if (!renewing.TryTake()) {
-        return 1;  // another thread has found it ended
+        return true;  // another thread has found it ended
     }
-    const int created = CreateReceiver();
+    const bool created = CreateReceiver();
     if (created) {
         CloseHandle(thread);
     }

@@ -6,9 +6,9 @@
 #include "link/packet_message.h"
 #include "platform/kernel.h"
 
-// Creates the thread, paused, when the mask has a barcode reader; ShellState.BarcodeThread holds it. 1, also
-// without a barcode reader; 0 when the thread cannot be created. Start-up.
-int StartBarcodeReceiver(WORD deviceMask);
+// Creates the thread, paused, when the mask has a barcode reader; ShellState.BarcodeThread holds it. True
+// also without a barcode reader; false when the thread cannot be created. Start-up.
+[[nodiscard]] bool StartBarcodeReceiver(WORD deviceMask);
 
 // The reader is switched off: from the return on, nothing more of what the thread has in hand is typed,
 // recorded, sounded or broadcast. The thread pauses before it reads from the port again; it may still be
@@ -23,8 +23,8 @@ void AwaitPausedReceiver();
 // of then would be typed into whatever is in front now.
 void ResumeBarcodeReceiver();
 
-// Starts the thread anew when it has ended; a break ends it. 0 when it cannot be created, else 1. Any thread.
-int RenewBarcodeReceiver();
+// Starts the thread anew when it has ended; a break ends it. False when it cannot be created. Any thread.
+bool RenewBarcodeReceiver();
 
 // The end of the program: pauses the thread for good and lets it end by itself. Main thread.
 void EndBarcodeReceiver();

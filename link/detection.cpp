@@ -69,7 +69,7 @@ DWORD WorkingRate(WORD type, WORD found) {
 
 }  // namespace
 
-DWORD DetectReaders(WORD* deviceMask) {
+ErrorCode DetectReaders(WORD* deviceMask) {
     *deviceMask = 0;
     Relaxed<HANDLE> barcodePort = OpenReaderPort(BarcodePortSelector);
     if (barcodePort == nullptr) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/serial.h"
+#include "shell/error_messages.h"
 #include "shell/relaxed.h"
 
 // The RFID reader's model, 100 or 90, as the last probe that found it told.
@@ -11,7 +12,7 @@ extern Relaxed<DWORD> RfidReaderModel;
 // Probes both ports. 1 with the device mask (0: nobody answered), ErrorBarcodeReaderOn or ErrorRfidReaderOn
 // with everything closed. On 1 the port of a barcode reader that was found is ShellState.BarcodePort, and
 // that of an RFID reader ShellState.RfidPort when ReconfigureReaders is set; the others are closed.
-DWORD DetectReaders(WORD* deviceMask);
+[[nodiscard]] ErrorCode DetectReaders(WORD* deviceMask);
 
 // Probes for every kind of barcode reader, at every rate; those that are asked alike are asked once. 0, or
 // what was found: 1 (1D reader), 2 laser, 4 imager; a reader that needs RTS has it from then on.

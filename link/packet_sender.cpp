@@ -11,27 +11,27 @@ namespace {
 constexpr DWORD LongestTurn = 2000;
 Turn SendersTurn;
 
-int SendInTurn(HANDLE port, const SsiFrame& frame, std::size_t size) {
+bool SendInTurn(HANDLE port, const SsiFrame& frame, std::size_t size) {
     SetRts(port, true);
     if (!WriteWithRetries(port, frame.data(), static_cast<DWORD>(size))) {
-        return 0;
+        return false;
     }
     SetRts(port, false);
-    return 1;
+    return true;
 }
 
 }  // namespace
 
-int SendPacket(HANDLE port, std::span<const BYTE> packet) {
+bool SendPacket(HANDLE port, std::span<const BYTE> packet) {
     SsiFrame frame;
     const std::size_t size = SealSsiPacket(packet, frame);
     if (size == 0) {
-        return 0;
+        return false;
     }
     const bool mine = SendersTurn.Take(LongestTurn);
-    const int result = SendInTurn(port, frame, size);
+    const bool sent = SendInTurn(port, frame, size);
     if (mine) {
         SendersTurn.Give();
     }
-    return result;
+    return sent;
 }

@@ -63,7 +63,7 @@ void EndOldChannel() {
 
 }  // namespace
 
-DWORD BarcodeTrigger(int pressed) {
+ErrorCode BarcodeTrigger(bool pressed) {
     if (pressed) {
         StopSound();
     }
@@ -74,7 +74,7 @@ DWORD BarcodeTrigger(int pressed) {
     return pressed ? reader->Press() : reader->Release();
 }
 
-DWORD OpenRfidChannel() {
+ErrorCode OpenRfidChannel() {
     EndOldChannel();
     for (int i = 0; i < GreetingTries; ++i) {
         const HANDLE port = OpenReaderPort(RfidPortSelector);
@@ -97,10 +97,7 @@ DWORD OpenRfidChannel() {
     return ErrorInitRfidReader;
 }
 
-DWORD StartRfidRead(int start) {
-    if (!start) {
-        return Success;
-    }
+ErrorCode StartRfidRead() {
     StopSound();
     const bool opened = std::exchange(ReceiverStarted, false);
     // A break may have ended the channel before the read began: a read without a tag, no failure.

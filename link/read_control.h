@@ -1,24 +1,23 @@
-// Starting and stopping reads, as the trigger and the timers of the main window ask for. Results are 1 or an
-// error code. All on the main thread, except that the barcode receive thread may call BarcodeTrigger.
+// Starting and stopping reads, as the trigger and the timers of the main window ask for. All on the main
+// thread, except that the barcode receive thread may call BarcodeTrigger.
 #pragma once
 
 #include "link/rfid_channel.h"
-#include "platform/base.h"
+#include "shell/error_messages.h"
 
-// 1 for a press, 0 for a release. A press silences the sound that plays. The long-range laser with an aiming
-// time aims first. 1 or ErrorSetBarcodeReader.
-DWORD BarcodeTrigger(int pressed);
+// A press or a release. A press silences the sound that plays. The long-range laser with an aiming
+// time aims first. Success or ErrorSetBarcodeReader.
+[[nodiscard]] ErrorCode BarcodeTrigger(bool pressed);
 
 // Switches the laser's aiming beam on (and starts IDT_AIM_DURATION) or off, and starts decoding afterwards if
-// asked to. 1 or ErrorSetBarcodeReader.
-DWORD LaserAim(int startAfter, int on);
+// asked to. Success or ErrorSetBarcodeReader.
+[[nodiscard]] ErrorCode LaserAim(bool startAfter, bool on);
 
 // Opens the RFID port, waits for the reader's greeting (six tries of 250 ms) and starts its receive thread.
-// 1, ErrorRfidReaderOn or ErrorInitRfidReader; nothing stays open on an error. A channel that is still open
-// is closed first; while one is being closed by its thread (RfidChannelInUse) a new read should not be
+// Success, ErrorRfidReaderOn or ErrorInitRfidReader; nothing stays open on an error. A channel that is still
+// open is closed first; while one is being closed by its thread (RfidChannelInUse) a new read should not be
 // started.
-DWORD OpenRfidChannel();
+[[nodiscard]] ErrorCode OpenRfidChannel();
 
-// Sends the read command and starts IDT_RFID_READ; with 0 does nothing. 1, or ErrorSetRfidReader with the
-// channel closed.
-DWORD StartRfidRead(int start);
+// Sends the read command and starts IDT_RFID_READ. Success, or ErrorSetRfidReader with the channel closed.
+[[nodiscard]] ErrorCode StartRfidRead();

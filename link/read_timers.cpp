@@ -2,10 +2,9 @@
 
 #include "link/packet_receiver.h"
 #include "link/read_control.h"
-#include "shell/error_messages.h"
 #include "shell/shell_state.h"
 
-DWORD HandleTimer(UINT_PTR id) {
+ErrorCode HandleTimer(UINT_PTR id) {
     switch (id) {
         case IDT_READER_READY:
             ShellState.ReaderReady = 1;
@@ -15,7 +14,7 @@ DWORD HandleTimer(UINT_PTR id) {
             break;
         case IDT_AIM_DURATION:
             ShellState.LaserHold = 0;
-            return LaserAim(1, 0);
+            return LaserAim(true, false);
         case IDT_DELIVERY_BUSY:
             ShellState.TransferBusy = 0;
             break;

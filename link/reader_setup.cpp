@@ -7,7 +7,6 @@
 #include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "settings/record.h"
-#include "shell/error_messages.h"
 
 namespace {
 
@@ -17,7 +16,7 @@ bool Confirmed(HANDLE port, std::string_view command, std::string_view mark) {
     return RequestReply(port, command, reply) && ReplyContains(reply, mark);
 }
 
-DWORD InitializeRfidReader(HANDLE port) {
+bool InitializeRfidReader(HANDLE port) {
     const bool model100 = RfidReaderModel == 100;
     const std::string_view setup = model100 ? "wp0B08" : "wp0B80";
     const std::string_view setupMark = model100 ? "08" : "80";
@@ -26,19 +25,19 @@ DWORD InitializeRfidReader(HANDLE port) {
                             Confirmed(port, "wp0E7F", "7F") && Confirmed(port, "wp0C03", "03") &&
                             Confirmed(port, "x", {});
     if (!configured) {
-        return ErrorInitRfidReader;
+        return false;
     }
     SetPortRate(port, RfidWorkingRate);
-    return Success;
+    return true;
 }
 
 }  // namespace
 
-DWORD InitializeReader(HANDLE port, WORD type) {
+bool InitializeReader(HANDLE port, WORD type) {
     PurgePort(port);
     if (type == DeviceRfid) {
         return InitializeRfidReader(port);
     }
     const BarcodeReader* reader = FindBarcodeReader(type);
-    return reader && reader->SetUp(port) ? Success : 0;
+    return reader && reader->SetUp(port);
 }

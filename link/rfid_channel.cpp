@@ -64,14 +64,13 @@ void RfidReadOverdue() {
     }
 }
 
-DWORD CloseRfidChannel() {
+void CloseRfidChannel() {
     EndRfidReading();
     CloseHandles();
     KillTimer(ShellState.MainWindow, IDT_RFID_READ);
     Sleep(SettleTime);
     ShellState.RfidReadActive = 0;
     ShellState.RfidThreadRun = 0;
-    return 1;
 }
 
 bool RfidChannelInUse() {

@@ -5,9 +5,9 @@
 #include "platform/serial.h"
 
 // Closes the channel that is open, whatever it does: break, thread handle, port, timer IDT_RFID_READ; clears
-// RfidReadActive and RfidThreadRun. Always 1. Safe with nothing open, and beside its thread's own closing.
+// RfidReadActive and RfidThreadRun. Safe with nothing open, and beside its thread's own closing.
 // Takes 50 ms, 150 ms with a thread. Main thread.
-DWORD CloseRfidChannel();
+void CloseRfidChannel();
 
 // The reader is switched off: from the return on, nothing more of a tag that is being handed over is typed,
 // recorded, sounded or broadcast. CloseRfidChannel begins with it. Main thread.

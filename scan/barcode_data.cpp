@@ -19,9 +19,10 @@ void RestartRead() {
     if (!step) {
         return;
     }
-    BarcodeTrigger(0);
+    // A reader that has gone shows at the next press.
+    static_cast<void>(BarcodeTrigger(false));
     if (ShellState.TriggerReleased == 0) {
-        BarcodeTrigger(1);
+        static_cast<void>(BarcodeTrigger(true));
     }
 }
 

@@ -37,8 +37,8 @@ struct BarcodeReader {
     ReplyIsWhole WholeReply;
 
     // The trigger. Success or ErrorSetBarcodeReader. Main thread; the receive thread may restart a read.
-    DWORD (*Press)();
-    DWORD (*Release)();
+    ErrorCode (*Press)();
+    ErrorCode (*Release)();
 
     // Sends what differs from the snapshots; whether the reader took it. Its receive thread must not read.
     bool (*Download)();

@@ -75,15 +75,15 @@ bool Send(HANDLE port, std::span<const BYTE> command) {
     return true;
 }
 
-DWORD Command(std::string_view command) {
+ErrorCode Command(std::string_view command) {
     return SendReaderCommand(ShellState.BarcodePort, command) ? Success : ErrorSetBarcodeReader;
 }
 
-DWORD Press() {
+ErrorCode Press() {
     return Command("ON");
 }
 
-DWORD Release() {
+ErrorCode Release() {
     return Command("OFF");
 }
 

@@ -26,20 +26,20 @@ bool SetUp(HANDLE port) {
     return SetUpScanEngine(port, LaserReader, Lengths, Base);
 }
 
-DWORD Press() {
+ErrorCode Press() {
     if (!AimsFirst() || ShellState.LaserHold != 0) {
         return StartDecoding();
     }
-    const DWORD result = LaserAim(0, 1);
+    const ErrorCode result = LaserAim(false, true);
     if (result == Success) {
         ShellState.LaserHold = 1;
     }
     return result;
 }
 
-DWORD Release() {
+ErrorCode Release() {
     if (AimsFirst()) {
-        const DWORD result = LaserAim(0, 0);
+        const ErrorCode result = LaserAim(false, false);
         if (result != Success) {
             return result;
         }
@@ -53,21 +53,21 @@ DWORD Release() {
 
 }  // namespace
 
-DWORD LaserAim(int startAfter, int on) {
+ErrorCode LaserAim(bool startAfter, bool on) {
     if (on) {
-        const DWORD result = CommandScanEngine(SsiAimOn);
+        const ErrorCode result = CommandScanEngine(SsiAimOn);
         if (result != Success) {
             return result;
         }
         SetTimer(ShellState.MainWindow, IDT_AIM_DURATION, Value(general::AimDuration) * 100u, nullptr);
     } else {
         KillTimer(ShellState.MainWindow, IDT_AIM_DURATION);
-        const DWORD result = CommandScanEngine(SsiAimOff);
+        const ErrorCode result = CommandScanEngine(SsiAimOff);
         if (result != Success) {
             return result;
         }
     }
-    return startAfter == 1 ? CommandScanEngine(SsiStartDecode) : Success;
+    return startAfter ? CommandScanEngine(SsiStartDecode) : Success;
 }
 
 bool DownloadLaserSettings() {

@@ -95,18 +95,18 @@ bool SetUpScanEngine(HANDLE port, const BarcodeReader& reader, std::span<const B
     return true;
 }
 
-DWORD CommandScanEngine(std::span<const BYTE> packet) {
+ErrorCode CommandScanEngine(std::span<const BYTE> packet) {
     return SendReaderCommand(ShellState.BarcodePort, packet) ? Success : ErrorSetBarcodeReader;
 }
 
-DWORD StartDecoding() {
+ErrorCode StartDecoding() {
     // The hold is used up: its timer must not end that of the next press.
     KillTimer(ShellState.MainWindow, IDT_LASER_HOLD);
     ShellState.LaserHold = 0;
     return CommandScanEngine(SsiStartDecode);
 }
 
-DWORD StopDecoding() {
+ErrorCode StopDecoding() {
     return CommandScanEngine(SsiStopDecode);
 }
 

@@ -12,10 +12,10 @@ bool SetUpScanEngine(HANDLE port, const BarcodeReader& reader, std::span<const B
                      std::span<const BYTE> base);
 
 // Sends a packet to the fitted engine. Success or ErrorSetBarcodeReader.
-DWORD CommandScanEngine(std::span<const BYTE> packet);
+ErrorCode CommandScanEngine(std::span<const BYTE> packet);
 // The trigger without aiming.
-DWORD StartDecoding();
-DWORD StopDecoding();
+ErrorCode StartDecoding();
+ErrorCode StopDecoding();
 
 // Sends the packet of the rows that differ from the snapshots, if there are any; whether it was acknowledged.
 bool DownloadRows(ParameterRows rows);

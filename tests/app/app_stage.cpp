@@ -64,7 +64,8 @@ void BeRunning() {
     if (HasBarcodeReader()) {
         ShellState.BarcodePort = OpenReaderPort(BarcodePortSelector);
         SetPortTimeouts(ShellState.BarcodePort, 30);
-        StartBarcodeReceiver(DeviceFlags);
+        if (!StartBarcodeReceiver(DeviceFlags))
+            throw std::runtime_error("no barcode receiver");
     }
     BuildPageLists();
     TakeSnapshots();

@@ -271,9 +271,9 @@ DWORD WireStage::CallByName(const Words& words) {
     if (name == "OpenRfidChannel")
         return OpenRfidChannel();
     if (name == "CloseRfidChannel")
-        return CloseRfidChannel();
+        return CloseRfidChannel(), Success;
     if (name == "StartRfidRead")
-        return StartRfidRead(argument(1));
+        return StartRfidRead();
     if (name == "DetectReaders")
         return DetectReaders(&mask_);
     if (name == "ProbeReaderRates")
