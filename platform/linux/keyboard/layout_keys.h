@@ -25,7 +25,8 @@ struct LayoutKey {
 struct LayoutStroke {
     LayoutKey Keys[2];
     int Count = 0;
-    std::span<const LayoutKey> All() const { return {Keys, static_cast<std::size_t>(Count)}; }
+    std::span<const LayoutKey> All() const& { return {Keys, static_cast<std::size_t>(Count)}; }
+    std::span<const LayoutKey> All() const&& = delete;  // it would outlive the keys
 };
 
 class LayoutKeys {

@@ -17,7 +17,8 @@ void StrokeKeyboard::Key(BYTE key, bool up) {
         shift_ = !up;
     if (key == VK_SHIFT || up || !Ready())
         return;
-    for (const LayoutKey& part : keys_.For(key, shift_, CapsLock()).All()) {
+    const LayoutStroke stroke = keys_.For(key, shift_, CapsLock());
+    for (const LayoutKey& part : stroke.All()) {
         WaitForRoom();
         Press(part);
     }
