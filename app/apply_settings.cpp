@@ -6,6 +6,7 @@
 #include "settings/catalogue.h"
 #include "settings/record.h"
 #include "shell/error_messages.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -43,6 +44,9 @@ DWORD WINAPI ApplySettingsThread(LPVOID) {
         return ApplyExitCode;
     }
     ShellState.SettingsApplied = 1;
+    if (const BarcodeReader* reader = FittedBarcodeReader()) {
+        Log(LogPriority::Info, TEXT("the %s is set up"), reader->Name);
+    }
     SwitchReadersOn();
     if (ShellState.BarcodeEnabled) {
         SetPortTimeouts(ShellState.BarcodePort, FittedBarcodeReader()->MessageGap);

@@ -9,6 +9,7 @@
 #include "link/serial_ports.h"
 #include "settings/record.h"
 #include "shell/error_messages.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 Relaxed<DWORD> RfidReaderModel;
@@ -126,6 +127,8 @@ WORD ProbeReaderRates(HANDLE port, WORD type) {
     PurgePort(port);
     for (const DWORD rate : type == DeviceRfid ? RfidRates : BarcodeRates) {
         if (const WORD found = ProbeReader(port, rate, type)) {
+            Log(LogPriority::Notice, TEXT("%s found at %u bit/s"),
+                type == DeviceRfid ? TEXT("RFID reader") : FindBarcodeReader(found)->Name, rate);
             if (rate != WorkingRate(type, found)) {
                 ShellState.ReconfigureReaders = 1;
             }

@@ -5,6 +5,7 @@
 #include "link/command_exchange.h"
 #include "link/reading.h"
 #include "link/ssi_packet.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -35,6 +36,7 @@ void RefusePacket(HANDLE port, PacketMessage& message, BYTE status) {
     BeginPacket(message);
     // What else has come is the rest of the broken packet; the resend begins a clean line.
     PurgeComm(port, PURGE_RXCLEAR);
+    Log(LogPriority::Warning, TEXT("a packet of the barcode reader came broken and was refused"));
     static_cast<void>(SendReaderCommand(port, SsiHostNak));  // unsent, the engine resends by its own time
     LeaveToResend(message, status);
 }
@@ -42,6 +44,7 @@ void RefusePacket(HANDLE port, PacketMessage& message, BYTE status) {
 void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packet) {
     const BYTE busyBefore = BeginPacket(message);
     if (!SendReaderCommand(port, SsiHostAck)) {
+        Log(LogPriority::Warning, TEXT("a packet of the barcode reader could not be acknowledged"));
         LeaveToResend(message, packet[3]);
         return;
     }
@@ -60,9 +63,11 @@ void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packe
             HandOver(message);
             break;
         case PacketStep::Nothing:
+            Log(LogPriority::Warning, TEXT("a decode without data, too long or incomplete was dropped"));
             ShellState.TransferBusy = 0;
             break;
         case PacketStep::Repeated:
+            Log(LogPriority::Debug, TEXT("the barcode reader has repeated a packet"));
             // The scan before may still keep the trigger busy.
             ShellState.TransferBusy = busyBefore;
             break;
@@ -103,6 +108,7 @@ DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> byt
 
 void ContinuationOverdue() {
     if (AwaitingContinuation.Exchange(0)) {
+        Log(LogPriority::Warning, TEXT("the rest of a decode has not come: it was dropped"));
         ShellState.TransferBusy = 0;
     }
 }

@@ -3,6 +3,7 @@
 #include "link/reading.h"
 #include "platform/message_queue.h"
 #include "platform/window.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -21,7 +22,9 @@ bool QueueRecord(const DecodeRecord& record) {
         DecodeRecord unread;
         DWORD read = 0;
         DWORD flags = 0;
-        ReadMsgQueue(ShellState.QueueReader, &unread, sizeof unread, &read, 0, &flags);
+        if (ReadMsgQueue(ShellState.QueueReader, &unread, sizeof unread, &read, 0, &flags)) {
+            Log(LogPriority::Info, TEXT("a record that nobody has taken was replaced"));
+        }
         if (WriteMsgQueue(writer, const_cast<DecodeRecord*>(&record), sizeof record, WriteWait, 0)) {
             return true;
         }
@@ -44,6 +47,9 @@ bool PutRecord(const DecodeRecord& record, bool withEvent) {
 
 void SendRecord(const DecodeRecord& record, bool withEvent, bool withMessages) {
     if (!PutRecord(record, withEvent)) {
+        if (ReadingLasts()) {
+            Log(LogPriority::Warning, TEXT("a record found no room in the queue"));
+        }
         return;
     }
     if (withMessages && ReadingLasts()) {

@@ -17,7 +17,8 @@ enum class ReaderProtocol {
 };
 
 struct BarcodeReader {
-    WORD Bit;  // of DeviceFlags
+    LPCWSTR Name;  // for the diary
+    WORD Bit;      // of DeviceFlags
     ReaderProtocol Protocol;
     DWORD WorkingRate;  // bits per second
     UINT PowerUp;       // milliseconds after the port has been opened until it listens

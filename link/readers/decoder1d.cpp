@@ -116,6 +116,7 @@ bool Save1DSettings() {
 }
 
 constinit const BarcodeReader Decoder1DReader{
+    .Name = TEXT("1D reader"),
     .Bit = Device1D,
     .Protocol = ReaderProtocol::Escape,
     .WorkingRate = 115200,

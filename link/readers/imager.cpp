@@ -24,6 +24,7 @@ bool DownloadImagerSettings() {
 }
 
 constinit const BarcodeReader ImagerReader{
+    .Name = TEXT("2D imager"),
     .Bit = DeviceImager,
     .Protocol = ReaderProtocol::Packets,
     .WorkingRate = 115200,

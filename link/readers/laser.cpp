@@ -75,6 +75,7 @@ bool DownloadLaserSettings() {
 }
 
 constinit const BarcodeReader LaserReader{
+    .Name = TEXT("1D long-range laser"),
     .Bit = DeviceLaser,
     .Protocol = ReaderProtocol::Packets,
     .WorkingRate = 38400,

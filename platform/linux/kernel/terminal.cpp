@@ -12,6 +12,8 @@
 #include <mutex>
 #include <vector>
 
+#include "platform/linux/kernel/log.h"
+
 namespace layer {
 
 namespace {
@@ -98,10 +100,10 @@ std::unique_ptr<Terminal> OpenTerminal(std::string folder) {
         mkdir((folder + "/DiskOnChip").c_str(), 0700);
         mkdir((folder + "/windows").c_str(), 0700);
         if (!IsFolder(folder + "/Windows") && !InstallSounds(folder)) {
-            std::fprintf(stderr, "vantrel: the read sounds cannot be written into %s\n", folder.c_str());
+            Say(LogPriority::Warning, "the read sounds cannot be written into %s", folder.c_str());
         }
     } else {
-        std::fprintf(stderr, "vantrel: the terminal folder %s cannot be made\n", folder.c_str());
+        Say(LogPriority::Error, "the terminal folder %s cannot be made", folder.c_str());
     }
     auto terminal = std::make_unique<Terminal>();
     terminal->Identity = Identify(folder);

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <mutex>
 
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/terminal.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/kernel/wake_fd.h"
@@ -149,6 +150,7 @@ bool Tty::Reopen() {
                          state_.fRtsControl != RTS_CONTROL_DISABLE);
     queue_.ForgetMark();
     Note("back");
+    Say(LogPriority::Notice, "%s is back", path_.c_str());
     return true;
 }
 
@@ -158,6 +160,7 @@ void Tty::Lose(const std::shared_ptr<TtyLine>& line) {
     line_->Unlock();
     line_.reset();
     Note("lost");
+    Say(LogPriority::Warning, "%s has gone", path_.c_str());
     WakeAll();
 }
 

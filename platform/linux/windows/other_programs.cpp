@@ -1,4 +1,5 @@
 #include "platform/linux/windows/other_programs.h"
+#include "platform/linux/kernel/log.h"
 
 #include <map>
 #include <mutex>
@@ -110,6 +111,8 @@ void NoteDebts(std::vector<Asked>& asked) {
     std::scoped_lock lock(debts.Mutex);
     for (Asked& program : asked) {
         if (program.Open) {
+            Say(LogPriority::Warning, "the program %s does not answer; it is left out until it does",
+                program.Answer.Program.c_str());
             debts.Owing.insert_or_assign(program.Answer.Program, std::move(program.Connection));
         }
     }
