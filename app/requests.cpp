@@ -4,6 +4,7 @@
 
 #include "app/settings_window.h"
 #include "link/serial_ports.h"
+#include "platform/keyboard.h"
 #include "settings/settings_change.h"
 #include "settings/settings_file.h"
 #include "shell/shell_state.h"
@@ -63,6 +64,8 @@ LRESULT Status(StatusValue value, DWORD start) {
             return static_cast<DWORD>(GetTickCount() - ShellState.LastScanTick);
         case StatusValue::SinceStart:
             return static_cast<DWORD>(GetTickCount() - start);
+        case StatusValue::Keys:
+            return static_cast<LRESULT>(WhoTakesKeys());
     }
     return 0;
 }

@@ -17,6 +17,7 @@ enum class StatusValue : DWORD {
     ScansDelivered = 8,  // of those, the ones that every channel has got
     SinceLastScan = 9,   // milliseconds; meaningless without a scan
     SinceStart = 10,     // milliseconds
+    Keys = 11,           // KeysGoTo
 };
 
 enum StatusFlags : DWORD {

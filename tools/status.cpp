@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <iterator>
 
 #include "platform/window.h"
 #include "settings/record.h"
@@ -29,6 +30,12 @@ std::string Number(DWORD number) {
 }
 const char* Bool(bool value) {
     return value ? "true" : "false";
+}
+
+// By KeysGoTo.
+const char* KeysName(DWORD kind) {
+    constexpr const char* names[] = {"unknown", "none", "trace", "xtest", "wayland", "uinput", "windows"};
+    return names[kind < std::size(names) ? kind : 0];
 }
 
 std::string Reader(DWORD rate, bool on, bool reading) {
@@ -64,6 +71,7 @@ std::optional<ProgramStatus> AskStatus() {
     status.BarcodeRate = Ask(window, message, StatusValue::BarcodeRate);
     status.RfidRate = Ask(window, message, StatusValue::RfidRate);
     status.SinceLastScan = Ask(window, message, StatusValue::SinceLastScan);
+    status.Keys = Ask(window, message, StatusValue::Keys);
     status.SinceStart = Ask(window, message, StatusValue::SinceStart);
     return status;
 }
@@ -86,7 +94,8 @@ std::string StatusJson(const ProgramStatus& status) {
     const bool busy = is(StatusTransferBusy) || status.ScansBegun != status.ScansDelivered;
     return std::string("{\"version\":\"") + version + "\",\"run\":" + Number(status.Run) +
            ",\"started\":" + TimeBefore(status.SinceStart) + ",\"ready\":" + Bool(ready) + ",\"readers\":{" +
-           readers + "},\"busy\":" + Bool(busy) + ",\"settingsOpen\":" + Bool(is(StatusSettingsOpen)) +
+           readers + "},\"busy\":" + Bool(busy) + ",\"keys\":\"" + KeysName(status.Keys) +
+           "\",\"settingsOpen\":" + Bool(is(StatusSettingsOpen)) +
            ",\"applying\":" + Bool(is(StatusApplying)) + ",\"upgrading\":" + Bool(is(StatusUpgrading)) +
            ",\"error\":" + Bool(is(StatusError)) + ",\"scans\":" + Number(status.ScansBegun) +
            ",\"delivered\":" + Number(status.ScansDelivered) +

@@ -14,6 +14,7 @@ struct ProgramStatus {
     DWORD BarcodeRate = 0, RfidRate = 0;
     // Delivered is asked before Begun: where they are equal nothing was on its way in between.
     DWORD ScansDelivered = 0, ScansBegun = 0;
+    DWORD Keys = 0;
     DWORD SinceLastScan = 0, SinceStart = 0;  // milliseconds
 };
 

@@ -2,7 +2,7 @@
 #include <array>
 #include <atomic>
 
-#include "platform/win32/wrapped.h"
+#include "platform/keyboard.h"
 
 namespace {
 
@@ -63,4 +63,8 @@ void WINAPI Terminal_keybd_event(BYTE key, BYTE scanCode, DWORD flags, ULONG_PTR
         input.ki.dwFlags = flags | KEYEVENTF_UNICODE;
     }
     SendInput(1, &input, sizeof input);
+}
+
+KeysGoTo WhoTakesKeys() {
+    return KeysGoTo::Windows;
 }

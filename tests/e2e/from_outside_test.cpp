@@ -43,6 +43,7 @@ TEST_F(FromOutside, ARunningProgramTakesAChangeAtOnce) {
     EXPECT_NE(Status().find("\"barcode\":{\"type\":\"laser\",\"rate\":38400,\"on\":true,\"reading\":false}"),
               std::string::npos)
         << Status();
+    EXPECT_NE(Status().find("\"keys\":\"xtest\""), std::string::npos);
     Wire->Forget();
     EXPECT_EQ(Settings({"set", "EnableEan128=no", "PrefixCode=<"}), 0);
     EXPECT_TRUE(Wire->Saw("rx com1 07 C6 04 08 FF 0E 00"));

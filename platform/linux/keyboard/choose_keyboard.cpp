@@ -1,4 +1,7 @@
 // Which back end takes the keys.
+#include "platform/keyboard.h"
+
+#include <atomic>
 #include <cstdlib>
 #include <string_view>
 
@@ -14,6 +17,20 @@ class NoKeyboard : public KeyboardBackend {
     void ReleaseAll() override {}
 };
 
+std::atomic<KeysGoTo> Chosen{KeysGoTo::Unknown};
+
+KeysGoTo ByName(std::string_view name) {
+    constexpr std::pair<std::string_view, KeysGoTo> names[] = {{"trace", KeysGoTo::Trace},
+                                                               {"xtest", KeysGoTo::Xtest},
+                                                               {"wayland", KeysGoTo::Wayland},
+                                                               {"uinput", KeysGoTo::Uinput}};
+    for (const auto& [known, kind] : names) {
+        if (name.starts_with(known))
+            return kind;
+    }
+    return KeysGoTo::Nowhere;
+}
+
 using Made = std::unique_ptr<KeyboardBackend>;
 
 bool IsSet(const char* variable) {
@@ -22,6 +39,7 @@ bool IsSet(const char* variable) {
 }
 
 Made Tell(Made keyboard, const char* name, const std::string& why, LogPriority priority = LogPriority::Info) {
+    Chosen = ByName(name);
     Say(priority, "keys go to %s: %s", name, why.c_str());
     return keyboard;
 }
@@ -40,8 +58,10 @@ Made ByWish(const char* wish) {
     const std::string asked = "VANTREL_KEYBOARD asks for it";
     std::string whyNot;
     Made made;
-    if (wanted == "none")
+    if (wanted == "none") {
+        Chosen = KeysGoTo::Nowhere;
         return std::make_unique<NoKeyboard>();
+    }
     if (const char* file = Behind("trace:", wish)) {
         made = MakeTraceKeyboard(file);
         whyNot = "cannot write the key trace";
@@ -92,3 +112,7 @@ std::unique_ptr<KeyboardBackend> ChooseKeyboard() {
 }
 
 }  // namespace layer
+
+KeysGoTo WhoTakesKeys() {
+    return layer::Chosen;
+}
