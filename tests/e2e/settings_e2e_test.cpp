@@ -2,6 +2,7 @@
 // comes of it on the reader's wire, in the file and in the next scan.
 #include <X11/keysym.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -53,8 +54,18 @@ class SettingsFromIcon : public SettingsByHand, public testing::WithParamInterfa
     void TapIcon() {
         const auto icon = Desktop.WaitForWindow(GetParam() ? "panel" : "Notification icon");
         ASSERT_TRUE(icon);
+        const auto before = Desktop.Windows();
         Desktop.Click(icon->X + 13, icon->Y + 13);
         std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        for (const ScreenWindow& window : Desktop.Windows()) {
+            if (std::ranges::find(before, window.Id, &ScreenWindow::Id) == before.end()) {
+                EXPECT_NEAR(window.X + window.Width, icon->X + icon->Width, 30)
+                    << "the menu is not at the icon";
+                EXPECT_NEAR(window.Y + window.Height, GetParam() ? window.Height : icon->Y, 30);
+                return;
+            }
+        }
+        FAIL() << "no menu";
     }
 };
 
