@@ -4,6 +4,7 @@
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
+#include <QStringEncoder>
 #include <array>
 #include <atomic>
 #include <cstdarg>
@@ -58,8 +59,14 @@ void Say(LogPriority priority, const char* format, ...) {
 
 }  // namespace layer
 
+// A scan writes lines, too, and takes no memory: the characters are turned in place.
 void WriteLogLine(LogPriority priority, LPCWSTR text) {
-    layer::Say(priority, std::string_view(layer::ToUtf8(text)));
+    constexpr std::size_t longest = 1024;
+    const std::u16string_view line = std::u16string_view(text).substr(0, longest);
+    QStringEncoder encoder(QStringEncoder::Utf8);
+    char bytes[4 * longest];
+    const char* end = encoder.appendToBuffer(bytes, QStringView(line));
+    layer::Say(priority, std::string_view(bytes, static_cast<std::size_t>(end - bytes)));
 }
 
 bool DebugLinesWanted() {
