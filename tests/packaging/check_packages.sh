@@ -48,7 +48,7 @@ trap '"${as_root[@]}" apt-get remove -y -q vantrel vantrel-simulator >/dev/null'
 
 step "Units"
 runtime=$(mktemp -d)
-XDG_RUNTIME_DIR=$runtime systemd-analyze --user --recursive-errors=no --man=no verify vantrel.service
+XDG_RUNTIME_DIR=$runtime systemd-analyze --user --recursive-errors=no --man=no verify vantrel.service vantrel-publish.service
 rm -rf "$runtime"
 if udevadm verify --help >/dev/null 2>&1; then
   udevadm verify /lib/udev/rules.d/60-vantrel.rules
