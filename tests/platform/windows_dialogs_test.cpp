@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
@@ -42,12 +42,13 @@ QWidget* WidgetOf(HWND window) {
     return object != nullptr ? object->Widget() : nullptr;
 }
 
-// The message box that shows the text, or any.
-QMessageBox* ShownBox(const QString& text = {}) {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        auto* box = qobject_cast<QMessageBox*>(widget);
-        if (box != nullptr && box->isVisible() && (text.isEmpty() || box->informativeText() == text)) {
-            return box;
+// The button of the message box that shows the text; null when there is none.
+QPushButton* BoxButton(const QString& text) {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        for (const QLabel* label : window->findChildren<QLabel*>()) {
+            if (label->window()->isVisible() && label->text() == text) {
+                return label->window()->findChild<QPushButton*>();
+            }
         }
     }
     return nullptr;
@@ -203,7 +204,7 @@ TEST_F(DialogsTest, ADialogMayGoInsideItsOwnNotification) {
     DialogHandler = [this](HWND dialog, UINT message, WPARAM wParam, LPARAM) -> INT_PTR {
         if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
             DestroyWindow(dialog);
-            Then([] { QTest::mouseClick(ShownBox()->button(QMessageBox::Ok), Qt::LeftButton); });
+            Then([] { QTest::mouseClick(BoxButton("gone"), Qt::LeftButton); });
             Seen.emplace_back(0, MessageBoxW(window_, TEXT("gone"), TEXT("box"), MB_OK));
             return 1;
         }
@@ -305,6 +306,26 @@ TEST_F(DialogsTest, TheStandInIconIsTapped) {
     DestroyIcon(icon.hIcon);
 }
 
+TEST_F(DialogsTest, ABoxGivesTheFocusBackAndGoesWithItsOwner) {
+    const HWND dialog =
+        CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_CAUTION), window_, DialogProcedure, 0);
+    const struct {
+        std::function<void()> End;
+        int Result;
+    } ends[] = {{[] { QTest::keyClick(BoxButton("text"), Qt::Key_Return); }, IDOK},
+                {[] { QTest::keyClick(BoxButton("text"), Qt::Key_Escape); }, IDOK},
+                {[] { BoxButton("text")->window()->close(); }, IDOK},
+                {[=] { DestroyWindow(dialog); }, 0}};
+    for (const auto& end : ends) {
+        layer::PumpMessages();
+        EXPECT_EQ(GetActiveWindow(), dialog);
+        Then(end.End);
+        EXPECT_EQ(MessageBoxW(dialog, TEXT("text"), TEXT("box"), MB_OK), end.Result);
+    }
+    Then([] { PostQuitMessage(0); });
+    EXPECT_EQ(MessageBoxW(window_, TEXT("text"), TEXT("box"), MB_OK), 0);
+}
+
 TEST_F(DialogsTest, BoxesOfSeveralThreadsEndInAnyOrder) {
     const auto ask = [&](LPCWSTR text) {
         EXPECT_EQ(MessageBoxW(window_, text, TEXT("Error Msg"), MB_OK), IDOK);
@@ -312,9 +333,8 @@ TEST_F(DialogsTest, BoxesOfSeveralThreadsEndInAnyOrder) {
     std::thread first(ask, TEXT("first"));
     std::thread second(ask, TEXT("second"));
     const auto dismiss = [](const QString& text) {
-        QMessageBox* box = ShownBox(text);
-        ASSERT_NE(box, nullptr);
-        QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+        ASSERT_NE(BoxButton(text), nullptr);
+        QTest::mouseClick(BoxButton(text), Qt::LeftButton);
     };
     const auto wait = [](const std::function<bool()>& done) {
         for (int i = 0; i < 1000 && !done(); ++i) {
@@ -322,11 +342,11 @@ TEST_F(DialogsTest, BoxesOfSeveralThreadsEndInAnyOrder) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
     };
-    wait([] { return ShownBox("first") != nullptr && ShownBox("second") != nullptr; });
+    wait([] { return BoxButton("first") != nullptr && BoxButton("second") != nullptr; });
     // Whichever was opened first: its thread goes on while the other box stays.
     dismiss("first");
     first.join();
-    EXPECT_NE(ShownBox("second"), nullptr);
+    EXPECT_NE(BoxButton("second"), nullptr);
     dismiss("second");
     second.join();
 }

@@ -20,18 +20,13 @@ WindowObject* TopOf(WindowObject* window) {
     return window;
 }
 
-QRect PlaceDialog(const resource::Dialog& dialog, const DialogUnits& units, const QSize& size,
-                  const WindowObject* owner) {
-    const QRect area = WorkArea();
-    QRect place(QPoint(0, 0), size);
+// Nothing where the dialog belongs in the middle.
+std::optional<QPoint> CornerOf(const resource::Dialog& dialog, const DialogUnits& units,
+                               const WindowObject* owner) {
     if ((dialog.Style & DialogCentred) != 0 || owner == nullptr || !owner->Visible()) {
-        place.moveCenter(area.center());
-    } else {
-        place.moveTopLeft(owner->Client()->mapToGlobal(QPoint(units.X(dialog.X), units.Y(dialog.Y))));
+        return std::nullopt;
     }
-    place.moveLeft(std::max(area.left(), std::min(place.left(), area.right() + 1 - place.width())));
-    place.moveTop(std::max(area.top(), std::min(place.top(), area.bottom() + 1 - place.height())));
-    return place;
+    return owner->Client()->mapToGlobal(QPoint(units.X(dialog.X), units.Y(dialog.Y)));
 }
 
 // Makes the dialog and sends it WM_INITDIALOG; null when it cannot be made, or destroyed itself.
@@ -56,8 +51,7 @@ std::shared_ptr<DialogWindow> MakeDialog(WORD number, WindowObject* parent, Dial
     window->Widget()->setFont(font);
     window->SetText(dialog->Title);
     if (!page) {
-        const QSize outer = static_cast<DialogWidget*>(window->Widget())->OuterSize(init.Place.size());
-        window->Widget()->setGeometry(PlaceDialog(*dialog, units, outer, parent));
+        window->PlaceFrame(init.Place.size(), CornerOf(*dialog, units, parent));
     }
     Adopt(window);
     if (!window->MakeControls(*dialog, font)) {
@@ -125,6 +119,20 @@ void DialogWindow::End(INT_PTR result) {
         WakeMainThread();
     }
     HideAndGiveFocusBack(*this);
+}
+
+void DialogWindow::PlaceFrame(const QSize& client, std::optional<QPoint> corner) {
+    const QRect area = WorkArea();
+    QRect place(QPoint(0, 0), frame_->OuterSize(client));
+    if (corner) {
+        place.moveTopLeft(*corner);
+    } else {
+        place.moveCenter(area.center());
+    }
+    place.moveLeft(std::max(area.left(), std::min(place.left(), area.right() + 1 - place.width())));
+    place.moveTop(std::max(area.top(), std::min(place.top(), area.bottom() + 1 - place.height())));
+    frame_->setFixedSize(place.size());
+    frame_->setGeometry(place);
 }
 
 bool DialogWindow::MakeControls(const resource::Dialog& dialog, const QFont& font) {

@@ -1,6 +1,8 @@
 // Dialogs made from templates.
 #pragma once
 
+#include <optional>
+
 #include "platform/linux/resources/resource_file.h"
 #include "platform/linux/windows/dialog_widget.h"
 #include "platform/linux/windows/window_object.h"
@@ -22,6 +24,9 @@ class DialogWindow : public WindowObject {
     bool Ended() const { return ended_; }
     INT_PTR Result() const { return result_; }
 
+    // Gives the frame a size that the user cannot change: for this client size, in the middle of the screen,
+    // or at a corner of the screen's.
+    void PlaceFrame(const QSize& client, std::optional<QPoint> corner = {});
     // Puts the controls of the template on it; false when one cannot be made.
     bool MakeControls(const resource::Dialog& dialog, const QFont& font);
     void FocusFirstControl();
