@@ -1,3 +1,5 @@
+#include <string_view>
+
 #include "app/init_thread.h"
 #include "app/main_window.h"
 #include "app/single_instance.h"
@@ -89,6 +91,14 @@ HIMAGELIST LoadStateImages(HINSTANCE instance) {
     return images;
 }
 
+// "--settings" among the words of the command line; nothing else of it counts.
+bool AsksForSettings(std::string_view commandLine) {
+    constexpr std::string_view option = "--settings";
+    const std::size_t at = commandLine.find(option);
+    return at != std::string_view::npos && (at == 0 || commandLine[at - 1] == ' ') &&
+           (at + option.size() == commandLine.size() || commandLine[at + option.size()] == ' ');
+}
+
 int RunMessageLoop() {
     MSG message = {};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
@@ -104,12 +114,13 @@ int RunMessageLoop() {
 
 }  // namespace
 
-int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR, int showCommand) {
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCommand) {
     ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
     PreviewSound = [](int number) { PlayReadSound(number); };
 
     ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.Instance = instance;
+    SettingsAsked = AsksForSettings(commandLine);
     if (!BecomeOnlyInstance()) {
         return 0;
     }

@@ -1,5 +1,6 @@
 #include "app/init_thread.h"
 
+#include "app/main_window.h"
 #include "link/barcode_receiver.h"
 #include "link/detection.h"
 #include "link/reader_setup.h"
@@ -20,6 +21,8 @@ namespace {
 
 constexpr LPCWSTR DataQueueName = TEXT("QuenraDataQueue");
 
+bool DecoderSilent = false;  // the settings open without an answer of the 1D reader
+
 constexpr UINT RfidPowerUp = 1200;  // milliseconds
 
 // Opens the reader that the settings name, without looking for it. A terminal with an RFID reader alone has
@@ -39,6 +42,21 @@ DWORD OpenStoredReader() {
     return Success;
 }
 
+// The settings are wanted although no barcode reader answers: those of the readers of the last run, or of the
+// 1D reader, whose decoder may have lost its firmware.
+DWORD GoOnWithoutReader(int loaded) {
+    if (!loaded) {
+        DeviceFlags = Device1D;
+        ResetSettings(ResetAllGroups);
+    }
+    if (ShellState.RfidPort) {
+        CloseReaderPort(ShellState.RfidPort);
+    }
+    ShellState.ReconfigureReaders = 0;
+    DecoderSilent = (DeviceFlags & Device1D) != 0;
+    return OpenStoredReader();
+}
+
 DWORD FindReaders(int loaded) {
     if (loaded && !IsOn(general::CheckReaderStatus)) {
         return OpenStoredReader();
@@ -50,6 +68,10 @@ DWORD FindReaders(int loaded) {
     const DWORD result = DetectReaders(&detected);
     if (result != Success) {
         return result;
+    }
+    const bool expected = loaded ? HasBarcodeReader() : detected == 0;
+    if (SettingsAsked && expected && (detected & DeviceBarcodeMask) == 0) {
+        return GoOnWithoutReader(loaded);
     }
     if (detected == 0) {
         return ErrorNoReader;
@@ -124,6 +146,8 @@ DWORD Initialize() {
 
 }  // namespace
 
+bool SettingsAsked = false;
+
 DWORD WINAPI InitThread(LPVOID) {
     HCURSOR previous = GetCursor();
     SetCursor(LoadCursorW(nullptr, IDC_WAIT));
@@ -142,9 +166,12 @@ DWORD WINAPI InitThread(LPVOID) {
     ShellState.InitDone = 1;
     ReportReady(TEXT("The readers are ready"));
     SetWindowPos(window, HWND_TOP, 0, 0, 240, 294, SWP_SHOWWINDOW);
-    if (GetForegroundWindow() == window) {
+    if (SettingsAsked || GetForegroundWindow() == window) {
         ShellState.Applying = 0;
         SendMessageW(window, WM_OPENSETTINGS, 0, 0);
+        if (DecoderSilent) {
+            PostMessageW(window, WM_OFFERUPGRADE, 0, 0);
+        }
     } else {
         SendMessageW(window, WM_APPLYSETTINGS, 0, 0);
     }

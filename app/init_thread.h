@@ -4,5 +4,9 @@
 
 #include "platform/kernel.h"
 
+// The settings open at the end, whatever the readers answer; where the 1D reader does not, its firmware
+// upgrade is offered as well. Set before the thread starts.
+extern bool SettingsAsked;
+
 // Thread procedure without a parameter; always returns 0. A failure is shown and ends the program.
 DWORD WINAPI InitThread(LPVOID);

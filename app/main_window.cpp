@@ -9,6 +9,7 @@
 #include "app/shell_cleanup.h"
 #include "app/tray_menu.h"
 #include "app/trigger.h"
+#include "firmware/upgrade.h"
 #include "link/barcode_receiver.h"
 #include "link/read_control.h"
 #include "link/read_timers.h"
@@ -165,6 +166,11 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
             return 0;
         case WM_SETTINGSAPPLIED:
             OnSettingsApplied(window);
+            return 0;
+        case WM_OFFERUPGRADE:
+            if (HWND sheet = ShellState.SettingsSheet; sheet && !ShellState.UpgradeActive) {
+                UpgradeFirmware(sheet);
+            }
             return 0;
         case WM_COMMAND:
             OnCommand(window, LOWORD(wParam));

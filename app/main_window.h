@@ -4,6 +4,9 @@
 
 #include "platform/window.h"
 
+// Posted at a start with an open sheet: no decoder answers, perhaps it lacks its firmware.
+inline constexpr UINT WM_OFFERUPGRADE = WM_USER + 10;
+
 // Window procedure of class "Vantrel": 0 for what it handles, the default procedure's result for all else.
 LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 

@@ -17,18 +17,45 @@ constexpr DWORD Cancelled = 0;
 constexpr int RestartTries = 30;
 constexpr DWORD RestartTimeout = 500;
 
-// A dialog that has gone leaves its place to be painted, and nobody handles messages for a while.
-void RepaintActiveWindow() {
-    if (HWND active = GetActiveWindow()) {
-        UpdateWindow(active);
-    }
+// A dialog that has gone leaves its place to be painted, and nobody handles messages for a while. Right after
+// it no window may be active yet.
+void RepaintActiveWindow(HWND owner) {
+    HWND active = GetActiveWindow();
+    UpdateWindow(active ? active : owner);
 }
 
-DWORD AwaitRestart() {
+// Says what goes on while nobody handles messages. Without memory for it things go on all the same.
+class WaitWindow {
+  public:
+    WaitWindow(HWND owner, LPCWSTR text)
+        : dialog_(CreateDialogParamW(ShellState.Instance, MAKEINTRESOURCEW(IDD_UPGRADE_WAIT), owner, nullptr,
+                                     0)) {
+        SetDlgItemTextW(dialog_, IDC_TEXT, text);
+        SetWindowPos(dialog_, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+        Paint();
+    }
+    ~WaitWindow() { DestroyWindow(dialog_); }
+    WaitWindow(const WaitWindow&) = delete;
+    WaitWindow& operator=(const WaitWindow&) = delete;
+
+    void Paint() const { UpdateWindow(dialog_); }
+
+  private:
+    HWND dialog_;
+};
+
+DWORD EraseDecoder(HWND owner) {
+    const WaitWindow wait(owner, TEXT("The decoder is being erased. Do not turn the power off."));
+    return EnterDownloadMode();
+}
+
+DWORD AwaitRestart(HWND owner) {
+    const WaitWindow wait(owner, TEXT("The decoder is restarting. Do not turn the power off."));
     const HCURSOR cursor = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
     DWORD answer = 0;
     for (int i = 0; i < RestartTries && answer == 0; ++i) {
         answer = QueryFirmwareVersion(ShellState.BarcodePort, RestartTimeout, {});
+        wait.Paint();
     }
     SetCursor(cursor);
     return answer == Success ? Success : ErrorRebootReader;
@@ -40,14 +67,14 @@ DWORD LoadFile(HWND owner, HANDLE file) {
     if (result != Success) {
         return result;
     }
-    result = EnterDownloadMode();
+    result = EraseDecoder(owner);
     if (result != Success) {
         return result;
     }
-    RepaintActiveWindow();
+    RepaintActiveWindow(owner);
     result = TransferFirmwareFile(owner, file);
-    RepaintActiveWindow();
-    return result == Success ? AwaitRestart() : result;
+    RepaintActiveWindow(owner);
+    return result == Success ? AwaitRestart(owner) : result;
 }
 
 DWORD LoadPath(HWND owner, LPCWSTR path) {
@@ -84,7 +111,7 @@ DWORD Upgrade(HWND owner) {
     if (!Ask(owner, path)) {
         return Cancelled;
     }
-    RepaintActiveWindow();
+    RepaintActiveWindow(owner);
     const DWORD result = LoadPath(owner, path);
     if (result == Success) {
         static_cast<void>(Save1DSettings());  // the upgrade itself has worked, whatever comes of this

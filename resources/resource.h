@@ -13,6 +13,7 @@
 #define IDD_ABOUT 20
 #define IDD_CAUTION 30
 #define IDD_DOWNLOAD_PROGRESS 31
+#define IDD_UPGRADE_WAIT 32
 
 // Controls. A dialog with one of a kind uses the first.
 #define IDC_EDIT 201

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <string>
 
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
@@ -14,13 +15,17 @@
 
 extern "C" __attribute__((weak)) void __gcov_dump();
 
-int main() {
+int main(int count, char** arguments) {
     layer::StartWindows();
     layer::TakeSignals();
     layer::PrepareKeyboard();
     static char instance;
-    static char commandLine[] = "";
-    const int code = WinMain(reinterpret_cast<HINSTANCE>(&instance), nullptr, commandLine, SW_SHOWNORMAL);
+    static std::string commandLine;
+    for (int i = 1; i < count; ++i) {
+        commandLine += std::string(i > 1 ? " " : "") + arguments[i];
+    }
+    const int code =
+        WinMain(reinterpret_cast<HINSTANCE>(&instance), nullptr, commandLine.data(), SW_SHOWNORMAL);
     layer::BeginEnd();
     std::fflush(nullptr);
 #if defined(__SANITIZE_ADDRESS__)

@@ -28,13 +28,13 @@ int RunProgram(const std::string& name, const std::vector<std::string>& argument
     return process->Wait(1000).value_or(-1);
 }
 
-Vantrel::Vantrel(const std::vector<std::string>& environment) {
+Vantrel::Vantrel(const std::vector<std::string>& environment, const std::vector<std::string>& arguments) {
     std::vector<std::string> variables = {"QT_QPA_PLATFORM=xcb", "VANTREL_KEYBOARD=xtest"};
     for (const std::string& variable : environment) {
         // The first of two settings of one variable counts.
         variables.insert(variables.begin(), variable);
     }
-    process_ = StartProgram("vantrel", {}, variables);
+    process_ = StartProgram("vantrel", arguments, variables);
 }
 
 bool Vantrel::IsThere(int milliseconds) const {

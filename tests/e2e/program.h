@@ -19,7 +19,8 @@ int RunProgram(const std::string& name, const std::vector<std::string>& argument
 // The system itself.
 class Vantrel {
   public:
-    explicit Vantrel(const std::vector<std::string>& environment = {});
+    explicit Vantrel(const std::vector<std::string>& environment = {},
+                     const std::vector<std::string>& arguments = {});
 
     pid_t Id() const { return process_->Id(); }
     // Waits until its window can be reached by other programs.
