@@ -257,27 +257,27 @@ TEST_F(ProgramsTest, AnotherProgramIsFoundAndSentTo) {
 }
 
 TEST_F(ProgramsTest, ABroadcastReachesAllButThoseThatOweAnAnswer) {
-    layer::LongestSend = 300ms;
+    layer::LongestSend = 1000ms;
     ChildProcess good({WINDOWS_CHILD, "serve", "Good", "good"});
     ChildProcess stuck({WINDOWS_CHILD, "serve", "Stuck", "stuck"});
     ASSERT_EQ(good.ReadLine(), "ready");
     ASSERT_EQ(stuck.ReadLine(), "ready");
 
-    EXPECT_LT(BroadcastInThread(true), 250ms);
+    EXPECT_LT(BroadcastInThread(true), 900ms);
     EXPECT_EQ(good.ReadLine(), "message ping 5 6");
     EXPECT_EQ(stuck.ReadLine(), "message ping 5 6");
     EXPECT_THAT(Received, ElementsAre("TEST_PING 5 6")) << "the program's own windows, once";
 
     stuck.Signal(SIGSTOP);
-    EXPECT_GE(BroadcastInThread(true), 300ms);
+    EXPECT_GE(BroadcastInThread(true), 1000ms);
     EXPECT_EQ(good.ReadLine(), "message ping 5 6") << "at once, whoever is stuck";
-    EXPECT_LT(BroadcastInThread(true), 250ms) << "who owes an answer is left out";
+    EXPECT_LT(BroadcastInThread(true), 900ms) << "who owes an answer is left out";
     EXPECT_EQ(good.ReadLine(), "message ping 5 6");
 
     stuck.Signal(SIGCONT);
     EXPECT_EQ(stuck.ReadLine(), "message ping 5 6");
-    std::this_thread::sleep_for(100ms);
-    EXPECT_LT(BroadcastInThread(true), 250ms);
+    std::this_thread::sleep_for(500ms);
+    EXPECT_LT(BroadcastInThread(true), 900ms);
     EXPECT_EQ(good.ReadLine(), "message ping 5 6");
     EXPECT_EQ(stuck.ReadLine(), "message ping 5 6") << "it has answered, and is back";
 
@@ -287,13 +287,13 @@ TEST_F(ProgramsTest, ABroadcastReachesAllButThoseThatOweAnAnswer) {
     stuck.Signal(SIGKILL);
     stuck.Wait();
     EXPECT_TRUE(std::filesystem::exists(Windows(dead)));
-    EXPECT_LT(BroadcastInThread(true), 250ms);
+    EXPECT_LT(BroadcastInThread(true), 900ms);
     EXPECT_FALSE(std::filesystem::exists(Windows(dead)));
     EXPECT_EQ(good.ReadLine(), "message ping 5 6");
 
     // The main thread is busy: the others get it all the same, and the second time nobody waits for it.
-    EXPECT_GE(BroadcastInThread(false), 300ms);
-    EXPECT_LT(BroadcastInThread(false), 250ms);
+    EXPECT_GE(BroadcastInThread(false), 1000ms);
+    EXPECT_LT(BroadcastInThread(false), 900ms);
     EXPECT_EQ(good.ReadLine(), "message ping 5 6");
     EXPECT_EQ(good.ReadLine(), "message ping 5 6");
     layer::LongestSend = 5000ms;

@@ -38,11 +38,6 @@ class HandleTable {
         auto node = values_.extract(reinterpret_cast<std::uintptr_t>(handle));
         return node ? std::move(node.mapped()) : Value();
     }
-    template <class Test>
-    void RemoveIf(const Test& test) {
-        std::scoped_lock lock(mutex_);
-        std::erase_if(values_, [&](const auto& entry) { return test(entry.second); });
-    }
     // Calls `use` with every handle and its value, the oldest first, with the table's lock held.
     template <class Use>
     void Each(const Use& use) {

@@ -126,11 +126,8 @@ BOOL DestroyMenu(HMENU menu) {
         while (whole->parentWidget() != nullptr) {
             whole = whole->parentWidget();
         }
-        layer::Table().RemoveIf([=](const QPointer<QMenu>& known) {
-            return known == whole || (known != nullptr && whole->isAncestorOf(known));
-        });
         layer::ClosePopup();
-        whole->deleteLater();
+        whole->deleteLater();  // and with it what the handles stand for
         return TRUE;
     });
 }
