@@ -263,6 +263,33 @@ TEST_F(TreeTest, AnItemThatIsUnfoldedToIsSeenWhole) {
     EXPECT_LE(RowOf(child).bottom(), View()->viewport()->height());
 }
 
+TEST_F(TreeTest, UnfoldingBringsTheChildrenIntoView) {
+    for (int i = 0; i < 8; ++i) {
+        Insert(TVI_ROOT, TVI_LAST, u"short");
+    }
+    HTREEITEM folded = Insert(TVI_ROOT, TVI_LAST, u"folded");
+    Insert(folded, TVI_LAST, u"child");
+    HTREEITEM last = Insert(folded, TVI_LAST, u"last");
+    layer::PumpMessages();
+    Click(ButtonOf(folded));
+    EXPECT_LE(RowOf(last).bottom(), View()->viewport()->height());
+    EXPECT_GE(RowOf(folded).top(), 0);
+    // More than there is room for: the item itself stays.
+    for (int i = 0; i < 20; ++i) {
+        Insert(folded, TVI_LAST, u"child");
+    }
+    Click(ButtonOf(folded));
+    Click(ButtonOf(folded));
+    EXPECT_GE(RowOf(folded).top(), 0);
+    EXPECT_LT(RowOf(folded).top(), 26);
+}
+
+TEST_F(TreeTest, TheValueAtTheEndOfALongRowIsThere) {
+    Insert(TVI_ROOT, TVI_LAST, u"Timeout When Decode Same Barcode :    0.6  sec.", 6);
+    layer::PumpMessages();
+    EXPECT_EQ(View()->horizontalScrollBar()->maximum(), 0);
+}
+
 TEST_F(TreeTest, ArrowsAndSignsMoveAndUnfold) {
     HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
     HTREEITEM a1 = Insert(a, TVI_LAST, u"child");

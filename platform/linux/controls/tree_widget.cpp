@@ -19,6 +19,8 @@ constexpr DWORD StyleLinesAtRoot = 0x0004;
 constexpr int SmallestRow = 26;  // pixels; what a finger finds
 constexpr int Indent = 20;
 constexpr int Gap = 4;  // around images and labels
+// Of its width that a label gets at least where it would reach over the edge, in percent.
+constexpr int NarrowestLabel = 55;
 
 // The platform's number of a function key. Nobody asks for another one: those share a number that is no
 // key's.
@@ -34,10 +36,14 @@ class TreeDelegate : public QStyledItemDelegate {
     explicit TreeDelegate(TreeWidget& tree) : QStyledItemDelegate(&tree), tree_(tree) {}
 
     QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override {
-        const QRect row(0, 0, 1, SmallestRow);
+        int left = tree_.rootIsDecorated() ? Indent : 0;
+        for (QModelIndex above = index.parent(); above.isValid(); above = above.parent()) {
+            left += Indent;
+        }
+        const QRect row(left - tree_.horizontalOffset(), 0, 1, SmallestRow);
         const QRect label = tree_.LabelRect(row, index.data().toString());
         const int content = std::max(tree_.fontMetrics().height(), tree_.imageSize_.height());
-        return QSize(label.right() + 1, std::max(SmallestRow, content + 2 * Gap));
+        return QSize(label.right() + 1 - row.left(), std::max(SmallestRow, content + 2 * Gap));
     }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
@@ -50,6 +56,11 @@ class TreeDelegate : public QStyledItemDelegate {
         }
         QStyleOptionViewItem label = option;
         label.rect = tree_.LabelRect(option.rect, item->text(0)).adjusted(0, 1, 0, -1);
+        const int whole = tree_.LabelWidth(item->text(0));
+        if (label.rect.width() < whole) {
+            // The value stands at the end: the letters get narrower so that it can be read.
+            label.font.setStretch(100 * (label.rect.width() - 2 * Gap) / whole);
+        }
         QStyledItemDelegate::paint(painter, label, index);
     }
 
@@ -73,6 +84,13 @@ TreeWidget::TreeWidget(QWidget* parent, DWORD style) : QTreeWidget(parent) {
     setEditTriggers(NoEditTriggers);
     setSelectionMode(SingleSelection);
     setExpandsOnDoubleClick(false);
+    // What is unfolded is shown, as far as it has room under its item.
+    QObject::connect(this, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) {
+        if (item->childCount() > 0) {
+            scrollToItem(item->child(item->childCount() - 1));
+            scrollToItem(item);
+        }
+    });
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollMode(ScrollPerPixel);
 }
@@ -98,7 +116,14 @@ QRect TreeWidget::ImageRect(const QRect& item) const {
 QRect TreeWidget::LabelRect(const QRect& item, const QString& text) const {
     const QRect image = ImageRect(item);
     const int left = image.isEmpty() ? item.left() : image.right() + 1;
-    return QRect(left, item.top(), fontMetrics().horizontalAdvance(text) + 2 * Gap, item.height());
+    const int whole = LabelWidth(text);
+    const int room = viewport()->width() - horizontalOffset() - left;
+    const int width = std::min(whole, std::max(room, whole * NarrowestLabel / 100));
+    return QRect(left, item.top(), width, item.height());
+}
+
+int TreeWidget::LabelWidth(const QString& text) const {
+    return fontMetrics().horizontalAdvance(text) + 2 * Gap;
 }
 
 TreeHit TreeWidget::HitTest(const QPoint& position) const {

@@ -47,6 +47,7 @@ class TreeWidget : public QTreeWidget {
     friend class TreeDelegate;
     QRect ImageRect(const QRect& item) const;  // empty without images
     QRect LabelRect(const QRect& item, const QString& text) const;
+    int LabelWidth(const QString& text) const;  // wanted
     QPoint TapPlace(const TreeItem& item) const;
     void TapImage(const TreeItem& item);
 

@@ -94,8 +94,27 @@ std::u16string TextControl::Text() const {
 
 void TextControl::SetText(std::u16string text) {
     setting_ = true;
-    edit_->setPlainText(QString::fromStdU16String(text).remove(u'\r'));
+    const QString shown = QString::fromStdU16String(text).remove(u'\r');
+    edit_->setPlainText(shown);
     setting_ = false;
+    if (edit_->isReadOnly()) {
+        FitFont(shown);
+    }
+}
+
+// What is only to be read is seen whole, without scrolling, where a smaller font can do it.
+void TextControl::FitFont(const QString& text) {
+    constexpr qreal smallest = 6, step = 0.5;  // points
+    const int edge = edit_->frameWidth() + static_cast<int>(edit_->document()->documentMargin()) + 1;
+    const QSize room = edit_->size() - QSize(2 * edge, 2 * edge);
+    QFont font = edit_->font();
+    const auto height = [&] {
+        return QFontMetrics(font).boundingRect(QRect(QPoint(0, 0), room), Qt::TextWordWrap, text).height();
+    };
+    while (height() > room.height() && font.pointSizeF() > smallest) {
+        font.setPointSizeF(font.pointSizeF() - step);
+    }
+    edit_->setFont(font);
 }
 
 }  // namespace layer

@@ -33,6 +33,8 @@ class TextControl : public WindowObject {
     void SetText(std::u16string text) override;
 
   private:
+    void FitFont(const QString& text);
+
     QPlainTextEdit* edit_;
     bool setting_ = false;
 };

@@ -139,6 +139,11 @@ void StartWindows() {
     auto* application = new QApplication(count, arguments);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     application->installEventFilter(new QuitFilter(application));
+    // White on it has a contrast of 5.9 : 1.
+    QPalette palette = QApplication::palette();
+    palette.setColor(QPalette::Highlight, QColor(0x15, 0x65, 0xC0));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    QApplication::setPalette(palette);
     RegisterBasicControls();
     RegisterCommonControls();
     OpenMailbox();
