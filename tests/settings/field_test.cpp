@@ -1,7 +1,6 @@
 #include "settings/field.h"
 
 #include <atomic>
-#include <regex>
 #include <set>
 #include <thread>
 
@@ -82,11 +81,16 @@ TEST(Fields, EachOneThatIsDeclaredIsAnItem) {
     for (const char* header : {"decoder1d", "engine", "general"}) {
         const std::string text =
             ReadWholeFile(std::string(VANTREL_SOURCE_DIR "/settings/") + header + "_fields.h");
-        const std::regex declaration(R"(\nSETTING\((\w+),)");
-        std::sregex_iterator found(text.begin(), text.end(), declaration), end;
-        EXPECT_GE(std::distance(found, end), 50) << header;
-        for (; found != end; ++found)
-            EXPECT_TRUE(items.contains((*found)[1])) << (*found)[1] << " stands in no list of pages.cpp";
+        const std::string declaration = "\nSETTING(";
+        int count = 0;
+        for (std::size_t at = text.find(declaration); at != std::string::npos;
+             at = text.find(declaration, at)) {
+            at += declaration.size();
+            const std::string name = text.substr(at, text.find(',', at) - at);
+            EXPECT_TRUE(items.contains(name)) << name << " stands in no list of pages.cpp";
+            ++count;
+        }
+        EXPECT_GE(count, 50) << header;
     }
 }
 
