@@ -1,0 +1,121 @@
+"""Kills the real program at random moments of starts, scans and saves, and looks at what the next start makes of it.
+
+  kills.py PROGRAMS COUNT [--seed N] [--terminals N]
+
+After each kill the settings file has to be the old or the new one, whole. Each start that is not killed has to come
+up and to deliver a label of its own, and nothing that was presented before. Ends with 1 on the first contradiction.
+"""
+
+import json
+import random
+import subprocess
+import time
+
+from many import run_many
+from terminal import Failure, Lines, Terminal, settings_file, wait_for
+
+READERS = {"1d": "label A", "laser": "label 1", "imager": "label 1"}
+GENERAL = 760  # where the words of the general settings begin in the file
+# Item, word, what it may be (as written, as stored).
+ITEMS = {"GoodReadBeep": (1, [(f"Sound {n}", 0x30 + n) for n in range(1, 10)]),
+         "VibrateDuration": (4, [(str(n), n) for n in range(1, 31)]),
+         "RfidMaximumLength": (88, [(str(n), n) for n in range(128)])}
+
+
+class Victim:
+    """A terminal that is killed again and again."""
+
+    def __init__(self, programs, folder, chance):
+        self.random = chance
+        self.terminal = Terminal(programs, folder)
+        self.reader = chance.choice(sorted(READERS))
+        self.label = READERS[self.reader]
+        self.number = 0
+        self.counts = {}
+        self.terminal.write_settings()
+        self.allowed = {settings_file()}  # what the file may be
+        self.terminal.start_readers("--quiet", "--barcode", self.reader, "--rfid", "100")
+        self.start()
+        self.fresh = self.terminal.settings.read_bytes()  # what a start makes of the settings written above
+        self.allowed = {self.fresh}
+        self.kill(0)
+
+    def count(self, what):
+        self.counts[what] = self.counts.get(what, 0) + 1
+
+    def next_text(self):
+        self.number += 1
+        return f"KILL{self.number:06}"
+
+    def kill(self, after):
+        time.sleep(after)
+        self.terminal.system.kill()
+        self.terminal.system.wait()
+
+    def look_at_file(self):
+        content = self.terminal.settings.read_bytes()
+        if content not in self.allowed:
+            raise Failure(f"the settings file is neither the old nor the new one: {len(content)} bytes")
+        return content
+
+    def start(self):
+        """A start that is let live: it delivers one label, and nothing from before."""
+        self.terminal.start_system(stderr=subprocess.DEVNULL)
+        wait_for("a ready program", lambda: self.terminal.system.poll() is not None or self.terminal.ready(), pause=0.1)
+        if self.terminal.system.poll() is not None:
+            raise Failure(f"a start ends with {self.terminal.system.returncode}")
+        self.terminal.tell("clear")
+        watch = Lines(self.terminal.start("vantrel-watch", "--event", stdout=subprocess.PIPE))
+        try:
+            text = self.next_text()
+            if not self.terminal.scan(f"{self.label} {text}", text):
+                raise Failure(f"{text} is not typed")
+            watch.wait(0, lambda line: True, 5)
+            records = [json.loads(line)["text"] for line in watch.since(0)]
+            if records != [text]:
+                raise Failure(f"records {records} in place of {text} alone")
+        finally:
+            watch.process.kill()
+            watch.process.wait()
+        wait_for("the end of the delivery", self.terminal.ready)
+        self.count("starts that delivered")
+
+    def kill_start(self):
+        if self.random.random() < 0.3:
+            # New settings, so that the start has something to save.
+            self.terminal.write_settings()
+            self.allowed = {settings_file(), self.fresh}
+        self.terminal.start_system(stderr=subprocess.DEVNULL)
+        self.kill(self.random.choice((0.4, 5, 8)) * self.random.random())
+
+    def kill_scan(self):
+        self.start()
+        self.terminal.tell(f"{self.label} {self.next_text()}")
+        self.terminal.trigger("down")
+        self.kill(0.6 * self.random.random())
+
+    def kill_save(self):
+        self.start()
+        new = bytearray(self.look_at_file())
+        words = []
+        for item, (word, values) in ITEMS.items():
+            written, stored = self.random.choice(values)
+            words.append(f"{item}={written}")
+            new[GENERAL + 2 * word:GENERAL + 2 * word + 2] = stored.to_bytes(2, "little")
+        self.allowed.add(bytes(new))
+        change = self.terminal.start("vantrel-settings", "set", *words, stderr=subprocess.DEVNULL)
+        self.kill(0.06 * self.random.random())
+        # It asks for the change once more, of the file itself, when the program is gone.
+        change.kill()
+        change.wait()
+        self.count("new file after a killed save" if self.look_at_file() == new else "old file after a killed save")
+
+    def once(self):
+        kind = self.random.choice((self.kill_start, self.kill_start, self.kill_scan, self.kill_save))
+        kind()
+        self.allowed = {self.look_at_file()}
+        self.count(kind.__name__.replace("_", "ed ", 1))
+
+
+if __name__ == "__main__":
+    run_many(__doc__, Victim)

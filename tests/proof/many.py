@@ -1,0 +1,61 @@
+"""Runs a proof on several terminals at once, most of whose time is waiting, and tells what came of it."""
+
+import argparse
+import collections
+import pathlib
+import random
+import shutil
+import sys
+import tempfile
+import threading
+import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))  # where a proof finds the terminal
+
+
+def run_many(usage, subject):
+    """`subject` is made of the programs, a folder and a random.Random, and has once(), counts and terminal."""
+    parser = argparse.ArgumentParser(description=usage, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("programs")
+    parser.add_argument("count", type=int)
+    parser.add_argument("--seed", type=int, default=int(time.time()))
+    parser.add_argument("--terminals", type=int, default=4)
+    options = parser.parse_args()
+    print(f"seed {options.seed}, {options.terminals} terminals", flush=True)
+    left = [options.count]
+    found, counts, lock = [], collections.Counter(), threading.Lock()
+    began = time.monotonic()
+
+    def run(number):
+        folder = tempfile.mkdtemp(prefix="vantrel-proof-")
+        one = None
+        try:
+            one = subject(options.programs, folder, random.Random(f"{options.seed}/{number}"))
+            while not found:
+                with lock:
+                    if left[0] == 0:
+                        break
+                    left[0] -= 1
+                one.once()
+        except Exception as failure:  # whatever it is, it is told
+            found.append(f"terminal {number}: {type(failure).__name__}: {failure}; all of it is in {folder}")
+        finally:
+            terminal = getattr(one, "terminal", None)
+            for process in (terminal.system, terminal.readers and terminal.readers.process) if terminal else ():
+                if process and process.poll() is None:
+                    process.kill()
+                    process.wait()
+            if one:
+                counts.update(one.counts)
+            if not any(folder in line for line in found):
+                shutil.rmtree(folder, ignore_errors=True)
+
+    threads = [threading.Thread(target=run, args=(number,)) for number in range(options.terminals)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    print(f"{time.monotonic() - began:.0f} s; " + ", ".join(f"{count} {what}" for what, count in sorted(counts.items())))
+    for line in found:
+        print(f"contradiction with seed {options.seed}: {line}")
+    sys.exit(1 if found else 0)
