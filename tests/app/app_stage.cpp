@@ -2,10 +2,10 @@
 
 #include <unistd.h>
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QTest>
 #include <algorithm>
 #include <filesystem>
@@ -31,6 +31,7 @@
 #include "settings/record.h"
 #include "settings/settings_file.h"
 #include "shell/shell_state.h"
+#include "ui/state_images.h"
 
 // There is no sound device.
 BOOL PlaySoundW(LPCWSTR, HMODULE, DWORD) {
@@ -49,14 +50,6 @@ void RegisterMainClass() {
     if (!registered) {
         throw std::runtime_error("the window class cannot be registered");
     }
-}
-
-HIMAGELIST LoadImages() {
-    HIMAGELIST images = ImageList_Create(15, 15, ILC_MASK, 7, 0);
-    HBITMAP bitmap = LoadBitmapW(nullptr, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
-    ImageList_AddMasked(images, bitmap, RGB(0, 255, 0));
-    DeleteObject(bitmap);
-    return images;
 }
 
 // A program that has started, found its readers as configured, and switched them on.
@@ -115,7 +108,7 @@ AppStage::AppStage(Conversation::Complaint complain) : WireStage(std::move(compl
     ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.MainWindow = CreateWindowExW(0, WindowClassName, WindowTitle, WS_VISIBLE, 0, 0, 240, 294,
                                             nullptr, nullptr, nullptr, nullptr);
-    ShellState.StateImages = LoadImages();
+    ShellState.StateImages = LoadStateImages(nullptr);
     QObject::connect(&watch_, &QTimer::timeout, [this] { AnswerWindows(); });
     watch_.start(1);
     Typed();  // by the case before
@@ -161,7 +154,7 @@ void AppStage::AnswerWindows() {
         if (const Words call = std::exchange(atBox_, {}); !call.empty()) {
             CallByName(call);
         }
-        QTest::mouseClick(window->findChild<QAbstractButton*>(), Qt::LeftButton);
+        QTest::mouseClick(window->findChild<QPushButton*>(), Qt::LeftButton);
         return;
     }
 }
@@ -171,6 +164,9 @@ std::uint64_t AppStage::NextTimer() {
 }
 
 void AppStage::RunMainWindow() {
+    layer::PumpMessages();
+    // The watch may not have come round yet.
+    AnswerWindows();
     layer::PumpMessages();
     if (clock_.Now() >= time_) {
         time_ = layer::Forever;
