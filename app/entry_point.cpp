@@ -13,11 +13,9 @@
 #include "scan/rfid_data.h"
 #include "settings/catalogue.h"
 #include "shell/shell_state.h"
+#include "ui/state_images.h"
 
 namespace {
-
-constexpr int StateImageSize = 15;
-constexpr int StateImageCount = 7;
 
 // The area left by the input panel, and by the menu bar unless the docked panel covers it.
 void FitToDesktop(HWND window) {
@@ -33,7 +31,7 @@ void FitToDesktop(HWND window) {
         height -= bar.bottom - bar.top;
     }
     SetWindowPos(window, HWND_TOP, 0, 0, width, height,
-                 SWP_NOMOVE | SWP_NOZORDER | SWP_FRAMECHANGED | SWP_SHOWWINDOW);
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED | SWP_SHOWWINDOW);
 }
 
 HWND CreateMainWindow(HINSTANCE instance, int showCommand) {
@@ -59,7 +57,7 @@ HWND CreateMainWindow(HINSTANCE instance, int showCommand) {
     FitToDesktop(window);
     ShowWindow(window, showCommand);
     UpdateWindow(window);
-    SetWindowPos(window, HWND_TOP, 100, 100, 1, 1, SWP_SHOWWINDOW);
+    SetWindowPos(window, HWND_TOP, 100, 100, 1, 1, SWP_NOACTIVATE | SWP_SHOWWINDOW);
     return window;
 }
 
@@ -73,22 +71,6 @@ void AddTrayIcon(HWND window) {
     icon.hIcon = ShellState.AppIcon;
     lstrcpyW(icon.szTip, WindowTitle);
     Shell_NotifyIconW(NIM_ADD, &icon);
-}
-
-// The seven images of the settings trees; null when they are not all there.
-HIMAGELIST LoadStateImages(HINSTANCE instance) {
-    HIMAGELIST images = ImageList_Create(StateImageSize, StateImageSize, ILC_MASK, StateImageCount, 0);
-    if (!images) {
-        return nullptr;
-    }
-    HBITMAP bitmap = LoadBitmapW(instance, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
-    const int first = ImageList_AddMasked(images, bitmap, RGB(0, 255, 0));
-    DeleteObject(bitmap);
-    if (first < 0 || ImageList_GetImageCount(images) < StateImageCount) {
-        ImageList_Destroy(images);
-        return nullptr;
-    }
-    return images;
 }
 
 // "--settings" among the words of the command line; nothing else of it counts.

@@ -165,7 +165,7 @@ DWORD WINAPI InitThread(LPVOID) {
     ShellState.Applying = 1;
     ShellState.InitDone = 1;
     ReportReady(TEXT("The readers are ready"));
-    SetWindowPos(window, HWND_TOP, 0, 0, 240, 294, SWP_SHOWWINDOW);
+    SetWindowPos(window, HWND_TOP, 0, 0, 240, 294, SWP_NOACTIVATE | SWP_SHOWWINDOW);
     if (SettingsAsked || GetForegroundWindow() == window) {
         ShellState.Applying = 0;
         SendMessageW(window, WM_OPENSETTINGS, 0, 0);

@@ -23,6 +23,7 @@ BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* classes);
 HIMAGELIST ImageList_Create(int width, int height, UINT flags, int initial, int grow);
 int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask);
 int ImageList_GetImageCount(HIMAGELIST list);
+BOOL ImageList_SetImageCount(HIMAGELIST list, UINT count);
 BOOL ImageList_Destroy(HIMAGELIST list);
 
 #define NM_FIRST 0u
@@ -152,6 +153,7 @@ struct PROPSHEETHEADERW {
 
 #define PSP_USETITLE 0x00000008
 #define PSH_PROPSHEETPAGE 0x00000008
+#define PSH_NOAPPLYNOW 0x00000080  // no button for it
 #define PSH_USECALLBACK 0x00000100
 #define PSH_MODELESS 0x00000400
 #define PSCB_INITIALIZED 1

@@ -67,7 +67,8 @@ int ShowSettingsSheet(HWND owner) {
 
     PROPSHEETHEADERW header = {};
     header.dwSize = sizeof header;
-    header.dwFlags = PSH_PROPSHEETPAGE | PSH_USECALLBACK | PSH_MODELESS | PSH_MAXIMIZE;
+    header.dwFlags = PSH_PROPSHEETPAGE | PSH_NOAPPLYNOW | PSH_USECALLBACK | PSH_MODELESS | PSH_MAXIMIZE;
+    header.pszCaption = WindowTitle;
     header.hwndParent = owner;
     header.hInstance = ShellState.Instance;
     header.nPages = count;

@@ -24,7 +24,8 @@ class TreeTest : public ControlsTest {
   protected:
     TreeTest() {
         tree_ = Make(u"SYSTREEVIEW32", SettingsTree, QRect(0, 0, 240, 260), 701);
-        images_ = ImageList_Create(15, 15, ILC_MASK, 7, 0);
+        images_ = ImageList_Create(15, 15, ILC_MASK, 8, 0);
+        ImageList_SetImageCount(images_, 1);
         HBITMAP bitmap = LoadBitmapW(nullptr, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
         ImageList_AddMasked(images_, bitmap, RGB(0, 255, 0));
         DeleteObject(bitmap);

@@ -73,8 +73,8 @@ TEST_F(TreeTest, AChangeTouchesWhatItNames) {
     EXPECT_EQ(TextOf(item, 1), "");
 }
 
-TEST_F(TreeTest, StateImageNIsTheListsImageBeforeIt) {
-    EXPECT_EQ(ImageList_GetImageCount(images_), 7);
+TEST_F(TreeTest, StateImageNIsTheListsImageN) {
+    EXPECT_EQ(ImageList_GetImageCount(images_), 8);
     const auto picture = [&](UINT image) {
         HTREEITEM item = Insert(TVI_ROOT, TVI_LAST, u"", image);
         layer::PumpMessages();

@@ -268,7 +268,10 @@ TEST_F(MessagesTest, AWindowIsInFrontOnlyOnceItIsBroughtThere) {
     ShowWindow(window_, SW_SHOWNORMAL);
     layer::PumpMessages();
     EXPECT_EQ(GetForegroundWindow(), nullptr);
-    EXPECT_TRUE(SetForegroundWindow(window_));
+    SetWindowPos(window_, HWND_TOP, 1, 2, 30, 40, SWP_NOACTIVATE | SWP_SHOWWINDOW);
+    layer::PumpMessages();
+    EXPECT_EQ(GetForegroundWindow(), nullptr);
+    SetWindowPos(window_, nullptr, 0, 0, 50, 60, SWP_NOMOVE | SWP_NOZORDER);
     layer::PumpMessages();
     EXPECT_EQ(GetForegroundWindow(), window_);
     ShowWindow(window_, SW_HIDE);

@@ -19,6 +19,7 @@
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
 #include "ui/settings_sheet.h"
+#include "ui/state_images.h"
 
 Outside World;
 
@@ -58,14 +59,6 @@ void RegisterMainClass() {
         return RegisterClassW(&windowClass) != 0;
     }();
     ASSERT_TRUE(registered);
-}
-
-HIMAGELIST LoadImages() {
-    HIMAGELIST images = ImageList_Create(15, 15, ILC_MASK, 7, 0);
-    HBITMAP bitmap = LoadBitmapW(nullptr, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
-    ImageList_AddMasked(images, bitmap, RGB(0, 255, 0));
-    DeleteObject(bitmap);
-    return images;
 }
 
 HWND FindDescendant(const layer::WindowObject& window, int id) {
@@ -128,7 +121,7 @@ SheetTest::SheetTest() {
     HWND window = CreateWindowExW(0, WindowClassName, WindowTitle, 0, 0, 0, 240, 294, nullptr, nullptr,
                                   nullptr, nullptr);
     ShellState.MainWindow = window;
-    ShellState.StateImages = LoadImages();
+    ShellState.StateImages = LoadStateImages(nullptr);
     ShellState.SettingsApplied = 1;
     ShellState.UpgradeKeyArmed = 0;
     ShellState.InitDone = 1;

@@ -78,6 +78,16 @@ int ImageList_GetImageCount(HIMAGELIST list) {
     });
 }
 
+BOOL ImageList_SetImageCount(HIMAGELIST list, UINT count) {
+    return layer::OnMain([=] {
+        const auto data = layer::Table().Find(list);
+        if (data != nullptr) {
+            data->Images.resize(count);
+        }
+        return data != nullptr ? TRUE : FALSE;
+    });
+}
+
 BOOL ImageList_Destroy(HIMAGELIST list) {
     return layer::OnMain([=] { return layer::Table().Remove(list) != nullptr ? TRUE : FALSE; });
 }

@@ -50,9 +50,9 @@ class TreeDelegate : public QStyledItemDelegate {
                const QModelIndex& index) const override {
         const auto* item = static_cast<TreeItem*>(tree_.itemFromIndex(index));
         const UINT image = item->StateImage();
-        if (image > 0 && image <= tree_.images_.size()) {
+        if (image > 0 && image < tree_.images_.size()) {
             tree_.style()->drawItemPixmap(painter, tree_.ImageRect(option.rect), Qt::AlignCenter,
-                                          tree_.images_[image - 1]);
+                                          tree_.images_[image]);
         }
         QStyleOptionViewItem label = option;
         label.rect = tree_.LabelRect(option.rect, item->text(0)).adjusted(0, 1, 0, -1);

@@ -101,7 +101,9 @@ BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, 
         if ((flags & SWP_SHOWWINDOW) != 0) {
             object.SetVisible(true);
         }
-        if ((flags & SWP_NOZORDER) == 0 && object.Visible()) {
+        if ((flags & SWP_NOACTIVATE) == 0 && !object.IsChild()) {
+            object.Activate();
+        } else if ((flags & SWP_NOZORDER) == 0 && object.Visible()) {
             object.Widget()->raise();
         }
         return TRUE;
