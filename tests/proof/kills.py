@@ -78,6 +78,8 @@ class Victim:
             watch.process.kill()
             watch.process.wait()
         wait_for("the end of the delivery", self.terminal.ready)
+        if self.terminal.settings.read_bytes() == settings_file():
+            raise Failure("a whole start has not saved what it found")
         self.count("starts that delivered")
 
     def kill_start(self):
@@ -104,7 +106,7 @@ class Victim:
             new[GENERAL + 2 * word:GENERAL + 2 * word + 2] = stored.to_bytes(2, "little")
         self.allowed.add(bytes(new))
         change = self.terminal.start("vantrel-settings", "set", *words, stderr=subprocess.DEVNULL)
-        self.kill(0.06 * self.random.random())
+        self.kill(0.3 * self.random.random())
         # It asks for the change once more, of the file itself, when the program is gone.
         change.kill()
         change.wait()
@@ -113,7 +115,8 @@ class Victim:
     def once(self):
         kind = self.random.choice((self.kill_start, self.kill_start, self.kill_scan, self.kill_save))
         kind()
-        self.allowed = {self.look_at_file()}
+        content = self.look_at_file()
+        self.allowed = {content, self.fresh} if content == settings_file() else {content}
         self.count(kind.__name__.replace("_", "ed ", 1))
 
 

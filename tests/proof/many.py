@@ -13,17 +13,23 @@ import time
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))  # where a proof finds the terminal
 
 
-def run_many(usage, subject):
-    """`subject` is made of the programs, a folder and a random.Random, and has once(), counts and terminal."""
+def run_many(usage, subject, more=None, set_up=None):
+    """`subject` is made of the programs, a folder and a random.Random, and has once(), counts and terminal. An
+    exception ends all; a text that once() returns is told, and the others go on.
+    `more` are options of its own (whether each is required), which `set_up` gets with the others."""
     parser = argparse.ArgumentParser(description=usage, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("programs")
     parser.add_argument("count", type=int)
-    parser.add_argument("--seed", type=int, default=int(time.time()))
+    parser.add_argument("--seed", type=int, default=int(time.strftime("%Y%m%d")))
     parser.add_argument("--terminals", type=int, default=4)
+    for name, required in (more or {}).items():
+        parser.add_argument(name, required=required)
     options = parser.parse_args()
+    if set_up:
+        set_up(options)
     print(f"seed {options.seed}, {options.terminals} terminals", flush=True)
     left = [options.count]
-    found, counts, lock = [], collections.Counter(), threading.Lock()
+    found, contradictions, counts, lock = [], [], collections.Counter(), threading.Lock()
     began = time.monotonic()
 
     def run(number):
@@ -36,7 +42,8 @@ def run_many(usage, subject):
                     if left[0] == 0:
                         break
                     left[0] -= 1
-                one.once()
+                if told := one.once():
+                    contradictions.append(told)
         except Exception as failure:  # whatever it is, it is told
             found.append(f"terminal {number}: {type(failure).__name__}: {failure}; all of it is in {folder}")
         finally:
@@ -56,6 +63,6 @@ def run_many(usage, subject):
     for thread in threads:
         thread.join()
     print(f"{time.monotonic() - began:.0f} s; " + ", ".join(f"{count} {what}" for what, count in sorted(counts.items())))
-    for line in found:
+    for line in contradictions + found:
         print(f"contradiction with seed {options.seed}: {line}")
-    sys.exit(1 if found else 0)
+    sys.exit(1 if contradictions or found else 0)

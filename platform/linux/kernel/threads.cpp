@@ -2,9 +2,11 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstring>
 
 #include "platform/kernel.h"
 #include "platform/linux/kernel/local_object.h"
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/thread.h"
 
 namespace layer {
@@ -204,6 +206,7 @@ HANDLE CreateThread(LPSECURITY_ATTRIBUTES, std::size_t stackSize, LPTHREAD_START
     const int failed = pthread_create(&host, &attributes, layer::StartThread, held);
     pthread_attr_destroy(&attributes);
     if (failed != 0) {
+        layer::Say(LogPriority::Error, "a thread cannot be started: %s", std::strerror(failed));
         delete held;
         layer::ReleaseHandle(handle);
         return nullptr;

@@ -161,6 +161,14 @@ bool StartListening() {
     listener.Thread = new QThread;
     listener.Server->moveToThread(listener.Thread);
     listener.Thread->start();
+    if (!listener.Thread->isRunning()) {
+        // Nothing would ever be answered, and the end would wait for this thread's.
+        Say(LogPriority::Error, "no thread for other programs' messages");
+        RemoveSocket(name);
+        delete std::exchange(listener.Server, nullptr);
+        delete std::exchange(listener.Thread, nullptr);
+        return false;
+    }
     {
         std::scoped_lock lock(listener.Mutex);
         listener.Name = name;

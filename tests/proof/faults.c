@@ -1,0 +1,156 @@
+/* Preloaded into the program: lets the n-th call of one function fail.
+
+   FAULT_CALL  the function (a name of the table below), none when it is missing
+   FAULT_N     which call of it fails, from 1
+   FAULT_FILE  a file of one 64-bit number per function, of the table's length, which counts the calls
+
+   The calls that the loader and the C library make inside themselves do not pass here. */
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <mqueue.h>
+#include <poll.h>
+#include <pthread.h>
+#include <semaphore.h>
+#include <stdarg.h>
+#include <stdatomic.h>
+#include <stdint.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <time.h>
+#include <unistd.h>
+
+static const char* const Names[] = {"open",   "read",    "write",   "fsync",      "rename",  "mmap",     "poll",
+                                    "ioctl",  "malloc",  "mq_open", "mq_send",    "sem_open", "sem_trywait", "sem_post",
+                                    "mq_receive", "pthread_create", "mq_getattr"};
+enum { Open, Read, Write, Fsync, Rename, Mmap, Poll, Ioctl, Malloc, MqOpen, MqSend, SemOpen, SemTryWait, SemPost,
+       MqReceive, PthreadCreate, MqGetAttr, Count };
+
+static _Atomic uint64_t* Calls;
+static int Chosen = -1;
+static uint64_t Nth;
+
+__attribute__((constructor)) static void Prepare(void) {
+    const char* path = getenv("FAULT_FILE");
+    if (path == NULL) {
+        return;
+    }
+    const int file = (int)syscall(SYS_openat, AT_FDCWD, path, O_RDWR, 0);
+    void* shared = file < 0 ? MAP_FAILED
+                            : (void*)syscall(SYS_mmap, NULL, Count * 8, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    if (shared == MAP_FAILED) {
+        abort();
+    }
+    syscall(SYS_close, file);
+    const char* call = getenv("FAULT_CALL");
+    for (int at = 0; at < Count; ++at) {
+        if (call != NULL && strcmp(call, Names[at]) == 0) {
+            Chosen = at;
+        }
+    }
+    Nth = getenv("FAULT_N") ? strtoull(getenv("FAULT_N"), NULL, 10) : 0;
+    Calls = shared;
+}
+
+static int Fails(int call, int error) {
+    if (Calls == NULL || atomic_fetch_add(&Calls[call], 1) + 1 != Nth || call != Chosen) {
+        return 0;
+    }
+    errno = error;
+    return 1;
+}
+
+#define REAL(result, name, ...)                                    \
+    static result (*real)(__VA_ARGS__);                            \
+    if (real == NULL) {                                            \
+        real = (result(*)(__VA_ARGS__))dlsym(RTLD_NEXT, name);     \
+    }
+
+#define OPEN(function)                                             \
+    int function(const char* path, int flags, ...) {               \
+        va_list more;                                              \
+        va_start(more, flags);                                     \
+        const mode_t mode = va_arg(more, mode_t);                  \
+        va_end(more);                                              \
+        REAL(int, #function, const char*, int, ...)                \
+        return Fails(Open, EMFILE) ? -1 : real(path, flags, mode); \
+    }
+OPEN(open)
+OPEN(open64)
+
+#define OPENAT(function)                                                   \
+    int function(int folder, const char* path, int flags, ...) {           \
+        va_list more;                                                      \
+        va_start(more, flags);                                             \
+        const mode_t mode = va_arg(more, mode_t);                          \
+        va_end(more);                                                      \
+        REAL(int, #function, int, const char*, int, ...)                   \
+        return Fails(Open, EMFILE) ? -1 : real(folder, path, flags, mode); \
+    }
+OPENAT(openat)
+OPENAT(openat64)
+
+#define CALL(result, function, call, error, failed, declared, given, ...) \
+    result function declared {                                            \
+        REAL(result, #function, __VA_ARGS__)                              \
+        return Fails(call, error) ? failed : real given;                  \
+    }
+CALL(ssize_t, read, Read, EIO, -1, (int file, void* to, size_t size), (file, to, size), int, void*, size_t)
+CALL(ssize_t, pread, Read, EIO, -1, (int file, void* to, size_t size, off_t at), (file, to, size, at), int, void*, size_t, off_t)
+CALL(ssize_t, write, Write, ENOSPC, -1, (int file, const void* from, size_t size), (file, from, size), int, const void*, size_t)
+CALL(ssize_t, writev, Write, ENOSPC, -1, (int file, const struct iovec* from, int count), (file, from, count), int, const struct iovec*, int)
+CALL(int, fsync, Fsync, EIO, -1, (int file), (file), int)
+CALL(int, rename, Rename, EIO, -1, (const char* from, const char* to), (from, to), const char*, const char*)
+CALL(int, renameat, Rename, EIO, -1, (int a, const char* from, int b, const char* to), (a, from, b, to), int, const char*, int, const char*)
+CALL(void*, mmap, Mmap, ENOMEM, MAP_FAILED, (void* a, size_t b, int c, int d, int e, off_t f), (a, b, c, d, e, f), void*, size_t, int, int, int, off_t)
+CALL(void*, mmap64, Mmap, ENOMEM, MAP_FAILED, (void* a, size_t b, int c, int d, int e, off64_t f), (a, b, c, d, e, f), void*, size_t, int, int, int, off64_t)
+CALL(int, poll, Poll, ENOMEM, -1, (struct pollfd* files, nfds_t count, int time), (files, count, time), struct pollfd*, nfds_t, int)
+CALL(int, ppoll, Poll, ENOMEM, -1, (struct pollfd* files, nfds_t count, const struct timespec* time, const sigset_t* mask), (files, count, time, mask), struct pollfd*, nfds_t, const struct timespec*, const sigset_t*)
+CALL(int, mq_send, MqSend, EBADF, -1, (mqd_t queue, const char* from, size_t size, unsigned priority), (queue, from, size, priority), mqd_t, const char*, size_t, unsigned)
+CALL(ssize_t, mq_receive, MqReceive, EBADF, -1, (mqd_t queue, char* to, size_t size, unsigned* priority), (queue, to, size, priority), mqd_t, char*, size_t, unsigned*)
+CALL(int, mq_getattr, MqGetAttr, EBADF, -1, (mqd_t queue, struct mq_attr* to), (queue, to), mqd_t, struct mq_attr*)
+CALL(int, sem_trywait, SemTryWait, EINVAL, -1, (sem_t* semaphore), (semaphore), sem_t*)
+CALL(int, sem_post, SemPost, EOVERFLOW, -1, (sem_t* semaphore), (semaphore), sem_t*)
+
+int ioctl(int file, unsigned long request, ...) {
+    va_list more;
+    va_start(more, request);
+    void* value = va_arg(more, void*);
+    va_end(more);
+    REAL(int, "ioctl", int, unsigned long, ...)
+    return Fails(Ioctl, EIO) ? -1 : real(file, request, value);
+}
+
+mqd_t mq_open(const char* name, int flags, ...) {
+    va_list more;
+    va_start(more, flags);
+    const mode_t mode = va_arg(more, mode_t);
+    struct mq_attr* shape = va_arg(more, struct mq_attr*);
+    va_end(more);
+    REAL(mqd_t, "mq_open", const char*, int, ...)
+    return Fails(MqOpen, ENOSPC) ? (mqd_t)-1 : real(name, flags, mode, shape);
+}
+
+sem_t* sem_open(const char* name, int flags, ...) {
+    va_list more;
+    va_start(more, flags);
+    const mode_t mode = va_arg(more, mode_t);
+    const unsigned value = va_arg(more, unsigned);
+    va_end(more);
+    REAL(sem_t*, "sem_open", const char*, int, ...)
+    return Fails(SemOpen, ENOSPC) ? SEM_FAILED : real(name, flags, mode, value);
+}
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* with, void* (*run)(void*), void* value) {
+    REAL(int, "pthread_create", pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)
+    return Fails(PthreadCreate, EAGAIN) ? EAGAIN : real(thread, with, run, value);
+}
+
+extern void* __libc_malloc(size_t size);
+void* malloc(size_t size) {
+    return Fails(Malloc, ENOMEM) ? NULL : __libc_malloc(size);
+}
