@@ -168,5 +168,9 @@ INT_PTR PropertySheetW(const PROPSHEETHEADERW* header);
 #endif
 
 // What desktop Windows lacks.
+#ifdef _WIN32
+#define PSH_MAXIMIZE 0  // its number is another flag's there
+#else
 #define PSH_MAXIMIZE 0x00002000
+#endif
 #define PSCB_GETVERSION 3
