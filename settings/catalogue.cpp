@@ -21,16 +21,18 @@ std::span<const SettingGroup> GroupsOf(DWORD pageBase) {
 
 const SettingGroup* FindGroup(DWORD pageBase, DWORD groupId) {
     for (const SettingGroup& group : GroupsOf(pageBase)) {
-        if (group.Id == groupId)
+        if (group.Id == groupId) {
             return &group;
+        }
     }
     return nullptr;
 }
 
 const Setting* FindIn(SettingList list, DWORD itemId) {
     for (const Setting* setting : list) {
-        if (setting->ItemId == itemId)
+        if (setting->ItemId == itemId) {
             return setting;
+        }
     }
     return nullptr;
 }
@@ -38,8 +40,9 @@ const Setting* FindIn(SettingList list, DWORD itemId) {
 const Setting* FindGeneral(DWORD itemId) {
     const Setting* found = nullptr;
     ForEachGeneralField([&](const Setting& setting) {
-        if (setting.ItemId == itemId)
+        if (setting.ItemId == itemId) {
             found = &setting;
+        }
     });
     return found;
 }
@@ -47,11 +50,13 @@ const Setting* FindGeneral(DWORD itemId) {
 // An option of the 1D reader with this index, of whichever symbology: all of them look alike.
 const Setting* FindIndex(DWORD index) {
     for (const SettingGroup& group : GroupsOf(Page1D)) {
-        if (index == 0)
+        if (index == 0) {
             return group.Switch.front();
+        }
         for (const Setting* setting : group.Items) {
-            if (setting->ItemId % 100 == index)
+            if (setting->ItemId % 100 == index) {
                 return setting;
+            }
         }
     }
     return nullptr;
@@ -60,15 +65,17 @@ const Setting* FindIndex(DWORD index) {
 // What an item looks like. On page 10 a number that its symbology lacks looks like the same one of another.
 const Setting* FindLook(DWORD pageBase, DWORD itemId) {
     const Setting* setting = FindSetting(pageBase, itemId);
-    if (setting || pageBase != Page1D)
+    if (setting || pageBase != Page1D) {
         return setting;
+    }
     const ItemPosition position = SplitItemId(pageBase, itemId);
     return FindGroup(pageBase, position.Group) ? FindIndex(position.Index) : nullptr;
 }
 
 bool ShowsRange(const Setting& setting, DWORD pageBase) {
-    if (!setting.LengthMode)
+    if (!setting.LengthMode) {
         return false;
+    }
     const Relaxed<WORD>* mode = WordOf(*setting.LengthMode, PageReader(pageBase));
     return mode && *mode == RangeMode(*setting.LengthMode);
 }
@@ -101,8 +108,9 @@ void GetItem(const Setting& setting, const Relaxed<WORD>& word, DWORD* status, s
     value[0] = static_cast<WCHAR>(WORD{word});
     if (setting.Encoding == SettingEncoding::Number && !setting.ShortNumber) {
         value[1] = 0;
-        if (status)
+        if (status) {
             *status = 4;
+        }
     }
 }
 
@@ -112,14 +120,16 @@ void SetItem(const Setting& setting, Relaxed<WORD>& word, std::span<const WCHAR>
         return;
     }
     word = static_cast<WORD>(value[0]);
-    if ((&setting == &general::GoodReadBeep || &setting == &general::WarningBeep) && PreviewSound)
+    if ((&setting == &general::GoodReadBeep || &setting == &general::WarningBeep) && PreviewSound) {
         PreviewSound(value[0] - '0');
+    }
 }
 
 DWORD TextSize(std::span<const WCHAR> text) {
     DWORD length = 0;
-    while (length < text.size() && text[length] != 0)
+    while (length < text.size() && text[length] != 0) {
         ++length;
+    }
     return 2 * length;
 }
 
@@ -132,24 +142,28 @@ DWORD MakePageCode(DWORD pageBase, int forSet) {
 }
 
 ItemPosition SplitItemId(DWORD pageBase, DWORD itemId) {
-    if (pageBase == Page1D)
+    if (pageBase == Page1D) {
         return {itemId / 100 * 100, itemId % 100};
+    }
     return {itemId & 0xFF00, itemId & 0xFF};
 }
 
 ReaderType PageReader(DWORD pageBase) {
-    if (const ReaderLayout* layout = LayoutOn(pageBase))
+    if (const ReaderLayout* layout = LayoutOn(pageBase)) {
         return layout->Type;
+    }
     // The laser's timeouts lie at words of their own, whatever else is fitted.
     return DeviceFlags & DeviceLaser ? ReaderType::LongRangeLaser : FittedReader();
 }
 
 const Setting* FindSetting(DWORD pageBase, DWORD itemId) {
-    if (pageBase == PageGeneral)
+    if (pageBase == PageGeneral) {
         return FindGeneral(itemId);
+    }
     const SettingGroup* group = FindGroup(pageBase, SplitItemId(pageBase, itemId).Group);
-    if (!group)
+    if (!group) {
         return nullptr;
+    }
     const Setting* setting = FindIn(group->Switch, itemId);
     return setting ? setting : FindIn(group->Items, itemId);
 }
@@ -158,8 +172,9 @@ LengthItems FindLengthItems(DWORD pageBase, DWORD itemId) {
     LengthItems items;
     if (const SettingGroup* group = FindGroup(pageBase, SplitItemId(pageBase, itemId).Group)) {
         for (const Setting* setting : group->Items) {
-            if (!setting->LengthMode)
+            if (!setting->LengthMode) {
                 continue;
+            }
             items.Mode = setting->LengthMode;
             (items.First ? items.Second : items.First) = setting;
         }
@@ -171,18 +186,21 @@ DWORD AccessSettingItem(DWORD pageCode, DWORD itemId, DWORD* status, std::span<W
     const DWORD operation = pageCode % 10;
     const DWORD pageBase = pageCode - operation;
     const bool get = operation == GetDigit;
-    if (get && status && (IsSymbologyPage(pageBase) || pageBase == PageGeneral))
+    if (get && status && (IsSymbologyPage(pageBase) || pageBase == PageGeneral)) {
         *status = 1;
+    }
     if (get || operation == SetDigit) {
         const Setting* setting = FindSetting(pageBase, itemId);
         Relaxed<WORD>* word = setting ? WordOf(*setting, PageReader(pageBase)) : nullptr;
-        if (word && get)
+        if (word && get) {
             GetItem(*setting, *word, status, value);
-        else if (word)
+        } else if (word) {
             SetItem(*setting, *word, value);
+        }
     }
-    if (!status)
+    if (!status) {
         return 0;
+    }
     return *status != 1 ? 4 : TextSize(value);
 }
 
@@ -190,45 +208,52 @@ WORD ItemLabelId(DWORD pageBase, DWORD itemId) {
     const ItemPosition position = SplitItemId(pageBase, itemId);
     if (const SettingGroup* group = FindGroup(pageBase, position.Group)) {
         const bool whole = position.Group + position.Index == itemId;
-        if ((whole && position.Index == 0) || (pageBase == Page1D && position.Index > LastIndex))
+        if ((whole && position.Index == 0) || (pageBase == Page1D && position.Index > LastIndex)) {
             return group->Label;
+        }
     }
     const Setting* setting = FindLook(pageBase, itemId);
-    if (!setting)
+    if (!setting) {
         return 0;
+    }
     // A look borrowed from another symbology does not follow that one's length mode.
     return setting->ItemId == itemId && ShowsRange(*setting, pageBase) ? setting->RangeLabel : setting->Label;
 }
 
 int ItemKind(DWORD, DWORD itemOrIndex) {
     const Setting* setting = itemOrIndex <= LastIndex ? FindIndex(itemOrIndex) : FindGeneral(itemOrIndex);
-    if (!setting)
+    if (!setting) {
         setting = FindSetting(PageImager, itemOrIndex);
+    }
     return setting ? KindOf(*setting) : KindList;
 }
 
 WORD ItemChoiceBase(DWORD pageBase, DWORD itemId) {
     const Setting* setting = FindLook(pageBase, itemId);
-    if (!setting || !IsList(*setting))
+    if (!setting || !IsList(*setting)) {
         return 0;
+    }
     const bool onlyRfid = setting == &general::ActiveDevice && HasRfidReader() && !HasBarcodeReader();
     return static_cast<WORD>(setting->TextBase + (onlyRfid ? 1 : 0));
 }
 
 WORD ItemChoiceCount(DWORD pageBase, DWORD itemId) {
     const Setting* setting = FindLook(pageBase, itemId);
-    if (!setting || !IsList(*setting))
+    if (!setting || !IsList(*setting)) {
         return 0;
-    if (setting == &general::ActiveDevice && !(HasBarcodeReader() && HasRfidReader()))
+    }
+    if (setting == &general::ActiveDevice && !(HasBarcodeReader() && HasRfidReader())) {
         return 1;
+    }
     return setting->ChoiceCount;
 }
 
 WORD ToggleTextId(DWORD pageBase, DWORD itemOrIndex, WORD value) {
     const Setting* setting = pageBase == Page1D ? FindIndex(SplitItemId(pageBase, itemOrIndex).Index)
                                                 : FindSetting(pageBase, itemOrIndex);
-    if (!setting || setting->Encoding != SettingEncoding::Toggle)
+    if (!setting || setting->Encoding != SettingEncoding::Toggle) {
         return 0;
+    }
     return static_cast<WORD>(setting->TextBase + value);
 }
 

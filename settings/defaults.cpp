@@ -14,13 +14,15 @@ bool Selects(DWORD mask, ResetGroup group) {
 
 void Reset(const Setting& setting, ReaderType type) {
     const SettingPlace& place = PlaceOf(setting, type);
-    if (place.HasDefault)
+    if (place.HasDefault) {
         *WordOf(setting, type) = place.Default;
+    }
 }
 
 void ClearSymbologies() {
-    for (Relaxed<WORD>& word : SymbologySettings)
+    for (Relaxed<WORD>& word : SymbologySettings) {
         word = 0;
+    }
 }
 
 }  // namespace
@@ -28,18 +30,21 @@ void ClearSymbologies() {
 void ResetSettings(DWORD mask) {
     const ReaderType type = FittedReader();
     const auto reset = [=](const Setting& setting) {
-        if (Selects(mask, setting.Group))
+        if (Selects(mask, setting.Group)) {
             Reset(setting, type);
+        }
     };
-    if (Selects(mask, ResetGroup::BarcodeReader))
+    if (Selects(mask, ResetGroup::BarcodeReader)) {
         ClearSymbologies();
+    }
     ForEachSymbologyField(reset);
     ForEachGeneralField(reset);
 }
 
 void ResetNewer(const Setting& setting, DWORD fileVersion) {
-    if (setting.Since > fileVersion)
+    if (setting.Since > fileVersion) {
         Reset(setting, FittedReader());
+    }
 }
 
 void ReconcileDeviceFlags(const WORD& detected) {
@@ -55,14 +60,16 @@ void ReconcileDeviceFlags(const WORD& detected) {
         }
     }
     const WORD rfid = detected & DeviceRfid;
-    if (rfid == (DeviceFlags & DeviceRfid))
+    if (rfid == (DeviceFlags & DeviceRfid)) {
         return;
+    }
     DeviceFlags = static_cast<WORD>((DeviceFlags & ~DeviceRfid) | rfid);
     if (rfid) {
         ResetSettings(static_cast<DWORD>(ResetGroup::Rfid));
         ShellState.ReconfigureReaders = 1;
         return;
     }
-    for (std::size_t word = FirstRfidWord; word < FirstReaderWord; ++word)
+    for (std::size_t word = FirstRfidWord; word < FirstReaderWord; ++word) {
         GeneralSettings[word] = 0;
+    }
 }

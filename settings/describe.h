@@ -37,8 +37,9 @@ constexpr SettingPlace PlaceWithoutDefault(WORD word, SettingLimits limits = {})
 }
 
 constexpr void SetLimits(Setting& setting, SettingLimits limits) {
-    for (SettingPlace& place : setting.Places)
+    for (SettingPlace& place : setting.Places) {
         place.Limits = limits;
+    }
 }
 
 }  // namespace describe

@@ -7,8 +7,9 @@ namespace {
 Relaxed<WORD>* WordIn(SymbologyBlock& symbology, GeneralBlock& general, const Setting& setting,
                       ReaderType type) {
     const WORD word = PlaceOf(setting, type).Word;
-    if (setting.Block == SettingBlock::Symbology)
+    if (setting.Block == SettingBlock::Symbology) {
         return word < SymbologyWords ? &symbology[word] : nullptr;
+    }
     return word < GeneralWords ? &general[word] : nullptr;
 }
 
@@ -30,8 +31,9 @@ WORD ValueBefore(const Setting& setting) {
 }
 
 void SetValue(const Setting& setting, WORD value) {
-    if (Relaxed<WORD>* word = WordOf(setting, FittedReader()))
+    if (Relaxed<WORD>* word = WordOf(setting, FittedReader())) {
         *word = value;
+    }
 }
 
 bool Changed(const Setting& setting) {
@@ -47,15 +49,17 @@ WORD DigitOf(const Setting& setting) {
 }
 
 void GetText(const Setting& setting, std::span<WCHAR> to) {
-    if (to.empty())
+    if (to.empty()) {
         return;
+    }
     std::size_t length = 0;
     if (const Relaxed<WORD>* words = WordOf(setting, FittedReader())) {
         // Another thread may be writing: each word is read once, and the copy ends itself.
         for (; length < TextWords - 1 && length < to.size() - 1; ++length) {
             const WORD character = words[length];
-            if (character == 0)
+            if (character == 0) {
                 break;
+            }
             to[length] = static_cast<WCHAR>(character);
         }
     }
@@ -63,16 +67,19 @@ void GetText(const Setting& setting, std::span<WCHAR> to) {
 }
 
 void EndTexts() {
-    for (const Setting* text : {&general::PrefixCode, &general::SuffixCode})
+    for (const Setting* text : {&general::PrefixCode, &general::SuffixCode}) {
         WordOf(*text, FittedReader())[TextWords - 1] = 0;
+    }
 }
 
 void SetText(const Setting& setting, std::span<const WCHAR> text) {
     Relaxed<WORD>* words = WordOf(setting, FittedReader());
-    if (!words)
+    if (!words) {
         return;
+    }
     std::size_t length = 0;
-    for (; length < TextWords - 1 && length < text.size() && text[length] != 0; ++length)
+    for (; length < TextWords - 1 && length < text.size() && text[length] != 0; ++length) {
         words[length] = static_cast<WORD>(text[length]);
+    }
     words[length] = 0;
 }

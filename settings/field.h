@@ -97,10 +97,12 @@ constexpr WORD RangeMode(const Setting& lengthMode) {
 constexpr BYTE ParameterValue(const Setting& setting, WORD word) {
     const bool plain = setting.Encoding == SettingEncoding::Number;
     const BYTE value = static_cast<BYTE>(plain ? word : word - '0');
-    if (setting.Parameter.ReplacedBy == 0)
+    if (setting.Parameter.ReplacedBy == 0) {
         return value;
-    if (value == setting.Parameter.Replaced)
+    }
+    if (value == setting.Parameter.Replaced) {
         return setting.Parameter.ReplacedBy;
+    }
     // A switch that the reader numbers differently is off unless it is on.
     return setting.Encoding == SettingEncoding::Toggle ? BYTE{0} : value;
 }

@@ -31,11 +31,13 @@ constexpr bool LayoutFits(std::span<const SettingList> lists, ReaderType type, s
         for (const Setting* setting : list) {
             const std::size_t first = PlaceOf(*setting, type).Word;
             const std::size_t size = setting->Encoding == SettingEncoding::Text ? TextWords : 1;
-            if (first == NoWord)
+            if (first == NoWord) {
                 continue;
+            }
             for (std::size_t word = first; word < first + size; ++word) {
-                if (word >= words || used[word])
+                if (word >= words || used[word]) {
                     return false;
+                }
                 used[word] = true;
             }
         }
@@ -58,8 +60,9 @@ constexpr bool NumbersDiffer(std::span<const SettingList> lists) {
         for (const SettingList right : lists) {
             for (const Setting* a : left) {
                 for (const Setting* b : right) {
-                    if (a->ItemId == b->ItemId && a->Label != b->Label)
+                    if (a->ItemId == b->ItemId && a->Label != b->Label) {
                         return false;
+                    }
                 }
             }
         }
@@ -69,11 +72,13 @@ constexpr bool NumbersDiffer(std::span<const SettingList> lists) {
 constexpr bool NumbersDiffer(const SettingGroup& group) {
     for (std::size_t i = 0; i < group.Items.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
-            if (group.Items[i]->ItemId == group.Items[j]->ItemId)
+            if (group.Items[i]->ItemId == group.Items[j]->ItemId) {
                 return false;
+            }
         }
-        if (group.Items[i]->ItemId == group.Id)
+        if (group.Items[i]->ItemId == group.Id) {
             return false;
+        }
     }
     return true;
 }
@@ -86,18 +91,21 @@ constexpr bool NamesDiffer(std::span<const SettingList> general, std::span<const
     std::array<std::string_view, SymbologyWords + GeneralWords> names;
     std::size_t count = 0;
     const auto add = [&](SettingList list) {
-        for (const Setting* setting : list)
+        for (const Setting* setting : list) {
             names[count++] = setting->Name;
+        }
     };
-    for (const SettingList list : general)
+    for (const SettingList list : general) {
         add(list);
+    }
     for (const SettingGroup& group : groups) {
         add(group.Switch);
         add(group.Items);
     }
     for (std::size_t i = 0; i < count; ++i) {
-        if (names[i].empty() || std::find(names.begin(), names.begin() + i, names[i]) != names.begin() + i)
+        if (names[i].empty() || std::find(names.begin(), names.begin() + i, names[i]) != names.begin() + i) {
             return false;
+        }
     }
     return true;
 }
@@ -140,8 +148,9 @@ constexpr bool IndexesAgree(std::span<const SettingGroup> groups) {
             for (const Setting* a : left.Items) {
                 for (const Setting* b : right.Items) {
                     if (a->ItemId % 100 == b->ItemId % 100 &&
-                        (a->Encoding != b->Encoding || a->Label != b->Label))
+                        (a->Encoding != b->Encoding || a->Label != b->Label)) {
                         return false;
+                    }
                 }
             }
         }

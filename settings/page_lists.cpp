@@ -9,8 +9,9 @@ namespace {
 
 void AddItems(DWORD& count, SettingList list) {
     for (const Setting* setting : list) {
-        if (count < MaxGeneralItems)
+        if (count < MaxGeneralItems) {
             GeneralItems[count++] = setting->ItemId;
+        }
     }
 }
 
@@ -27,18 +28,21 @@ void BuildPageLists() {
     DWORD count = 0;
     AddItems(count, barcode ? OutputItems() : OutputItems().first(OutputItemsWithoutBarcode));
     AddItems(count, ReaderItems(type));
-    if (HasRfidReader() || !barcode)
+    if (HasRfidReader() || !barcode) {
         AddItems(count, RfidItems());
+    }
     AddItems(count, ClosingItems());
     GeneralItemCount = count;
 
-    if (const ReaderLayout* layout = LayoutOf(type))
+    if (const ReaderLayout* layout = LayoutOf(type)) {
         *layout->GroupCount = static_cast<DWORD>(layout->Groups.size());
+    }
 }
 
 std::span<const WORD> PageList(DWORD pageBase) {
-    if (pageBase == PageGeneral)
+    if (pageBase == PageGeneral) {
         return {GeneralItems, std::min<std::size_t>(GeneralItemCount, MaxGeneralItems)};
+    }
     const ReaderLayout* layout = LayoutOn(pageBase);
     return layout
                ? layout->GroupIds.first(std::min<std::size_t>(*layout->GroupCount, layout->GroupIds.size()))

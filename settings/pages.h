@@ -46,13 +46,15 @@ inline constexpr std::size_t OutputItemsWithoutBarcode = 10;
 template <class Visit>
 void ForEachGeneralField(Visit visit) {
     const auto visitAll = [&](SettingList list) {
-        for (const Setting* setting : list)
+        for (const Setting* setting : list) {
             visit(*setting);
+        }
     };
     visitAll(OutputItems());
     visitAll(RfidItems());
-    for (const ReaderLayout& layout : ReaderLayouts())
+    for (const ReaderLayout& layout : ReaderLayouts()) {
         visitAll(layout.Items);
+    }
     visitAll(ClosingItems());
     visitAll(HiddenItems());
 }
@@ -61,8 +63,9 @@ void ForEachSymbologyField(Visit visit) {
     for (const ReaderLayout& layout : ReaderLayouts()) {
         for (const SettingGroup& group : layout.Groups) {
             for (const SettingList list : {group.Switch, group.Items}) {
-                for (const Setting* setting : list)
+                for (const Setting* setting : list) {
                     visit(*setting);
+                }
             }
         }
     }

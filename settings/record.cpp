@@ -22,8 +22,10 @@ bool HasRfidReader() {
 }
 
 void TakeSnapshots() {
-    for (std::size_t i = 0; i < SymbologyWords; ++i)
+    for (std::size_t i = 0; i < SymbologyWords; ++i) {
         SymbologySettingsBefore[i] = SymbologySettings[i];
-    for (std::size_t i = 0; i < GeneralWords; ++i)
+    }
+    for (std::size_t i = 0; i < GeneralWords; ++i) {
         GeneralSettingsBefore[i] = GeneralSettings[i];
+    }
 }

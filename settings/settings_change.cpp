@@ -17,17 +17,20 @@ Relaxed<WORD>& RecordWord(std::size_t number) {
 }
 
 bool IsChange(std::span<const BYTE> change) {
-    if (change.size() % PairSize != 2 || WordAt(change, 0) != DeviceFlags)
+    if (change.size() % PairSize != 2 || WordAt(change, 0) != DeviceFlags) {
         return false;
+    }
     for (std::size_t at = 2; at < change.size(); at += PairSize) {
-        if (WordAt(change, at) >= RecordWords)
+        if (WordAt(change, at) >= RecordWords) {
             return false;
+        }
     }
     return true;
 }
 
 void TakeChange(std::span<const BYTE> change) {
-    for (std::size_t at = 2; at < change.size(); at += PairSize)
+    for (std::size_t at = 2; at < change.size(); at += PairSize) {
         RecordWord(WordAt(change, at)) = WordAt(change, at + 2);
+    }
     EndTexts();
 }

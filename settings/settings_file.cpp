@@ -67,8 +67,9 @@ FilePath MakePath() {
 // As LoadSettings.
 int ReadImage(FileImage& image) {
     const HANDLE file = OpenSettingsFile(0);
-    if (!file)
+    if (!file) {
         return GetFileAttributesW(MakePath().Text) == INVALID_FILE_ATTRIBUTES ? 0 : -1;
+    }
     DWORD read = 0;
     const BOOL done = ReadFile(file, image.data(), SettingsFileSize, &read, nullptr);
     CloseHandle(file);
@@ -85,14 +86,16 @@ HANDLE OpenSettingsFile(int create) {
 
 int LoadSettings() {
     FileImage image{};
-    if (const int result = ReadImage(image); result != 1)
+    if (const int result = ReadImage(image); result != 1) {
         return result;
+    }
     DeviceFlags = WordAt(image, FlagsAt);
     TakeBlock(image, SymbologyAt, SymbologySettings);
     TakeBlock(image, GeneralAt, GeneralSettings);
     EndTexts();
-    if (Value(general::RfidReadDuration) == 0)
+    if (Value(general::RfidReadDuration) == 0) {
         SetValue(general::RfidReadDuration, DefaultReadDuration);
+    }
 
     const WORD major = WordAt(image, MajorAt);
     const WORD minor = WordAt(image, MinorAt);
@@ -109,18 +112,21 @@ int LoadSettings() {
 
 int SaveSettings() {
     const HANDLE file = OpenSettingsFile(1);
-    if (!file)
+    if (!file) {
         return 0;
+    }
     FileImage image{};
     std::size_t offset = 0;
-    for (const BYTE value : Header)
+    for (const BYTE value : Header) {
         image[offset++] = value;
+    }
     PutWord(image, FlagsAt, DeviceFlags);
     PutBlock(image, SymbologyAt, SymbologySettings);
     PutBlock(image, GeneralAt, GeneralSettings);
     for (const Setting* choice : {&general::ActiveDevice, &general::DataOutput}) {
-        if (Value(*choice) == '0')
+        if (Value(*choice) == '0') {
             SetValue(*choice, '1');
+        }
     }
     DWORD written = 0;
     WriteFile(file, image.data(), SettingsFileSize, &written, nullptr);

@@ -22,8 +22,9 @@ bool SameText(std::string_view a, std::string_view b) {
 }
 
 void AddGeneral(std::vector<Item>& items, SettingList list, bool onPage, bool present) {
-    for (const Setting* setting : list)
+    for (const Setting* setting : list) {
         items.push_back({setting, PageGeneral, 0, onPage && present, present});
+    }
 }
 
 Relaxed<WORD>* WordsOf(const Item& item) {
@@ -41,16 +42,18 @@ bool IsText(const Item& item) {
 
 void Store(const Item& item, const std::vector<WORD>& words) {
     Relaxed<WORD>* to = WordsOf(item);
-    for (std::size_t i = 0; i < WordCount(item); ++i)
+    for (std::size_t i = 0; i < WordCount(item); ++i) {
         to[i] = i < words.size() ? words[i] : WORD{0};
+    }
 }
 
 // The words of a text field, when they are no more than a text.
 std::optional<std::string> PlainText(const std::vector<WORD>& words) {
     const auto end = std::find(words.begin(), words.end(), WORD{0});
     if (words.size() > 1 &&
-        (end == words.end() || std::any_of(end, words.end(), [](WORD w) { return w != 0; })))
+        (end == words.end() || std::any_of(end, words.end(), [](WORD w) { return w != 0; }))) {
         return std::nullopt;
+    }
     const std::u16string text(words.begin(), end);
     const std::string utf8 = layer::ToUtf8(text);
     return layer::FromUtf8(utf8) == text ? std::optional(utf8) : std::nullopt;
@@ -58,8 +61,9 @@ std::optional<std::string> PlainText(const std::vector<WORD>& words) {
 
 std::string Quoted(const std::vector<std::string>& words, const char* last) {
     std::string text;
-    for (std::size_t i = 0; i < words.size(); ++i)
+    for (std::size_t i = 0; i < words.size(); ++i) {
         text += (i == 0 ? "\"" : i + 1 == words.size() ? last : "\", \"") + words[i];
+    }
     return text.empty() ? text : text + "\"";
 }
 
@@ -71,8 +75,9 @@ std::vector<Item> TerminalItems() {
     std::vector<Item> items;
     for (const SettingGroup& group : GroupsOn(type)) {
         for (const SettingList list : {group.Switch, group.Items}) {
-            for (const Setting* setting : list)
+            for (const Setting* setting : list) {
                 items.push_back({setting, LayoutOf(type)->Page, group.Label, true, true});
+            }
         }
     }
     AddGeneral(items, OutputItems().first(OutputItemsWithoutBarcode), true, true);
@@ -80,8 +85,9 @@ std::vector<Item> TerminalItems() {
     AddGeneral(items, ReaderItems(type), true, true);
     AddGeneral(items, RfidItems(), true, HasRfidReader() || !barcode);
     AddGeneral(items, ClosingItems(), true, true);
-    if (type == ReaderType::Imager2D)
+    if (type == ReaderType::Imager2D) {
         AddGeneral(items, HiddenItems(), false, true);
+    }
     return items;
 }
 
@@ -110,8 +116,9 @@ std::string ReaderName(ReaderType type) {
 std::optional<ReaderType> ReaderByName(std::string_view name) {
     for (int i = 0; i < static_cast<int>(ReaderTypes); ++i) {
         const auto type = static_cast<ReaderType>(i);
-        if (name == ShortNames[i] || SameText(name, ReaderName(type)))
+        if (name == ShortNames[i] || SameText(name, ReaderName(type))) {
             return type;
+        }
     }
     return std::nullopt;
 }
@@ -126,8 +133,9 @@ std::string ItemLabel(const Item& item) {
 }
 
 std::string ItemHeading(const Item& item) {
-    if (item.Group != 0)
+    if (item.Group != 0) {
         return ResourceText(item.Group);
+    }
     return item.Field->Group == ResetGroup::Rfid ? "RFID" : "General";
 }
 
@@ -135,16 +143,19 @@ std::vector<std::string> ItemChoices(const Item& item) {
     const Setting& field = *item.Field;
     std::vector<std::string> choices;
     if (field.Encoding == SettingEncoding::Toggle) {
-        for (const char digit : {'0', '1'})
+        for (const char digit : {'0', '1'}) {
             choices.push_back(ResourceText(field.TextBase + static_cast<UINT>(digit)));
+        }
         return choices;
     }
     const WORD base = ItemChoiceBase(item.Page, field.ItemId);
-    for (WORD i = 0; i < ItemChoiceCount(item.Page, field.ItemId); ++i)
+    for (WORD i = 0; i < ItemChoiceCount(item.Page, field.ItemId); ++i) {
         choices.push_back(ResourceText(base + UINT{i}));
+    }
     // The barcode reader among the active devices is called by its type.
-    if (&field == &general::ActiveDevice && HasBarcodeReader())
+    if (&field == &general::ActiveDevice && HasBarcodeReader()) {
         choices.front() = ReaderName(FittedReader());
+    }
     return choices;
 }
 
@@ -154,11 +165,13 @@ const SettingLimits& ItemRange(const Item& item) {
 
 std::string RangeText(const Item& item) {
     const SettingLimits& limits = ItemRange(item);
-    if (IsText(item))
+    if (IsText(item)) {
         return "up to " + std::to_string(limits.Maximum) +
                (limits.Maximum == 1 ? " character" : " characters");
-    if (item.Field->Encoding != SettingEncoding::Number)
+    }
+    if (item.Field->Encoding != SettingEncoding::Number) {
         return {};
+    }
     constexpr const char* units[] = {"", ", seconds", ", tenths of a second"};
     return std::to_string(limits.Minimum) + " to " + std::to_string(limits.Maximum) +
            units[static_cast<int>(limits.Unit)];
@@ -174,14 +187,16 @@ ItemValue ReadItem(const Item& item) {
         case SettingEncoding::Toggle:
         case SettingEncoding::List:
             value.Plain = word >= '0' && word < '0' + choices.size();
-            if (value.Plain)
+            if (value.Plain) {
                 value.Chosen.push_back(choices[word - std::size_t{'0'}]);
+            }
             break;
         case SettingEncoding::BitSet:
             value.Plain = word >= '0' && word < '0' + (1 << choices.size());
             for (std::size_t i = 0; value.Plain && i < choices.size(); ++i) {
-                if ((word - '0') >> i & 1)
+                if ((word - '0') >> i & 1) {
                     value.Chosen.push_back(choices[i]);
+                }
             }
             break;
         case SettingEncoding::Number:
@@ -212,32 +227,39 @@ std::string ValueText(const Item& item, const ItemValue& value) {
                 return std::to_string(word);
         }
     }
-    if (!value.Plain)
+    if (!value.Plain) {
         return "(word " + std::to_string(word) + (WordCount(item) > 1 ? " ...)" : ")");
-    if (IsText(item))
+    }
+    if (IsText(item)) {
         return "\"" + value.Text + "\"";
+    }
     std::string text;
-    for (const std::string& choice : value.Chosen)
+    for (const std::string& choice : value.Chosen) {
         text += (text.empty() ? "" : ", ") + choice;
+    }
     return text;
 }
 
 std::string SetChosen(const Item& item, const std::vector<std::string>& chosen) {
     const std::vector<std::string> choices = ItemChoices(item);
-    if (choices.empty())
+    if (choices.empty()) {
         return "takes no choice";
+    }
     const bool bits = item.Field->Encoding == SettingEncoding::BitSet;
-    if (!bits && chosen.size() != 1)
+    if (!bits && chosen.size() != 1) {
         return "takes one choice";
+    }
     WORD value = 0;
     for (const std::string& wanted : chosen) {
         // Some choices differ in letter case alone.
         auto found = std::ranges::find(choices, wanted);
-        if (found == choices.end())
+        if (found == choices.end()) {
             found =
                 std::ranges::find_if(choices, [&](const auto& choice) { return SameText(choice, wanted); });
-        if (found == choices.end())
+        }
+        if (found == choices.end()) {
             return "has no choice \"" + wanted + "\"; it takes " + Quoted(choices, "\" or \"");
+        }
         const auto index = static_cast<unsigned>(found - choices.begin());
         value = static_cast<WORD>(bits ? value | 1u << index : index);
     }
@@ -247,56 +269,68 @@ std::string SetChosen(const Item& item, const std::vector<std::string>& chosen) 
 
 std::string SetNumber(const Item& item, long long number) {
     const SettingLimits& limits = ItemRange(item);
-    if (item.Field->Encoding != SettingEncoding::Number)
+    if (item.Field->Encoding != SettingEncoding::Number) {
         return "takes no number";
-    if (number < limits.Minimum || number > limits.Maximum)
+    }
+    if (number < limits.Minimum || number > limits.Maximum) {
         return "takes " + RangeText(item) + ", not " + std::to_string(number);
+    }
     Store(item, {static_cast<WORD>(number)});
     return {};
 }
 
 std::string SetItemText(const Item& item, std::string_view text) {
-    if (!IsText(item))
+    if (!IsText(item)) {
         return "takes no text";
+    }
     const std::u16string words = layer::FromUtf8(text);
-    if (words.size() > ItemRange(item).Maximum)
+    if (words.size() > ItemRange(item).Maximum) {
         return "takes " + RangeText(item);
-    if (words.find(u'\0') != std::u16string::npos)
+    }
+    if (words.find(u'\0') != std::u16string::npos) {
         return "takes no zero character";
+    }
     Store(item, {words.begin(), words.end()});
     return {};
 }
 
 std::string SetWords(const Item& item, const std::vector<long long>& words) {
-    if (words.size() != WordCount(item))
+    if (words.size() != WordCount(item)) {
         return "has " + std::to_string(WordCount(item)) + " words";
-    if (std::ranges::any_of(words, [](long long word) { return word < 0 || word > 0xFFFF; }))
+    }
+    if (std::ranges::any_of(words, [](long long word) { return word < 0 || word > 0xFFFF; })) {
         return "has words from 0 to 65535";
+    }
     std::vector<WORD> stored;
-    for (const long long word : words)
+    for (const long long word : words) {
         stored.push_back(static_cast<WORD>(word));
+    }
     Store(item, stored);
     return {};
 }
 
 std::string SetFromArgument(const Item& item, std::string_view value) {
-    if (IsText(item))
+    if (IsText(item)) {
         return SetItemText(item, value);
+    }
     if (item.Field->Encoding == SettingEncoding::Number) {
         long long number = 0;
         const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
-        if (error != std::errc{} || end != value.data() + value.size())
+        if (error != std::errc{} || end != value.data() + value.size()) {
             return "takes " + RangeText(item);
+        }
         return SetNumber(item, number);
     }
     if (item.Field->Encoding == SettingEncoding::Toggle) {
         for (const char* on : {"yes", "on", "true", "1"}) {
-            if (SameText(value, on))
+            if (SameText(value, on)) {
                 return SetChosen(item, {ItemChoices(item)[1]});
+            }
         }
         for (const char* off : {"no", "off", "false", "0"}) {
-            if (SameText(value, off))
+            if (SameText(value, off)) {
                 return SetChosen(item, {ItemChoices(item)[0]});
+            }
         }
     }
     std::vector<std::string> chosen;

@@ -53,21 +53,24 @@ int FailWith(const std::string& file, std::vector<TextFault> faults) {
 
 bool ReadFile(const std::string& name, std::string& text) {
     std::ifstream file;
-    if (name != "-")
+    if (name != "-") {
         file.open(name, std::ios::binary);
+    }
     std::istream& from = name == "-" ? std::cin : file;
     char block[4096];
     while (from.read(block, sizeof block) || from.gcount() > 0) {
         text.append(block, static_cast<std::size_t>(from.gcount()));
-        if (text.size() > LargestFile)
+        if (text.size() > LargestFile) {
             return false;
+        }
     }
     return from.eof() && !from.bad();
 }
 
 void MakeNew(ReaderType reader, bool rfid) {
-    for (Relaxed<WORD>& word : GeneralSettings)
+    for (Relaxed<WORD>& word : GeneralSettings) {
         word = 0;
+    }
     DeviceFlags = static_cast<WORD>(ReaderFlag(reader) | (rfid ? DeviceRfid : 0));
     ResetSettings(ResetAllGroups);
 }
@@ -98,22 +101,27 @@ QJsonObject ItemJson(const Item& item) {
                      {"fitted", item.Present},
                      {"text", text(ValueText(item, value))}};
     QJsonArray choices, chosen, words;
-    for (const std::string& choice : ItemChoices(item))
+    for (const std::string& choice : ItemChoices(item)) {
         choices.append(text(choice));
-    for (const std::string& choice : value.Chosen)
+    }
+    for (const std::string& choice : value.Chosen) {
         chosen.append(text(choice));
-    for (const WORD word : value.Words)
+    }
+    for (const WORD word : value.Words) {
         words.append(word);
+    }
     json["words"] = words;
-    if (!choices.isEmpty())
+    if (!choices.isEmpty()) {
         json["choices"] = choices;
+    }
     if (const std::string range = RangeText(item); !range.empty()) {
         json["minimum"] = ItemRange(item).Minimum;
         json["maximum"] = ItemRange(item).Maximum;
         json["limits"] = text(range);
     }
-    if (!value.Plain)
+    if (!value.Plain) {
         return json;
+    }
     switch (item.Field->Encoding) {
         case SettingEncoding::Toggle:
             json["value"] = value.Words.front() == '1';
@@ -135,8 +143,9 @@ QJsonObject ItemJson(const Item& item) {
 
 void ShowJson(const std::vector<Item>& items) {
     QJsonArray array;
-    for (const Item& item : items)
+    for (const Item& item : items) {
         array.append(ItemJson(item));
+    }
     const QJsonObject json{{"reader", QString::fromStdString(ReaderName(FittedReader()))},
                            {"rfid", HasRfidReader()},
                            {"items", array}};
@@ -148,12 +157,14 @@ void ShowTable(const std::vector<Item>& items) {
     std::array<int, 3> widths{};
     for (const Item& item : items) {
         std::string choices;
-        for (const std::string& choice : ItemChoices(item))
+        for (const std::string& choice : ItemChoices(item)) {
             choices += (choices.empty() ? "" : " | ") + choice;
+        }
         rows.push_back({item.Field->Name, ItemLabel(item) + (item.OnPage ? "" : " *"),
                         ValueText(item, ReadItem(item)), choices.empty() ? RangeText(item) : choices});
-        for (std::size_t i = 0; i < widths.size(); ++i)
+        for (std::size_t i = 0; i < widths.size(); ++i) {
             widths[i] = std::max(widths[i], static_cast<int>(rows.back()[i].size()));
+        }
     }
     std::printf("%s%s\n", ReaderName(FittedReader()).c_str(), HasRfidReader() ? ", RFID" : "");
     std::string heading;
@@ -178,28 +189,32 @@ int Show(const Arguments& arguments) {
             rfid = true;
         } else if (arguments[i] == "--reader" && i + 1 < arguments.size()) {
             reader = ReaderByName(arguments[++i]);
-            if (!reader)
+            if (!reader) {
                 return Fail("there is no reader \"" + arguments[i] + "\"");
+            }
         } else {
             return Fail("show does not know \"" + arguments[i] + "\"");
         }
     }
-    if (reader)
+    if (reader) {
         MakeNew(*reader, rfid);
-    else if (const std::string wrong = LoadTerminal(); !wrong.empty())
+    } else if (const std::string wrong = LoadTerminal(); !wrong.empty()) {
         return Fail(wrong);
+    }
     json ? ShowJson(TerminalItems()) : ShowTable(TerminalItems());
     return 0;
 }
 
 int Get(const Arguments& names) {
-    if (const std::string wrong = LoadTerminal(); !wrong.empty())
+    if (const std::string wrong = LoadTerminal(); !wrong.empty()) {
         return Fail(wrong);
+    }
     const std::vector<Item> items = TerminalItems();
     for (const std::string& name : names) {
         const Item* item = FindItem(items, name);
-        if (item == nullptr)
+        if (item == nullptr) {
             return Fail("a \"" + ReaderName(FittedReader()) + "\" has no item " + name);
+        }
         const ItemValue value = ReadItem(*item);
         const bool choice = !ItemChoices(*item).empty();
         std::puts((choice || !value.Plain ? ValueText(*item, value) : value.Text).c_str());
@@ -213,8 +228,9 @@ int Change(const std::function<bool()>& change) {
 }
 
 int Set(const Arguments& assignments) {
-    if (assignments.empty())
+    if (assignments.empty()) {
         return Fail("set which item?");
+    }
     return Change([&] {
         bool good = true;
         const std::vector<Item> items = TerminalItems();
@@ -223,27 +239,31 @@ int Set(const Arguments& assignments) {
             const std::string name = assignment.substr(0, equals);
             const Item* item = FindItem(items, name);
             std::string wrong;
-            if (equals == assignment.size())
+            if (equals == assignment.size()) {
                 wrong = assignment + ": write ITEM=VALUE";
-            else if (item == nullptr)
+            } else if (item == nullptr) {
                 wrong = "a \"" + ReaderName(FittedReader()) + "\" has no item " + name;
-            else if (wrong = SetFromArgument(*item, assignment.substr(equals + 1)); !wrong.empty())
+            } else if (wrong = SetFromArgument(*item, assignment.substr(equals + 1)); !wrong.empty()) {
                 wrong = name + " " + wrong;
+            }
             good = good && wrong.empty();
-            if (!wrong.empty())
+            if (!wrong.empty()) {
                 Fail(wrong);
+            }
         }
         return good;
     });
 }
 
 int Export(const Arguments& arguments) {
-    if (const std::string wrong = LoadTerminal(); !wrong.empty())
+    if (const std::string wrong = LoadTerminal(); !wrong.empty()) {
         return Fail(wrong);
+    }
     const std::string name = arguments.empty() ? "-" : arguments[0];
     const std::string text = WriteRecord();
-    if (name == "-")
+    if (name == "-") {
         return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? Fail("cannot write") : 0;
+    }
     std::ofstream file(name, std::ios::binary);
     file << text;
     file.close();
@@ -252,13 +272,15 @@ int Export(const Arguments& arguments) {
 
 int Import(const std::string& name) {
     std::string text;
-    if (!ReadFile(name, text))
+    if (!ReadFile(name, text)) {
         return Fail(name + " cannot be read");
+    }
     std::vector<TextFault> faults;
     return Change([&] {
         ReadRecord(text, faults);
-        if (!faults.empty())
+        if (!faults.empty()) {
             FailWith(name, faults);
+        }
         return faults.empty();
     });
 }
@@ -270,8 +292,9 @@ Values TakeValues(const std::vector<std::string>* names) {
     Values values = {{"reader", ReaderName(FittedReader())}};
     for (const Item& item : TerminalItems()) {
         const std::string name = item.Field->Name;
-        if (names == nullptr || std::ranges::find(*names, name) != names->end())
+        if (names == nullptr || std::ranges::find(*names, name) != names->end()) {
             values[name] = ValueText(item, ReadItem(item));
+        }
     }
     return values;
 }
@@ -281,13 +304,15 @@ int Diff(const Arguments& files) {
     for (const std::string& file : files) {
         std::vector<TextFault> faults;
         std::vector<std::string> names;
-        if (!TakeFile(file, faults, names))
+        if (!TakeFile(file, faults, names)) {
             return FailWith(file, faults) + 1;
+        }
         sides.push_back(TakeValues(&names));
     }
     if (sides.size() == 1) {
-        if (const std::string wrong = LoadTerminal(); !wrong.empty())
+        if (const std::string wrong = LoadTerminal(); !wrong.empty()) {
             return Fail(wrong) + 1;
+        }
         sides.push_back(TakeValues(nullptr));
         // A file that names a few items says nothing about the others.
         std::erase_if(sides[1], [&](const auto& value) { return !sides[0].contains(value.first); });
@@ -312,8 +337,9 @@ int Check(const Arguments& files) {
     for (const std::string& file : files) {
         std::vector<TextFault> faults;
         std::vector<std::string> names;
-        if (!TakeFile(file, faults, names))
+        if (!TakeFile(file, faults, names)) {
             result = FailWith(file, faults);
+        }
     }
     return files.empty() ? Fail("check which file?") : result;
 }
@@ -323,8 +349,9 @@ int Reset(const Arguments& groups) {
         {"reader", ResetGroup::BarcodeReader}, {"rfid", ResetGroup::Rfid}, {"general", ResetGroup::General}};
     DWORD mask = groups.empty() ? ResetAllGroups : 0;
     for (const std::string& group : groups) {
-        if (!known.contains(group))
+        if (!known.contains(group)) {
             return Fail("there is no group \"" + group + "\"");
+        }
         mask |= static_cast<DWORD>(known.at(group));
     }
     return Change([mask] {
@@ -338,22 +365,30 @@ int Reset(const Arguments& groups) {
 int main(int count, char** words) {
     const std::string command = count > 1 ? words[1] : "";
     const Arguments arguments(words + std::min(count, 2), words + count);
-    if (command == "show")
+    if (command == "show") {
         return Show(arguments);
-    if (command == "get")
+    }
+    if (command == "get") {
         return Get(arguments);
-    if (command == "set")
+    }
+    if (command == "set") {
         return Set(arguments);
-    if (command == "export" && arguments.size() <= 1)
+    }
+    if (command == "export" && arguments.size() <= 1) {
         return Export(arguments);
-    if (command == "import" && arguments.size() == 1)
+    }
+    if (command == "import" && arguments.size() == 1) {
         return Import(arguments[0]);
-    if (command == "diff" && (arguments.size() == 1 || arguments.size() == 2))
+    }
+    if (command == "diff" && (arguments.size() == 1 || arguments.size() == 2)) {
         return Diff(arguments);
-    if (command == "check")
+    }
+    if (command == "check") {
         return Check(arguments);
-    if (command == "reset")
+    }
+    if (command == "reset") {
         return Reset(arguments);
+    }
     std::fputs(Usage, command == "--help" ? stdout : stderr);
     return command == "--help" ? 0 : 2;
 }

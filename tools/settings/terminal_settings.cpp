@@ -24,8 +24,9 @@ using Words = std::array<WORD, RecordWords>;
 
 Words CopyRecord() {
     Words words;
-    for (std::size_t i = 0; i < RecordWords; ++i)
+    for (std::size_t i = 0; i < RecordWords; ++i) {
         words[i] = RecordWord(i);
+    }
     return words;
 }
 
@@ -34,8 +35,9 @@ bool FileHolds(const Words& words) {
     std::array<BYTE, SettingsFileSize> image{};
     DWORD read = 0;
     const HANDLE file = OpenSettingsFile(0);
-    if (file == nullptr)
+    if (file == nullptr) {
         return false;
+    }
     ReadFile(file, image.data(), SettingsFileSize, &read, nullptr);
     CloseHandle(file);
     bool same = read == SettingsFileSize;
@@ -66,12 +68,15 @@ std::string Load(std::chrono::seconds longest) {
     const auto until = SteadyClock::now() + longest;
     for (;;) {
         const int loaded = LoadSettings();
-        if (loaded == 1)
+        if (loaded == 1) {
             return {};
-        if (loaded == 0)
+        }
+        if (loaded == 0) {
             return "this terminal has no settings file yet, or no whole one; vantrel makes it when it starts";
-        if (SteadyClock::now() > until)
+        }
+        if (SteadyClock::now() > until) {
             return "the settings file is there, but cannot be opened";
+        }
         std::this_thread::sleep_for(Pause);
     }
 }
@@ -118,22 +123,28 @@ std::string ChangeTerminal(const std::function<bool()>& change) {
     HWND running = nullptr;
     while ((running = FindWindowW(WindowClassName, WindowTitle)) == nullptr &&
            WaitForSingleObject(mutex.get(), 100) == WAIT_TIMEOUT) {
-        if (SteadyClock::now() > until)
+        if (SteadyClock::now() > until) {
             return "vantrel neither runs nor has ended; nothing was changed";
+        }
     }
     // A first start makes the file when it has found the readers.
-    if (std::string wrong = Load(running != nullptr ? LongestBusy : LongestLoad); !wrong.empty())
+    if (std::string wrong = Load(running != nullptr ? LongestBusy : LongestLoad); !wrong.empty()) {
         return wrong;
+    }
     const Words before = CopyRecord();
-    if (!change())
+    if (!change()) {
         return "nothing was changed";
+    }
     const std::vector<BYTE> pairs = ChangeFrom(before);
-    if (pairs.size() == sizeof(WORD))
+    if (pairs.size() == sizeof(WORD)) {
         return {};
-    if (running != nullptr)
+    }
+    if (running != nullptr) {
         return SendChange(running, pairs);
+    }
     const Words wanted = CopyRecord();
-    if (!SaveSettings() || !FileHolds(wanted))
+    if (!SaveSettings() || !FileHolds(wanted)) {
         return "the settings file cannot be written";
+    }
     return {};
 }

@@ -25,8 +25,9 @@ KeysGoTo ByName(std::string_view name) {
                                                                {"wayland", KeysGoTo::Wayland},
                                                                {"uinput", KeysGoTo::Uinput}};
     for (const auto& [known, kind] : names) {
-        if (name.starts_with(known))
+        if (name.starts_with(known)) {
             return kind;
+        }
     }
     return KeysGoTo::Nowhere;
 }
@@ -76,8 +77,9 @@ Made ByWish(const char* wish) {
     } else {
         whyNot = "VANTREL_KEYBOARD is none of wayland, xtest, uinput, uinput:LAYOUT, trace:FILE, none";
     }
-    if (!made)
+    if (!made) {
         return None(whyNot);
+    }
     return Tell(std::move(made), wish, asked);
 }
 
@@ -85,11 +87,13 @@ Made BySession() {
     const bool wayland = IsSet("WAYLAND_DISPLAY");
     std::string noWayland, noKernel;
     if (wayland) {
-        if (auto made = MakeWaylandKeyboard(noWayland))
+        if (auto made = MakeWaylandKeyboard(noWayland)) {
             return Tell(std::move(made), "wayland", "the Wayland session takes virtual keyboards");
+        }
         // X keys would reach X programs alone there.
-        if (auto made = MakeUinputKeyboard("", noKernel))
+        if (auto made = MakeUinputKeyboard("", noKernel)) {
             return Tell(std::move(made), "uinput", noWayland);
+        }
     }
     if (IsSet("DISPLAY")) {
         if (auto made = MakeXtestKeyboard()) {
@@ -99,8 +103,9 @@ Made BySession() {
         }
     }
     if (!wayland) {
-        if (auto made = MakeUinputKeyboard("", noKernel))
+        if (auto made = MakeUinputKeyboard("", noKernel)) {
             return Tell(std::move(made), "uinput", "there is no display");
+        }
     }
     return None((wayland ? noWayland : "no usable display") + "; " + noKernel);
 }

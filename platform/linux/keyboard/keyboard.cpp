@@ -48,20 +48,24 @@ thread_local Typist typist;
 Typist::~Typist() {
     Keyboard& keyboard = TheKeyboard();
     const std::lock_guard lock(keyboard.mutex);
-    if (keyboard.owner != this)
+    if (keyboard.owner != this) {
         return;
-    if (keyboard.backend)
+    }
+    if (keyboard.backend) {
         keyboard.backend->ReleaseAll();
+    }
     keyboard.owner = nullptr;
     keyboard.free.notify_one();
 }
 
 // With the keyboard's lock held.
 void MakeReady(Keyboard& keyboard) {
-    if (!keyboard.backend)
+    if (!keyboard.backend) {
         keyboard.backend = ChooseKeyboard();
-    if (keyboard.endRegistered)
+    }
+    if (keyboard.endRegistered) {
         return;
+    }
     keyboard.endRegistered = true;
     AtEnd([] {
         Keyboard& ending = TheKeyboard();
@@ -71,12 +75,14 @@ void MakeReady(Keyboard& keyboard) {
             std::this_thread::sleep_for(EndPause);
             lock.try_lock();
         }
-        if (!lock.owns_lock())
+        if (!lock.owns_lock()) {
             return;
+        }
         ending.over = Ending();
         ending.endRegistered = false;
-        if (ending.backend)
+        if (ending.backend) {
             ending.backend->ReleaseAll();
+        }
     });
 }
 
@@ -91,8 +97,9 @@ void PrepareKeyboard() {
 void InstallKeyboard(std::unique_ptr<KeyboardBackend> backend) {
     Keyboard& keyboard = TheKeyboard();
     const std::lock_guard lock(keyboard.mutex);
-    if (keyboard.backend)
+    if (keyboard.backend) {
         keyboard.backend->ReleaseAll();
+    }
     keyboard.backend = std::move(backend);
 }
 
@@ -109,8 +116,9 @@ void keybd_event(BYTE key, BYTE, DWORD flags, ULONG_PTR) {
         std::unique_lock lock(keyboard.mutex);
         keyboard.free.wait(lock, [&] { return keyboard.owner == nullptr || keyboard.owner == &self; });
         MakeReady(keyboard);
-        if (!keyboard.over)
+        if (!keyboard.over) {
             keyboard.backend->Key(key, up);
+        }
         const bool had = self.down.any();
         self.down.set(key, !up);
         if (!had && self.down.any()) {
@@ -122,6 +130,7 @@ void keybd_event(BYTE key, BYTE, DWORD flags, ULONG_PTR) {
             keyboard.free.notify_one();
         }
     }
-    if (done)
+    if (done) {
         AllowParking();
+    }
 }

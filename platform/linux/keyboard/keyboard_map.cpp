@@ -18,8 +18,9 @@ KeySym FirstSymbol(XkbDescPtr map, KeyCode key) {
 unsigned ThirdLevelModifier(XkbDescPtr map) {
     for (int key = map->min_key_code; key <= map->max_key_code; ++key) {
         const auto code = static_cast<KeyCode>(key);
-        if (FirstSymbol(map, code) == XK_ISO_Level3_Shift && map->map->modmap[key] != 0)
+        if (FirstSymbol(map, code) == XK_ISO_Level3_Shift && map->map->modmap[key] != 0) {
             return map->map->modmap[key];
+        }
     }
     return 0;
 }
@@ -29,8 +30,9 @@ unsigned ThirdLevelModifier(XkbDescPtr map) {
 bool Gives(XkbDescPtr map, KeyCode key, unsigned modifiers, int group, KeySym symbol) {
     unsigned used = 0;
     KeySym found = NoSymbol;
-    if (!XkbTranslateKeyCode(map, key, XkbBuildCoreState(modifiers, group), &used, &found))
+    if (!XkbTranslateKeyCode(map, key, XkbBuildCoreState(modifiers, group), &used, &found)) {
         return false;
+    }
     if ((modifiers & LockMask & ~used) != 0) {
         KeySym lower = found, upper = found;
         XConvertCase(found, &lower, &upper);
@@ -49,15 +51,17 @@ bool BitSet(const char* bits, KeyCode key) {
 
 bool DownOn(Display* display, XID id, KeyCode key) {
     XDevice* device = XOpenDevice(display, id);
-    if (device == nullptr)
+    if (device == nullptr) {
         return false;
+    }
     bool down = false;
     if (XDeviceState* state = XQueryDeviceState(display, device)) {
         const char* next = reinterpret_cast<const char*>(state->data);
         for (int i = 0; i < state->num_classes; ++i) {
             const auto* input = reinterpret_cast<const XInputClass*>(next);
-            if (input->c_class == KeyClass)
+            if (input->c_class == KeyClass) {
                 down |= BitSet(reinterpret_cast<const XKeyStatus*>(input)->keys, key);
+            }
             next += input->length;
         }
         XFreeDeviceState(state);
@@ -71,11 +75,13 @@ bool DownOnRealKeyboard(Display* display, KeyCode key) {
     int count = 0;
     XDeviceInfo* devices = XListInputDevices(display, &count);
     for (int i = 0; i < count && !down; ++i) {
-        if (devices[i].use == IsXExtensionKeyboard && !IsXtest(devices[i]))
+        if (devices[i].use == IsXExtensionKeyboard && !IsXtest(devices[i])) {
             down = DownOn(display, devices[i].id, key);
+        }
     }
-    if (devices != nullptr)
+    if (devices != nullptr) {
         XFreeDeviceList(devices);
+    }
     return down;
 }
 
@@ -102,8 +108,9 @@ bool FindKey(XkbDescPtr map, KeySym symbol, unsigned locked, int group, KeyChoic
 KeyCode ModifierKey(XkbDescPtr map, unsigned modifier) {
     for (int key = map->min_key_code; key <= map->max_key_code; ++key) {
         const auto code = static_cast<KeyCode>(key);
-        if (HeldModifier(map, code) == modifier)
+        if (HeldModifier(map, code) == modifier) {
             return code;
+        }
     }
     return 0;
 }
@@ -126,13 +133,16 @@ unsigned HeldModifier(XkbDescPtr map, KeyCode key) {
 KeyCode SpareKey(XkbDescPtr map, const bool (&taken)[256]) {
     for (int key = map->max_key_code; key >= map->min_key_code; --key) {
         const auto code = static_cast<KeyCode>(key);
-        if (taken[key] || map->map->modmap[key] != 0)
+        if (taken[key] || map->map->modmap[key] != 0) {
             continue;
+        }
         bool empty = true;
-        for (int i = 0; i < XkbKeyNumSyms(map, code); ++i)
+        for (int i = 0; i < XkbKeyNumSyms(map, code); ++i) {
             empty &= XkbKeySymsPtr(map, code)[i] == NoSymbol;
-        if (empty)
+        }
+        if (empty) {
             return code;
+        }
     }
     return 0;
 }
@@ -141,8 +151,9 @@ SpareType TypeForSpareKeys(XkbDescPtr map) {
     const unsigned third = ThirdLevelModifier(map);
     for (int i = 0; third != 0 && i < map->map->num_types; ++i) {
         const XkbKeyTypeRec& type = map->map->types[i];
-        if (type.num_levels != MaxLevels || type.mods.mask != (ShiftMask | third))
+        if (type.num_levels != MaxLevels || type.mods.mask != (ShiftMask | third)) {
             continue;
+        }
         bool fits = true;
         for (int k = 0; k < type.map_count; ++k) {
             const XkbKTMapEntryRec& entry = type.map[k];
@@ -150,8 +161,9 @@ SpareType TypeForSpareKeys(XkbDescPtr map) {
                 (entry.mods.mask & ShiftMask ? 1u : 0u) + (entry.mods.mask & third ? 2u : 0u);
             fits &= !entry.active || entry.level == level;
         }
-        if (fits)
+        if (fits) {
             return {i, MaxLevels};
+        }
     }
     return {XkbTwoLevelIndex, 2};
 }
@@ -159,10 +171,12 @@ SpareType TypeForSpareKeys(XkbDescPtr map) {
 void GiveSymbols(Display* display, XkbDescPtr map, KeyCode key, const SpareType& type,
                  const KeySym (&symbols)[MaxLevels]) {
     int types[XkbNumKbdGroups] = {type.type, type.type, type.type, type.type};
-    if (XkbChangeTypesOfKey(map, key, 1, XkbGroup1Mask, types, nullptr) != Success)
+    if (XkbChangeTypesOfKey(map, key, 1, XkbGroup1Mask, types, nullptr) != Success) {
         return;
-    for (int level = 0; level < type.levels; ++level)
+    }
+    for (int level = 0; level < type.levels; ++level) {
         XkbKeySymsPtr(map, key)[level] = symbols[level];
+    }
     XkbMapChangesRec changes{};
     changes.changed = XkbKeySymsMask;
     changes.first_key_sym = key;
@@ -176,11 +190,13 @@ unsigned XtestDevice(Display* display) {
     int count = 0;
     XDeviceInfo* devices = XListInputDevices(display, &count);
     for (int i = 0; i < count; ++i) {
-        if (devices[i].use == IsXExtensionKeyboard && IsXtest(devices[i]))
+        if (devices[i].use == IsXExtensionKeyboard && IsXtest(devices[i])) {
             found = static_cast<unsigned>(devices[i].id);
+        }
     }
-    if (devices != nullptr)
+    if (devices != nullptr) {
         XFreeDeviceList(devices);
+    }
     return found;
 }
 
@@ -195,8 +211,9 @@ HeldKeys::HeldKeys(Display* display, XkbDescPtr map, KeyCode typed) : display_(d
     typedDown_ = BitSet(down, typed);
     for (int key = map->min_key_code; key <= map->max_key_code && key < 256 && count_ < Most; ++key) {
         const auto code = static_cast<KeyCode>(key);
-        if (!BitSet(down, code) || HeldModifier(map, code) == 0)
+        if (!BitSet(down, code) || HeldModifier(map, code) == 0) {
             continue;
+        }
         keys_[count_] = code;
         real_[count_] = DownOnRealKeyboard(display, code);
         ++count_;
@@ -204,29 +221,34 @@ HeldKeys::HeldKeys(Display* display, XkbDescPtr map, KeyCode typed) : display_(d
 }
 
 void HeldKeys::Release() const {
-    for (int i = 0; i < count_; ++i)
+    for (int i = 0; i < count_; ++i) {
         XTestFakeKeyEvent(display_, keys_[i], False, CurrentTime);
-    if (typedDown_)
+    }
+    if (typedDown_) {
         XTestFakeKeyEvent(display_, typed_, False, CurrentTime);
+    }
 }
 
 void HeldKeys::Restore(std::bitset<256>& again) const {
     for (int i = 0; i < count_; ++i) {
-        if (real_[i] && !DownOnRealKeyboard(display_, keys_[i]))
+        if (real_[i] && !DownOnRealKeyboard(display_, keys_[i])) {
             continue;
+        }
         PressSynthetic(display_, keys_[i]);
         again.set(keys_[i], real_[i]);
         // Let go of between the question and the answer: then nobody else would ever release it.
-        if (real_[i] && !DownOnRealKeyboard(display_, keys_[i]))
+        if (real_[i] && !DownOnRealKeyboard(display_, keys_[i])) {
             XTestFakeKeyEvent(display_, keys_[i], False, CurrentTime);
+        }
     }
 }
 
 void HeldKeys::Forget(Display* display, std::bitset<256>& again) {
     for (unsigned key = 0; again.any() && key < again.size(); ++key) {
         const auto code = static_cast<KeyCode>(key);
-        if (!again.test(key) || DownOnRealKeyboard(display, code))
+        if (!again.test(key) || DownOnRealKeyboard(display, code)) {
             continue;
+        }
         XTestFakeKeyEvent(display, code, False, CurrentTime);
         again.reset(key);
     }

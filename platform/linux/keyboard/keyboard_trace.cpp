@@ -21,15 +21,17 @@ class TraceKeyboard : public KeyboardBackend {
         const int length = std::snprintf(line, sizeof line, "%u %02X %s\n",
                                          static_cast<DWORD>(CurrentClock().Now()), key, up ? "up" : "down");
         // One write a line: readers of the file see whole lines, and other programs may append too.
-        if (write(fd_, line, static_cast<std::size_t>(length)) != length)
+        if (write(fd_, line, static_cast<std::size_t>(length)) != length) {
             return;  // a full disk must not stop the readers
+        }
         down_.set(key, !up);
     }
 
     void ReleaseAll() override {
         for (unsigned key = 0; key < down_.size(); ++key) {
-            if (down_.test(key))
+            if (down_.test(key)) {
                 Key(static_cast<BYTE>(key), true);
+            }
         }
     }
 

@@ -27,8 +27,9 @@ class UinputKeyboard : public StrokeKeyboard {
     // Takes both over. `device` may be null: then the events go into `fd` as they are.
     UinputKeyboard(LayoutKeys keys, int fd, libevdev_uinput* device)
         : StrokeKeyboard(std::move(keys), Rate), fd_(fd), device_(device) {
-        if (device != nullptr)
+        if (device != nullptr) {
             introduced_ += IntroductionTime;
+        }
     }
     ~UinputKeyboard() override {
         libevdev_uinput_destroy(device_);
@@ -54,8 +55,9 @@ bool UinputKeyboard::Ready() {
 bool UinputKeyboard::CapsLock() {
     input_event event;
     while (read(fd_, &event, sizeof event) == sizeof event) {
-        if (event.type == EV_LED && event.code == LED_CAPSL)
+        if (event.type == EV_LED && event.code == LED_CAPSL) {
             capsLock_ = event.value != 0;
+        }
     }
     return capsLock_;
 }
@@ -71,16 +73,20 @@ void UinputKeyboard::Press(const LayoutKey& key) {
         events[count++].value = down;
         events[count++].type = EV_SYN;
     };
-    if (key.Shift)
+    if (key.Shift) {
         add(KEY_LEFTSHIFT, true);
-    if (key.ThirdLevel)
+    }
+    if (key.ThirdLevel) {
         add(KEY_RIGHTALT, true);
+    }
     add(key.Code, true);
     add(key.Code, false);
-    if (key.ThirdLevel)
+    if (key.ThirdLevel) {
         add(KEY_RIGHTALT, false);
-    if (key.Shift)
+    }
+    if (key.Shift) {
         add(KEY_LEFTSHIFT, false);
+    }
     const std::size_t size = sizeof events[0] * static_cast<std::size_t>(count);
     while (write(fd_, events, size) < 0 && errno == EINTR) {
     }
@@ -89,17 +95,20 @@ void UinputKeyboard::Press(const LayoutKey& key) {
 // The keyboard made in the kernel; null with errno set.
 libevdev_uinput* MakeDevice(int fd) {
     libevdev* device = libevdev_new();
-    if (device == nullptr)
+    if (device == nullptr) {
         return nullptr;
+    }
     libevdev_set_name(device, "Vantrel keyboard");
     libevdev_set_id_bustype(device, BUS_VIRTUAL);
     for (unsigned key = KEY_ESC; key <= KEY_F24; ++key) {
         // Whoever reads keyboards must not take it for one with buttons of the machine.
-        if ((key <= KEY_COMPOSE && key != KEY_POWER) || key >= KEY_F13)
+        if ((key <= KEY_COMPOSE && key != KEY_POWER) || key >= KEY_F13) {
             libevdev_enable_event_code(device, EV_KEY, key, nullptr);
+        }
     }
-    for (const unsigned light : {LED_NUML, LED_CAPSL, LED_SCROLLL})
+    for (const unsigned light : {LED_NUML, LED_CAPSL, LED_SCROLLL}) {
         libevdev_enable_event_code(device, EV_LED, light, nullptr);
+    }
     libevdev_uinput* made = nullptr;
     const int result = libevdev_uinput_create_from_device(device, fd, &made);
     libevdev_free(device);
@@ -124,12 +133,14 @@ std::unique_ptr<KeyboardBackend> MakeUinputKeyboard(const std::string& layout, s
     libevdev_uinput* device = fd >= 0 ? MakeDevice(fd) : nullptr;
     if (device == nullptr) {
         whyNot = std::string("/dev/uinput: ") + std::strerror(errno);
-        if (fd >= 0)
+        if (fd >= 0) {
             close(fd);
+        }
         return nullptr;
     }
-    if (const std::string missing = keys->Missing(); !missing.empty())
+    if (const std::string missing = keys->Missing(); !missing.empty()) {
         Say(LogPriority::Warning, "the keyboard layout lacks %s: not typed", missing.c_str());
+    }
     return std::make_unique<UinputKeyboard>(std::move(*keys), fd, device);
 }
 

@@ -45,11 +45,13 @@ WaylandConnection::Result WaylandKeyboard::Connect() {
 
 bool WaylandKeyboard::Ready() {
     if (!connection_.Usable()) {
-        if (!lost_)
+        if (!lost_) {
             Say(LogPriority::Error, "the Wayland session has gone; keys are dropped until it is back");
+        }
         lost_ = true;
-        if (Clock::now() - lastTry_ < ReconnectPause || Connect() != WaylandConnection::Result::Connected)
+        if (Clock::now() - lastTry_ < ReconnectPause || Connect() != WaylandConnection::Result::Connected) {
             return false;
+        }
         lost_ = false;
         Say(LogPriority::Notice, "the Wayland session is back");
     }

@@ -37,15 +37,17 @@ XIOErrorHandler othersLoss = nullptr;
 
 // A request that the server refuses must not end the program, which is Xlib's habit.
 int OnError(Display* display, XErrorEvent* error) {
-    if (display == ours.load() || othersHandler == nullptr)
+    if (display == ours.load() || othersHandler == nullptr) {
         return 0;
+    }
     return othersHandler(display, error);
 }
 
 // Nor must a server that has gone; only for other connections that is somebody else's decision.
 int OnIoError(Display* display) {
-    if (display == ours.load() || othersLoss == nullptr)
+    if (display == ours.load() || othersLoss == nullptr) {
         return 0;
+    }
     return othersLoss(display);
 }
 
@@ -73,27 +75,33 @@ class XConnection {
 bool XConnection::Open() {
     Close();
     const char* name = std::getenv("DISPLAY");
-    if (name == nullptr || *name == 0)
+    if (name == nullptr || *name == 0) {
         return false;
+    }
     struct sigaction pipeAction {};
-    if (sigaction(SIGPIPE, nullptr, &pipeAction) == 0 && pipeAction.sa_handler == SIG_DFL)
+    if (sigaction(SIGPIPE, nullptr, &pipeAction) == 0 && pipeAction.sa_handler == SIG_DFL) {
         std::signal(SIGPIPE, SIG_IGN);  // writing to a dead server is an error, not an end
+    }
     display_ = XOpenDisplay(name);
-    if (display_ == nullptr)
+    if (display_ == nullptr) {
         return false;
+    }
     lost_ = false;
     ours = display_;
-    if (const XErrorHandler previous = XSetErrorHandler(OnError); previous != OnError)
+    if (const XErrorHandler previous = XSetErrorHandler(OnError); previous != OnError) {
         othersHandler = previous;
-    if (const XIOErrorHandler previous = XSetIOErrorHandler(OnIoError); previous != OnIoError)
+    }
+    if (const XIOErrorHandler previous = XSetIOErrorHandler(OnIoError); previous != OnIoError) {
         othersLoss = previous;
+    }
     XSetIOErrorExitHandler(display_, &XConnection::OnLost, this);
     return true;
 }
 
 void XConnection::Close() {
-    if (display_ != nullptr)
+    if (display_ != nullptr) {
         XCloseDisplay(display_);
+    }
     ours = nullptr;
     display_ = nullptr;
 }
@@ -152,8 +160,9 @@ XtestKeyboard::~XtestKeyboard() {
 bool XtestKeyboard::Connect() {
     lastTry_ = CurrentClock().Now();
     int major = XkbMajorVersion, minor = XkbMinorVersion, opcode = 0, error = 0, a = 0, b = 0, c = 0, d = 0;
-    if (!connection_.Open())
+    if (!connection_.Open()) {
         return false;
+    }
     Display* display = connection_.Get();
     if (!XkbQueryExtension(display, &opcode, &eventBase_, &error, &major, &minor) ||
         !XTestQueryExtension(display, &a, &b, &c, &d)) {
@@ -169,8 +178,9 @@ bool XtestKeyboard::Connect() {
 }
 
 void XtestKeyboard::Disconnect() {
-    if (map_ != nullptr)
+    if (map_ != nullptr) {
         XkbFreeKeyboard(map_, 0, True);
+    }
     map_ = nullptr;
     borrowed_.clear();
     atRest_ = false;
@@ -178,20 +188,24 @@ void XtestKeyboard::Disconnect() {
 }
 
 bool XtestKeyboard::Ready() {
-    if (connection_.Usable() && map_ != nullptr)
+    if (connection_.Usable() && map_ != nullptr) {
         return true;
-    if (CurrentClock().Now() - lastTry_ < ReconnectPause)
+    }
+    if (CurrentClock().Now() - lastTry_ < ReconnectPause) {
         return false;
+    }
     Disconnect();
     return Connect();
 }
 
 void XtestKeyboard::FetchMap() {
     XkbDescPtr fresh = XkbGetMap(connection_.Get(), XkbAllMapComponentsMask, keyboard_);
-    if (fresh == nullptr)
+    if (fresh == nullptr) {
         return;
-    if (map_ != nullptr)
+    }
+    if (map_ != nullptr) {
         XkbFreeKeyboard(map_, 0, True);
+    }
     map_ = fresh;
     stale_ = false;
     // A new layout takes back what was lent.
@@ -206,47 +220,58 @@ void XtestKeyboard::TakeNews() {
     XEvent event;
     while (connection_.Usable() && XEventsQueued(connection_.Get(), QueuedAfterReading) > 0) {
         XNextEvent(connection_.Get(), &event);
-        if (event.type == MappingNotify)
+        if (event.type == MappingNotify) {
             XRefreshKeyboardMapping(&event.xmapping);
-        if (event.type == eventBase_ || event.type == MappingNotify)
+        }
+        if (event.type == eventBase_ || event.type == MappingNotify) {
             stale_ = true;
+        }
     }
-    if (stale_)
+    if (stale_) {
         FetchMap();
+    }
 }
 
 void XtestKeyboard::Key(BYTE key, bool up) {
-    if (key == VK_SHIFT)
+    if (key == VK_SHIFT) {
         shift_ = !up;
-    else if (!up && Ready())
+    } else if (!up && Ready()) {
         Type(MeaningOf(key, shift_), shift_);
+    }
 }
 
 void XtestKeyboard::Type(const KeyMeaning& meaning, bool shift) {
-    if (meaning.symbol == NoSymbol)
+    if (meaning.symbol == NoSymbol) {
         return;
-    if (!Look())
+    }
+    if (!Look()) {
         return;
+    }
     TakeNews();
     KeyChoice choice{};
-    if (!connection_.Usable() || !Choose(meaning, state_.locked_mods, state_.group, choice))
+    if (!connection_.Usable() || !Choose(meaning, state_.locked_mods, state_.group, choice)) {
         return;
-    if (!meaning.isCharacter && shift)
+    }
+    if (!meaning.isCharacter && shift) {
         choice.press |= ShiftMask;
-    if (atRest_)
+    }
+    if (atRest_) {
         Emit(choice);
-    else
+    } else {
         EmitBesideHeldKeys(choice);
+    }
     XFlush(connection_.Get());
 }
 
 // Learns the keyboard's state, unless that was only just done and nothing was down.
 bool XtestKeyboard::Look() {
     const auto now = std::chrono::steady_clock::now();
-    if (atRest_ && now < lookAgain_)
+    if (atRest_ && now < lookAgain_) {
         return true;
-    if (XkbGetState(connection_.Get(), XkbUseCoreKbd, &state_) != Success)
+    }
+    if (XkbGetState(connection_.Get(), XkbUseCoreKbd, &state_) != Success) {
         return false;
+    }
     char down[32] = {};
     XQueryKeymap(connection_.Get(), down);
     atRest_ = state_.latched_mods == 0 && again_.none() &&
@@ -257,8 +282,9 @@ bool XtestKeyboard::Look() {
 
 bool XtestKeyboard::Choose(const KeyMeaning& meaning, unsigned locked, int group, KeyChoice& choice) {
     for (const KeySym symbol : {meaning.symbol, meaning.substitute}) {
-        if (symbol != NoSymbol && FindKey(map_, symbol, locked, group, choice))
+        if (symbol != NoSymbol && FindKey(map_, symbol, locked, group, choice)) {
             return true;
+        }
     }
     const KeySym last = meaning.substitute != NoSymbol ? meaning.substitute : meaning.symbol;
     return Borrow(last) && FindKey(map_, last, locked, group, choice);
@@ -270,12 +296,14 @@ bool XtestKeyboard::Borrow(KeySym symbol) {
     const SpareType type = TypeForSpareKeys(map_);
     if (borrowed_.empty() || borrowed_.back().used >= type.levels) {
         bool taken[256] = {};
-        for (const Borrowed& key : borrowed_)
+        for (const Borrowed& key : borrowed_) {
             taken[key.key] = true;
+        }
         KeyCode key = SpareKey(map_, taken);
         if (key == 0) {
-            if (borrowed_.empty())
+            if (borrowed_.empty()) {
                 return false;
+            }
             key = borrowed_.front().key;
             borrowed_.erase(borrowed_.begin());
         }
@@ -293,8 +321,9 @@ void XtestKeyboard::EmitBesideHeldKeys(const KeyChoice& choice) {
     HeldKeys::Forget(display, again_);
     const HeldKeys held(display, map_, choice.key);
     held.Release();
-    if (state_.latched_mods != 0)
+    if (state_.latched_mods != 0) {
         XkbLatchModifiers(display, XkbUseCoreKbd, AllModifiers, 0);
+    }
     Emit(choice);
     held.Restore(again_);
 }
@@ -305,35 +334,43 @@ void XtestKeyboard::Emit(const KeyChoice& choice) {
     KeyCode pressed[8];
     int count = 0;
     for (unsigned bit = 1; bit <= Mod5Mask; bit <<= 1) {
-        if ((choice.press & bit) == 0)
+        if ((choice.press & bit) == 0) {
             continue;
+        }
         const KeyCode key = ModifierKey(map_, bit);
-        if (key != 0)
+        if (key != 0) {
             pressed[count++] = key;
-        else
+        } else {
             locks |= bit;  // no key holds it down
+        }
     }
-    if (locks != state_.locked_mods)
+    if (locks != state_.locked_mods) {
         XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, locks);
-    for (int i = 0; i < count; ++i)
+    }
+    for (int i = 0; i < count; ++i) {
         Press(pressed[i]);
+    }
     Press(choice.key);
     Fake(choice.key, false);
-    for (int i = count; i-- > 0;)
+    for (int i = count; i-- > 0;) {
         Fake(pressed[i], false);
-    if (locks != state_.locked_mods)
+    }
+    if (locks != state_.locked_mods) {
         XkbLockModifiers(display, XkbUseCoreKbd, AllModifiers, state_.locked_mods);
+    }
 }
 
 void XtestKeyboard::ReleaseAll() {
     shift_ = false;
-    if (!connection_.Usable())
+    if (!connection_.Usable()) {
         return;
+    }
     HeldKeys::Forget(connection_.Get(), again_);
     TakeNews();
     KeySym none[] = {NoSymbol};
-    for (const Borrowed& key : borrowed_)
+    for (const Borrowed& key : borrowed_) {
         XChangeKeyboardMapping(connection_.Get(), key.key, 1, none, 1);
+    }
     borrowed_.clear();
     XSync(connection_.Get(), False);
 }

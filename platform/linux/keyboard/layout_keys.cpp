@@ -30,8 +30,9 @@ xkb_mod_mask_t Modifier(xkb_keymap* map, const char* name) {
 xkb_mod_mask_t ThirdLevelModifier(xkb_keymap* map) {
     const std::unique_ptr<xkb_state, void (*)(xkb_state*)> state(xkb_state_new(map), xkb_state_unref);
     constexpr xkb_keycode_t RightAlt = KEY_RIGHTALT + FirstCode;
-    if (!state || xkb_state_key_get_one_sym(state.get(), RightAlt) != XKB_KEY_ISO_Level3_Shift)
+    if (!state || xkb_state_key_get_one_sym(state.get(), RightAlt) != XKB_KEY_ISO_Level3_Shift) {
         return 0;
+    }
     xkb_state_update_key(state.get(), RightAlt, XKB_KEY_DOWN);
     return xkb_state_serialize_mods(state.get(), XKB_STATE_MODS_DEPRESSED);
 }
@@ -41,15 +42,18 @@ xkb_mod_mask_t ThirdLevelModifier(xkb_keymap* map) {
 std::optional<LayoutKeys> LayoutKeys::Load(const std::string& layout) {
     const std::unique_ptr<xkb_context, void (*)(xkb_context*)> context(xkb_context_new(XKB_CONTEXT_NO_FLAGS),
                                                                        xkb_context_unref);
-    if (!context)
+    if (!context) {
         return std::nullopt;
-    if (std::getenv("XKB_LOG_LEVEL") == nullptr)
+    }
+    if (std::getenv("XKB_LOG_LEVEL") == nullptr) {
         xkb_context_set_log_level(context.get(), XKB_LOG_LEVEL_CRITICAL);
+    }
     const std::size_t bracket = layout.find('(');
     const std::string name = layout.substr(0, bracket);
     std::string variant;
-    if (bracket != std::string::npos && layout.ends_with(')'))
+    if (bracket != std::string::npos && layout.ends_with(')')) {
         variant = layout.substr(bracket + 1, layout.size() - bracket - 2);
+    }
     xkb_rule_names names{};
     if (!layout.empty()) {
         names.layout = name.c_str();
@@ -57,10 +61,12 @@ std::optional<LayoutKeys> LayoutKeys::Load(const std::string& layout) {
         names.options = "";
     }
     LayoutKeys keys;
-    if (xkb_keymap* map = xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS))
+    if (xkb_keymap* map = xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS)) {
         keys.map_ = std::shared_ptr<xkb_keymap>(map, xkb_keymap_unref);
-    if (!keys.map_)
+    }
+    if (!keys.map_) {
         return std::nullopt;
+    }
     keys.FillTable(false);
     keys.FillTable(true);
     return keys;
@@ -70,8 +76,9 @@ std::optional<LayoutKeys> LayoutKeys::Load(const std::string& layout) {
 void LayoutKeys::FillTable(bool capsLock) {
     xkb_keymap* map = map_.get();
     const std::unique_ptr<xkb_state, void (*)(xkb_state*)> state(xkb_state_new(map), xkb_state_unref);
-    if (!state)
+    if (!state) {
         return;
+    }
     const xkb_mod_mask_t shift = Modifier(map, XKB_MOD_NAME_SHIFT);
     const xkb_mod_mask_t lock = capsLock ? Modifier(map, XKB_MOD_NAME_CAPS) : 0;
     const xkb_mod_mask_t third = ThirdLevelModifier(map);
@@ -80,8 +87,9 @@ void LayoutKeys::FillTable(bool capsLock) {
         xkb_state_update_mask(state.get(), press, 0, lock, 0, 0, 0);
         for (xkb_keycode_t code = xkb_keymap_min_keycode(map); code <= last; ++code) {
             const xkb_keysym_t symbol = xkb_state_key_get_one_sym(state.get(), code);
-            if (symbol == XKB_KEY_NoSymbol || code <= FirstCode)
+            if (symbol == XKB_KEY_NoSymbol || code <= FirstCode) {
                 continue;
+            }
             const LayoutKey key{static_cast<unsigned short>(code - FirstCode), (press & shift) != 0,
                                 third != 0 && (press & third) != 0};
             tables_[capsLock].try_emplace(symbol, key);
@@ -90,25 +98,30 @@ void LayoutKeys::FillTable(bool capsLock) {
 }
 
 LayoutStroke LayoutKeys::ForSymbol(unsigned symbol, const Table& table) const {
-    if (const auto found = table.find(symbol); found != table.end())
+    if (const auto found = table.find(symbol); found != table.end()) {
         return {{found->second, {}}, 1};
+    }
     for (const DeadKey& key : DeadKeys) {
         const auto dead = table.find(key.dead);
-        if (key.symbol == symbol && dead != table.end())
+        if (key.symbol == symbol && dead != table.end()) {
             return {{dead->second, {KEY_SPACE, false, false}}, 2};
+        }
     }
     return {};
 }
 
 LayoutStroke LayoutKeys::For(BYTE virtualKey, bool shift, bool capsLock) const {
     const KeyMeaning meaning = MeaningOf(virtualKey, shift);
-    if (meaning.symbol == NoSymbol)
+    if (meaning.symbol == NoSymbol) {
         return {};
+    }
     LayoutStroke stroke = ForSymbol(static_cast<unsigned>(meaning.symbol), tables_[capsLock]);
-    if (stroke.Count == 0 && meaning.substitute != NoSymbol)
+    if (stroke.Count == 0 && meaning.substitute != NoSymbol) {
         stroke = ForSymbol(static_cast<unsigned>(meaning.substitute), tables_[capsLock]);
-    if (!meaning.isCharacter && shift)
+    }
+    if (!meaning.isCharacter && shift) {
         stroke.Keys[0].Shift = true;
+    }
     return stroke;
 }
 
@@ -117,8 +130,9 @@ std::string LayoutKeys::Missing() const {
     for (unsigned key = 0; key < 256; ++key) {
         for (const bool shift : {false, true}) {
             const KeyMeaning meaning = MeaningOf(static_cast<BYTE>(key), shift);
-            if (!meaning.isCharacter || For(static_cast<BYTE>(key), shift, false).Count != 0)
+            if (!meaning.isCharacter || For(static_cast<BYTE>(key), shift, false).Count != 0) {
                 continue;
+            }
             char character[8] = {};
             xkb_keysym_to_utf8(static_cast<xkb_keysym_t>(meaning.symbol), character, sizeof character);
             missing += (missing.empty() ? "" : " ") + std::string(character);

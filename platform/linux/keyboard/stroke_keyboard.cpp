@@ -13,10 +13,12 @@ void StrokeKeyboard::WaitForRoom() {
 }
 
 void StrokeKeyboard::Key(BYTE key, bool up) {
-    if (key == VK_SHIFT)
+    if (key == VK_SHIFT) {
         shift_ = !up;
-    if (key == VK_SHIFT || up || !Ready())
+    }
+    if (key == VK_SHIFT || up || !Ready()) {
         return;
+    }
     const LayoutStroke stroke = keys_.For(key, shift_, CapsLock());
     for (const LayoutKey& part : stroke.All()) {
         WaitForRoom();

@@ -25,14 +25,17 @@ constexpr Pair Characters[] = {
 }  // namespace
 
 KeyMeaning MeaningOf(BYTE virtualKey, bool shift) {
-    if (virtualKey >= 'A' && virtualKey <= 'Z')
+    if (virtualKey >= 'A' && virtualKey <= 'Z') {
         return {static_cast<KeySym>(shift ? virtualKey : virtualKey - 'A' + 'a'), NoSymbol, true};
-    for (const Pair& pair : Characters) {
-        if (pair.key == virtualKey)
-            return {static_cast<KeySym>(shift ? pair.shifted : pair.plain), NoSymbol, true};
     }
-    if (virtualKey >= FirstFunctionKey && virtualKey <= LastFunctionKey)
+    for (const Pair& pair : Characters) {
+        if (pair.key == virtualKey) {
+            return {static_cast<KeySym>(shift ? pair.shifted : pair.plain), NoSymbol, true};
+        }
+    }
+    if (virtualKey >= FirstFunctionKey && virtualKey <= LastFunctionKey) {
         return {static_cast<KeySym>(XK_F1 + (virtualKey - FirstFunctionKey)), NoSymbol, false};
+    }
     switch (virtualKey) {
         case VK_RETURN:
             return {XK_Return, NoSymbol, false};

@@ -56,8 +56,9 @@ int MakeFile(const std::string& text) {
 WaylandConnection::Result WaylandConnection::Open(const std::string& keyMap) {
     Close();
     display_ = wl_display_connect(nullptr);
-    if (display_ == nullptr)
+    if (display_ == nullptr) {
         return Result::NoDisplay;
+    }
     registry_ = wl_display_get_registry(display_);
     wl_registry_add_listener(registry_, &RegistryListener, &offers_);
     if (!RoundTrip()) {
@@ -72,22 +73,27 @@ WaylandConnection::Result WaylandConnection::Open(const std::string& keyMap) {
         // The answer also says whether we may have a keyboard.
         const bool taken = RoundTrip();
         close(file);
-        if (taken)
+        if (taken) {
             return Result::Connected;
+        }
     }
     Close();
     return Result::NoProtocol;
 }
 
 void WaylandConnection::Close() {
-    if (display_ == nullptr)
+    if (display_ == nullptr) {
         return;
-    if (keyboard_ != nullptr)
+    }
+    if (keyboard_ != nullptr) {
         zwp_virtual_keyboard_v1_destroy(keyboard_);
-    if (offers_.manager != nullptr)
+    }
+    if (offers_.manager != nullptr) {
         zwp_virtual_keyboard_manager_v1_destroy(offers_.manager);
-    if (offers_.seat != nullptr)
+    }
+    if (offers_.seat != nullptr) {
         wl_seat_destroy(offers_.seat);
+    }
     wl_registry_destroy(registry_);
     wl_display_flush(display_);
     wl_display_disconnect(display_);
@@ -110,30 +116,36 @@ bool WaylandConnection::RoundTrip() {
     const auto until = Clock::now() + LongestWait;
     Flush();
     while (!answered) {
-        while (wl_display_prepare_read(display_) != 0)
+        while (wl_display_prepare_read(display_) != 0) {
             wl_display_dispatch_pending(display_);
+        }
         if (answered || wl_display_get_error(display_) != 0 || !Await(POLLIN, until)) {
             wl_display_cancel_read(display_);
             break;
         }
-        if (wl_display_read_events(display_) < 0 || wl_display_dispatch_pending(display_) < 0)
+        if (wl_display_read_events(display_) < 0 || wl_display_dispatch_pending(display_) < 0) {
             break;
+        }
     }
-    if (!answered)
+    if (!answered) {
         wl_callback_destroy(callback);
+    }
     return answered && wl_display_get_error(display_) == 0;
 }
 
 // Takes what the display server has to say; nobody else does, and it must not pile up.
 bool WaylandConnection::Usable() {
-    if (keyboard_ == nullptr)
+    if (keyboard_ == nullptr) {
         return false;
-    while (wl_display_prepare_read(display_) != 0)
+    }
+    while (wl_display_prepare_read(display_) != 0) {
         wl_display_dispatch_pending(display_);
-    if (Await(POLLIN, Clock::now()))
+    }
+    if (Await(POLLIN, Clock::now())) {
         wl_display_read_events(display_);
-    else
+    } else {
         wl_display_cancel_read(display_);
+    }
     return wl_display_dispatch_pending(display_) >= 0 && wl_display_get_error(display_) == 0;
 }
 

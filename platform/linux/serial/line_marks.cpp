@@ -16,14 +16,16 @@ LineMarks::Result LineMarks::Take(BYTE byte) {
                 return {{}, 0, false};
             }
             state_ = State::Plain;
-            if (byte == 0xFF)
+            if (byte == 0xFF) {
                 return {{0xFF}, 1, false};
+            }
             // No line discipline sends this; losing a byte would be worse than passing both on.
             return {{0xFF, byte}, 2, false};
         case State::MarkZero:
             state_ = State::Plain;
-            if (byte == 0)
+            if (byte == 0) {
                 return {{}, 0, true};
+            }
             return {{byte}, 1, false};
     }
     return {{}, 0, false};

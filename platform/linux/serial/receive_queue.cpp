@@ -9,8 +9,9 @@ void ReceiveQueue::Add(std::span<const BYTE> raw, WireTrace* seen) {
     for (const BYTE byte : raw) {
         const LineMarks::Result result = marks_.Take(byte);
         Broke |= result.broke;
-        for (int i = 0; i < result.count && count_ < Size; ++i)
+        for (int i = 0; i < result.count && count_ < Size; ++i) {
             bytes_[(first_ + count_++) % Size] = result.bytes[i];
+        }
     }
     if (seen != nullptr && count_ != before) {
         std::vector<BYTE> added;
@@ -23,8 +24,9 @@ void ReceiveQueue::Add(std::span<const BYTE> raw, WireTrace* seen) {
 
 DWORD ReceiveQueue::Take(BYTE* buffer, DWORD size) {
     const DWORD taken = static_cast<DWORD>(std::min<std::size_t>(size, count_));
-    for (DWORD i = 0; i < taken; ++i)
+    for (DWORD i = 0; i < taken; ++i) {
         buffer[i] = bytes_[(first_ + i) % Size];
+    }
     first_ = (first_ + taken) % Size;
     count_ -= taken;
     return taken;

@@ -78,15 +78,18 @@ BOOL WaitCommEvent(HANDLE port, LPDWORD events, LPOVERLAPPED overlapped) {
 
 BOOL ClearCommError(HANDLE port, LPDWORD errors, COMSTAT* status) {
     const auto found = layer::PortOf(port);
-    if (!found)
+    if (!found) {
         return FALSE;
+    }
     DWORD errorBits = 0;
     COMSTAT counts{};
     const BOOL done = found->ClearError(errorBits, counts);
-    if (errors != nullptr)
+    if (errors != nullptr) {
         *errors = errorBits;
-    if (status != nullptr)
+    }
+    if (status != nullptr) {
         *status = counts;
+    }
     return done;
 }
 

@@ -106,17 +106,20 @@ class Tty : public SerialPort {
 // Moves what the tty holds into the queue; says whether the tty is still there. What does not fit stays in
 // the tty, unless nobody waits for bytes.
 bool Tty::Pump(bool discardExcess) {
-    if (!line_)
+    if (!line_) {
         return false;
+    }
     std::array<BYTE, 512> chunk;
     bool arrived = false;
     while (queue_.Room() > 0 || discardExcess) {
         const std::size_t wanted = discardExcess ? chunk.size() : std::min(chunk.size(), queue_.Room());
         const ssize_t got = read(line_->Fd(), chunk.data(), wanted);
-        if (got < 0 && errno == EINTR)
+        if (got < 0 && errno == EINTR) {
             continue;
-        if (got < 0 && errno == EAGAIN)
+        }
+        if (got < 0 && errno == EAGAIN) {
             break;
+        }
         if (got <= 0) {
             Lose(line_);
             break;
@@ -133,17 +136,21 @@ bool Tty::Pump(bool discardExcess) {
 
 // Tries to use a reader that has come back, as the lost one was set up.
 bool Tty::Reopen() {
-    if (closed_)
+    if (closed_) {
         return false;
-    if (line_)
+    }
+    if (line_) {
         return true;
+    }
     // A pseudo-terminal never comes back, but its name soon goes to a stranger's: somebody has to link anew.
     const std::uint64_t link = LinkIdentity(path_);
-    if (pseudo_ && link == link_)
+    if (pseudo_ && link == link_) {
         return false;
+    }
     line_ = TtyLine::Open(path_, state_.BaudRate);
-    if (!line_)
+    if (!line_) {
         return false;
+    }
     link_ = link;
     pseudo_ = line_->IsPseudo();
     line_->SetModemLines(state_.fDtrControl != DTR_CONTROL_DISABLE,
@@ -155,8 +162,9 @@ bool Tty::Reopen() {
 }
 
 void Tty::Lose(const std::shared_ptr<TtyLine>& line) {
-    if (!line || line_ != line)
+    if (!line || line_ != line) {
         return;
+    }
     line_->Unlock();
     line_.reset();
     Note("lost");
@@ -165,25 +173,31 @@ void Tty::Lose(const std::shared_ptr<TtyLine>& line) {
 }
 
 void Tty::Note(std::string_view what) const {
-    if (trace_)
+    if (trace_) {
         trace_->Changed(what);
+    }
 }
 
 // Only what changes is noted.
 void Tty::NoteState(const DCB& state) const {
-    if (!trace_)
+    if (!trace_) {
         return;
-    if (state.BaudRate != state_.BaudRate)
+    }
+    if (state.BaudRate != state_.BaudRate) {
         Note("rate " + std::to_string(state.BaudRate));
-    if (state.fDtrControl != state_.fDtrControl)
+    }
+    if (state.fDtrControl != state_.fDtrControl) {
         Note(state.fDtrControl != DTR_CONTROL_DISABLE ? "dtr on" : "dtr off");
-    if (state.fRtsControl != state_.fRtsControl)
+    }
+    if (state.fRtsControl != state_.fRtsControl) {
         Note(state.fRtsControl != RTS_CONTROL_DISABLE ? "rts on" : "rts off");
+    }
 }
 
 void Tty::WakeAll() {
-    for (const Sleeper* sleeper = sleepers_; sleeper != nullptr; sleeper = sleeper->next)
+    for (const Sleeper* sleeper = sleepers_; sleeper != nullptr; sleeper = sleeper->next) {
         WakeFd(sleeper->wake);
+    }
 }
 
 // Sleeps without the lock until the tty has one of the events, the thread is woken, or the time has come.
@@ -198,8 +212,9 @@ void Tty::Sleep(Lock& lock, int wake, const std::shared_ptr<TtyLine>& line, shor
         const auto left = std::chrono::ceil<milliseconds>(until - Now()).count();
         timeout = static_cast<int>(std::clamp<long long>(left, 0, 60000));
     }
-    if (wake < 0)
+    if (wake < 0) {
         timeout = timeout < 0 ? 20 : std::min(timeout, 20);
+    }
     std::array<pollfd, 2> fds{{{wake, POLLIN, 0}, {used ? used->Fd() : -1, events, 0}}};
     poll(fds.data(), fds.size(), timeout);
     ClearWakeFd(wake);
@@ -218,14 +233,18 @@ Moment Tty::ReadEnd(DWORD size, Moment start) const {
     const DWORD interval = timeouts_.ReadIntervalTimeout, multiplier = timeouts_.ReadTotalTimeoutMultiplier,
                 constant = timeouts_.ReadTotalTimeoutConstant;
     Moment end = Never;
-    if (interval == MAXDWORD && multiplier == 0 && constant == 0)
+    if (interval == MAXDWORD && multiplier == 0 && constant == 0) {
         return start;
-    if (interval == MAXDWORD && multiplier == MAXDWORD)
+    }
+    if (interval == MAXDWORD && multiplier == MAXDWORD) {
         return queue_.Count() > 0 ? start : start + milliseconds(constant);
-    if (multiplier != 0 || constant != 0)
+    }
+    if (multiplier != 0 || constant != 0) {
         end = start + milliseconds(std::uint64_t{multiplier} * size + constant);
-    if (interval != 0 && interval != MAXDWORD && queue_.Count() > 0)
+    }
+    if (interval != 0 && interval != MAXDWORD && queue_.Count() > 0) {
         end = std::min(end, lastArrival_ + milliseconds(interval));
+    }
     return end;
 }
 
@@ -245,16 +264,19 @@ BOOL Tty::Read(void* buffer, DWORD size, DWORD& read) {
             lock.lock();
             continue;
         }
-        if (closed_ || aborted != readsAborted_)
+        if (closed_ || aborted != readsAborted_) {
             return FALSE;
+        }
         const bool live = Pump(false) || Reopen();
-        if (!live && queue_.Count() == 0)
+        if (!live && queue_.Count() == 0) {
             return FALSE;
+        }
         const Moment end = ReadEnd(size, start);
         if (queue_.Count() >= wanted || !live || Now() >= end) {
             const Taking taking;
-            if (!taking.Granted())
+            if (!taking.Granted()) {
                 continue;
+            }
             read = queue_.Take(static_cast<BYTE*>(buffer), size);
             return TRUE;
         }
@@ -264,13 +286,15 @@ BOOL Tty::Read(void* buffer, DWORD size, DWORD& read) {
 
 BOOL Tty::Write(const void* buffer, DWORD size, DWORD& written) {
     written = 0;
-    if (size == 0)
+    if (size == 0) {
         return TRUE;
+    }
     const int wake = ThreadWakeFd();
     const std::lock_guard turn(writing_);
     Lock lock(mutex_);
-    if (!Reopen())
+    if (!Reopen()) {
         return FALSE;
+    }
     const unsigned aborted = writesAborted_;
     const std::shared_ptr<TtyLine> line = line_;
     Moment end = Never;
@@ -280,16 +304,19 @@ BOOL Tty::Write(const void* buffer, DWORD size, DWORD& written) {
                                    timeouts_.WriteTotalTimeoutConstant + line->LineTime(size));
     }
     while (written < size) {
-        if (closed_ || aborted != writesAborted_)
+        if (closed_ || aborted != writesAborted_) {
             return FALSE;
+        }
         const ssize_t put = write(line->Fd(), static_cast<const BYTE*>(buffer) + written, size - written);
         if (put > 0) {
-            if (trace_)
+            if (trace_) {
                 trace_->Sent({static_cast<const BYTE*>(buffer) + written, static_cast<std::size_t>(put)});
+            }
             written += static_cast<DWORD>(put);
         } else if (put < 0 && errno == EAGAIN) {
-            if (Now() >= end)
+            if (Now() >= end) {
                 break;
+            }
             Sleep(lock, wake, line, POLLOUT, end);
         } else if (put == 0 || errno != EINTR) {
             Lose(line);
@@ -303,8 +330,9 @@ BOOL Tty::Write(const void* buffer, DWORD size, DWORD& written) {
 
 BOOL Tty::GetState(DCB& state) {
     const Lock lock(mutex_);
-    if (closed_)
+    if (closed_) {
         return FALSE;
+    }
     state = state_;
     return TRUE;
 }
@@ -314,12 +342,14 @@ BOOL Tty::SetState(const DCB& state) {
                            state.StopBits == ONESTOPBIT && !state.fOutxCtsFlow && !state.fOutxDsrFlow &&
                            !state.fDsrSensitivity && !state.fOutX && !state.fInX && !state.fNull &&
                            state.fDtrControl <= DTR_CONTROL_ENABLE && state.fRtsControl <= RTS_CONTROL_ENABLE;
-    if (!supported)
+    if (!supported) {
         return FALSE;
+    }
     const std::lock_guard turn(writing_);
     Lock lock(mutex_);
-    if (!Reopen())
+    if (!Reopen()) {
         return FALSE;
+    }
     const std::shared_ptr<TtyLine> line = line_;
     const bool dropsRts =
         state_.fRtsControl != RTS_CONTROL_DISABLE && state.fRtsControl == RTS_CONTROL_DISABLE;
@@ -328,11 +358,13 @@ BOOL Tty::SetState(const DCB& state) {
         lock.unlock();
         line->WaitSent();
         lock.lock();
-        if (line_ != line)
+        if (line_ != line) {
             return FALSE;
+        }
     }
-    if (!line->SetSpeed(state.BaudRate))
+    if (!line->SetSpeed(state.BaudRate)) {
         return FALSE;
+    }
     line->SetModemLines(state.fDtrControl != DTR_CONTROL_DISABLE, state.fRtsControl != RTS_CONTROL_DISABLE);
     NoteState(state);
     state_ = state;
@@ -347,8 +379,9 @@ BOOL Tty::GetTimeouts(COMMTIMEOUTS& timeouts) {
 
 BOOL Tty::SetTimeouts(const COMMTIMEOUTS& timeouts) {
     const Lock lock(mutex_);
-    if (closed_)
+    if (closed_) {
         return FALSE;
+    }
     timeouts_ = timeouts;
     WakeAll();
     return TRUE;
@@ -356,17 +389,22 @@ BOOL Tty::SetTimeouts(const COMMTIMEOUTS& timeouts) {
 
 BOOL Tty::Purge(DWORD flags) {
     const Lock lock(mutex_);
-    if (closed_)
+    if (closed_) {
         return FALSE;
-    if (flags & PURGE_TXABORT)
+    }
+    if (flags & PURGE_TXABORT) {
         ++writesAborted_;
-    if (flags & PURGE_RXABORT)
+    }
+    if (flags & PURGE_RXABORT) {
         ++readsAborted_;
-    if ((flags & PURGE_TXCLEAR) && line_)
+    }
+    if ((flags & PURGE_TXCLEAR) && line_) {
         line_->DiscardOutput();
+    }
     if (flags & PURGE_RXCLEAR) {
-        if (line_)
+        if (line_) {
             line_->DiscardInput();
+        }
         queue_.Clear();
     }
     WakeAll();
@@ -375,8 +413,9 @@ BOOL Tty::Purge(DWORD flags) {
 
 BOOL Tty::SetMask(DWORD mask) {
     const Lock lock(mutex_);
-    if (closed_)
+    if (closed_) {
         return FALSE;
+    }
     mask_ = mask;
     queue_.Broke = false;
     ++masksSet_;
@@ -398,28 +437,33 @@ BOOL Tty::WaitEvent(DWORD& events) {
             lock.lock();
             continue;
         }
-        if (closed_)
+        if (closed_) {
             return FALSE;
-        if (masksSet_ != masksSet)
+        }
+        if (masksSet_ != masksSet) {
             return TRUE;
+        }
         if (mask_ == 0) {
             // Nothing to wait for until another thread says so, or closes the port.
             Sleep(lock, wake, nullptr, 0, Never);
             continue;
         }
         const bool live = Pump((mask_ & EV_RXCHAR) == 0);
-        if (queue_.Broke && (mask_ & EV_BREAK) != 0)
+        if (queue_.Broke && (mask_ & EV_BREAK) != 0) {
             events |= EV_BREAK;
-        if (queue_.Count() > 0 && (mask_ & EV_RXCHAR) != 0)
+        }
+        if (queue_.Count() > 0 && (mask_ & EV_RXCHAR) != 0) {
             events |= EV_RXCHAR;
+        }
         if (events != 0) {
             const Taking taking;
             if (!taking.Granted()) {
                 events = 0;
                 continue;
             }
-            if (events & EV_BREAK)
+            if (events & EV_BREAK) {
                 queue_.Broke = false;
+            }
             return TRUE;
         }
         if (live || (waitedUnplugged && Reopen())) {
@@ -429,8 +473,9 @@ BOOL Tty::WaitEvent(DWORD& events) {
             return FALSE;
         } else {
             const Moment until = Now() + UnpluggedPause;
-            while (!closed_ && masksSet_ == masksSet && !ParkRequested() && Now() < until)
+            while (!closed_ && masksSet_ == masksSet && !ParkRequested() && Now() < until) {
                 Sleep(lock, wake, nullptr, 0, until);
+            }
             waitedUnplugged = Now() >= until;
         }
     }
@@ -440,8 +485,9 @@ BOOL Tty::ClearError(DWORD& errors, COMSTAT& status) {
     const Lock lock(mutex_);
     errors = 0;
     status = COMSTAT{};
-    if (closed_ || !Pump(false))
+    if (closed_ || !Pump(false)) {
         return FALSE;
+    }
     status.cbInQue = static_cast<DWORD>(queue_.Count());
     status.cbOutQue = line_->Queued();
     return TRUE;
@@ -449,16 +495,18 @@ BOOL Tty::ClearError(DWORD& errors, COMSTAT& status) {
 
 BOOL Tty::SetBreak(bool on) {
     const Lock lock(mutex_);
-    if (!line_ || !line_->SetBreak(on))
+    if (!line_ || !line_->SetBreak(on)) {
         return FALSE;
+    }
     Note(on ? "break on" : "break off");
     return TRUE;
 }
 
 bool Tty::Close() {
     const Lock lock(mutex_);
-    if (!closed_)
+    if (!closed_) {
         Note("close");
+    }
     closed_ = true;
     if (line_) {
         // A thread on its way out of a wait may hold the line a moment longer; the port is free already.
@@ -474,11 +522,13 @@ bool Tty::Close() {
 
 std::shared_ptr<SerialPort> OpenTty(const std::string& name) {
     std::string port;
-    for (const char c : name)
+    for (const char c : name) {
         port += static_cast<char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
+    }
     if (port.size() != 5 || port.compare(0, 3, "COM") != 0 || port[3] < '0' || port[3] > '9' ||
-        port[4] != ':')
+        port[4] != ':') {
         return nullptr;
+    }
     const std::string path = TerminalFolder() + "/" + port.substr(0, 4);
     const std::uint64_t link = LinkIdentity(path);
     std::shared_ptr<TtyLine> line = TtyLine::Open(path, 0);

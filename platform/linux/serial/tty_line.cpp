@@ -95,12 +95,14 @@ std::uint64_t LinkIdentity(std::string path) {
     for (int i = 0; i < MostLinks && lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode); ++i) {
         for (const std::uint64_t part :
              {static_cast<std::uint64_t>(status.st_ino), static_cast<std::uint64_t>(status.st_ctim.tv_sec),
-              static_cast<std::uint64_t>(status.st_ctim.tv_nsec)})
+              static_cast<std::uint64_t>(status.st_ctim.tv_nsec)}) {
             identity = (identity ^ part) * 1099511628211u;
+        }
         char target[PATH_MAX];
         const ssize_t length = readlink(path.c_str(), target, sizeof target);
-        if (length <= 0)
+        if (length <= 0) {
             break;
+        }
         const std::string next(target, static_cast<std::size_t>(length));
         path = next[0] == '/' ? next : path.substr(0, path.rfind('/') + 1) + next;
     }
@@ -118,14 +120,17 @@ std::shared_ptr<TtyLine> TtyLine::Open(const std::string& path, DWORD speed) {
         close(std::exchange(fd, -1));
         otherEnd = OpenSilentLine(fd);
     }
-    if (fd < 0)
+    if (fd < 0) {
         return nullptr;
+    }
     std::shared_ptr<TtyLine> line(new TtyLine(fd, IsPseudoTerminal(fd), otherEnd));
-    if (!isatty(fd) || flock(fd, LOCK_EX | LOCK_NB) != 0)
+    if (!isatty(fd) || flock(fd, LOCK_EX | LOCK_NB) != 0) {
         return nullptr;
+    }
     // On a pseudo-terminal the exclusive mark outlives the close and locks an ordinary user out for good.
-    if (!line->pseudo_)
+    if (!line->pseudo_) {
         ioctl(fd, TIOCEXCL);
+    }
     if (!line->Configure(speed)) {
         line->Unlock();
         return nullptr;
@@ -135,14 +140,16 @@ std::shared_ptr<TtyLine> TtyLine::Open(const std::string& path, DWORD speed) {
 
 TtyLine::~TtyLine() {
     close(fd_);
-    if (otherEnd_ >= 0)
+    if (otherEnd_ >= 0) {
         close(otherEnd_);
+    }
 }
 
 bool TtyLine::Configure(DWORD speed) {
     termios settings{};
-    if (tcgetattr(fd_, &settings) != 0)
+    if (tcgetattr(fd_, &settings) != 0) {
         return false;
+    }
     cfmakeraw(&settings);
     settings.c_iflag &= ~static_cast<tcflag_t>(IGNPAR | INPCK | IXOFF | IXANY);
     settings.c_iflag |= PARMRK;  // with BRKINT and IGNBRK off, a break shows as FF 00 00
@@ -151,19 +158,22 @@ bool TtyLine::Configure(DWORD speed) {
     settings.c_cc[VMIN] = 1;  // so that a read of nothing means a line that has gone
     settings.c_cc[VTIME] = 0;
     const SpeedCode* code = FindSpeed(speed);
-    if (code != nullptr)
+    if (code != nullptr) {
         cfsetspeed(&settings, code->code);
+    }
     return tcsetattr(fd_, TCSANOW, &settings) == 0;
 }
 
 DWORD TtyLine::Speed() const {
     termios settings{};
-    if (tcgetattr(fd_, &settings) != 0)
+    if (tcgetattr(fd_, &settings) != 0) {
         return 0;
+    }
     const speed_t code = cfgetospeed(&settings);
     for (const SpeedCode& known : Speeds) {
-        if (known.code == code)
+        if (known.code == code) {
             return known.speed;
+        }
     }
     return 0;
 }
@@ -171,18 +181,21 @@ DWORD TtyLine::Speed() const {
 bool TtyLine::SetSpeed(DWORD speed) {
     const SpeedCode* code = FindSpeed(speed);
     termios settings{};
-    if (code == nullptr || tcgetattr(fd_, &settings) != 0)
+    if (code == nullptr || tcgetattr(fd_, &settings) != 0) {
         return false;
-    if (cfgetospeed(&settings) == code->code && cfgetispeed(&settings) == code->code)
+    }
+    if (cfgetospeed(&settings) == code->code && cfgetispeed(&settings) == code->code) {
         return true;
+    }
     cfsetspeed(&settings, code->code);
     // tcsetattr is content when any part of the wish came true: ask what became of the speed.
     return tcsetattr(fd_, TCSANOW, &settings) == 0 && Speed() == speed;
 }
 
 void TtyLine::SetModemLines(bool dtr, bool rts) {
-    if (pseudo_)
+    if (pseudo_) {
         return;
+    }
     int on = (dtr ? TIOCM_DTR : 0) | (rts ? TIOCM_RTS : 0);
     int off = (TIOCM_DTR | TIOCM_RTS) & ~on;
     ioctl(fd_, TIOCMBIC, &off);
@@ -199,8 +212,9 @@ void TtyLine::DiscardInput() {
 
 void TtyLine::DiscardOutput() {
     // What was written to a pseudo-terminal has left: only a line has an output queue.
-    if (!pseudo_)
+    if (!pseudo_) {
         tcflush(fd_, TCOFLUSH);
+    }
     // Nobody else takes it there, and it would fill up.
     char dropped[256];
     while (otherEnd_ >= 0 && read(otherEnd_, dropped, sizeof dropped) > 0) {
@@ -219,12 +233,14 @@ DWORD TtyLine::LineTime(DWORD bytes) const {
 }
 
 void TtyLine::WaitSent() const {
-    if (pseudo_)
+    if (pseudo_) {
         return;
+    }
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::milliseconds(LineTime(0) + 100);
-    while (Queued() > 0 && Clock::now() < deadline)
+    while (Queued() > 0 && Clock::now() < deadline) {
         Pause(1);
+    }
     unsigned status = 0;
     if (ioctl(fd_, TIOCSERGETLSR, &status) != 0) {
         // Many USB adapters do not tell; they hold at most a few bytes back.
@@ -233,14 +249,16 @@ void TtyLine::WaitSent() const {
     }
     while ((status & TIOCSER_TEMT) == 0 && Clock::now() < deadline) {
         Pause(1);
-        if (ioctl(fd_, TIOCSERGETLSR, &status) != 0)
+        if (ioctl(fd_, TIOCSERGETLSR, &status) != 0) {
             return;
+        }
     }
 }
 
 void TtyLine::Unlock() {
-    if (!pseudo_)
+    if (!pseudo_) {
         ioctl(fd_, TIOCNXCL);
+    }
     flock(fd_, LOCK_UN);
 }
 
