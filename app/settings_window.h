@@ -11,8 +11,8 @@ bool SwitchReadersOff();
 // initialisation has finished, and while the firmware upgrade, which belongs to the open sheet, runs.
 void OpenSettings(HWND window);
 
-// Closes an open sheet, starts the apply thread and hides the main window: the part of WM_APPLYSETTINGS behind
-// the saving.
+// Closes an open sheet, starts the apply thread and hides the main window: the part of WM_APPLYSETTINGS
+// behind the saving.
 void SendSettings(HWND window);
 
 // WM_APPLYSETTINGS: saves the settings, closes the sheet, starts the apply thread and hides the main window.

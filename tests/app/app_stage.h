@@ -33,9 +33,9 @@ class AppStage : public WireStage {
 
     TemporaryTerminal terminal_;
     QTimer watch_;
-    std::deque<std::string> boxes_;             // texts of those that came
-    Words atBox_;                               // called while the next one is up
-    Words atTime_;                              // called at this time of the clock
+    std::deque<std::string> boxes_;  // texts of those that came
+    Words atBox_;                    // called while the next one is up
+    Words atTime_;                   // called at this time of the clock
     std::uint64_t time_ = layer::Forever;
     std::map<std::string, std::string> items_;  // of the menu that was opened last
     std::string pick_;                          // what to take of it
