@@ -47,13 +47,9 @@ def run_many(usage, subject, more=None, set_up=None):
         except Exception as failure:  # whatever it is, it is told
             found.append(f"terminal {number}: {type(failure).__name__}: {failure}; all of it is in {folder}")
         finally:
-            terminal = getattr(one, "terminal", None)
-            for process in (terminal.system, terminal.readers and terminal.readers.process) if terminal else ():
-                if process and process.poll() is None:
-                    process.kill()
-                    process.wait()
             if one:
                 counts.update(one.counts)
+                one.terminal.sweep()
             if not any(folder in line for line in found):
                 shutil.rmtree(folder, ignore_errors=True)
 

@@ -39,6 +39,7 @@ class Terminal:
                                 VANTREL_KEYBOARD=f"trace:{self.keys}", XDG_RUNTIME_DIR=str(self.folder), **environment)
         self.settings = self.home / "DiskOnChip" / "Vantrel.ini"
         self.readers = self.system = None
+        self.processes = []  # all that were started and have to go at the end
 
     def write_settings(self, content=None):
         """Those of the demonstration, with both readers switched on, if none are given."""
@@ -46,8 +47,10 @@ class Terminal:
         self.settings.write_bytes(content or settings_file())
 
     def start(self, name, *words, environment=None, **options):
-        return subprocess.Popen([str(self.programs / name), *words], text=True,
-                                env={**self.environment, **(environment or {})}, **options)
+        process = subprocess.Popen([str(self.programs / name), *words], text=True,
+                                   env={**self.environment, **(environment or {})}, **options)
+        self.processes = [one for one in self.processes if one.poll() is None] + [process]
+        return process
 
     def start_readers(self, *words):
         process = self.start("vantrel-readers", "--terminal", str(self.home), *words,
@@ -113,6 +116,19 @@ class Terminal:
             pass
         self.trigger("up")
         return wanted in self.typed()[before:]
+
+    def sweep(self):
+        """Whatever runs goes, and with it the names that killed programs have left on the machine; the readers'
+        log stays."""
+        if self.readers:
+            (self.folder / "readers.log").write_text("\n".join(self.readers.since(0)))
+        for process in self.processes:
+            if process.poll() is None:
+                process.kill()
+            process.wait()
+        if self.home.exists():
+            self.start("vantrel-watch", "--event", "--timeout", "1", stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL).wait(20)
 
     def end(self):
         """Ends the program, then the readers; their exit codes, None of what does not run."""
