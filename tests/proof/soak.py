@@ -27,7 +27,8 @@ class Soak:
         self.terminal = Terminal(programs, folder, VANTREL_TRACE=f"{folder}/wire")
         self.reader = chance.choice(sorted(LABELS))
         self.expected = []  # lines, in order
-        self.after_lost = False  # the last decode has never ended: what is sent again may belong to it
+        # The last decode has never ended, or the reader was off: what is sent again may belong to one before.
+        self.unsure = False
         self.terminal.write_settings()
         self.terminal.start_readers("--quiet", "--barcode", self.reader, "--rfid", "100")
         with open(self.terminal.folder / "standard-error", "w", encoding="utf-8") as words:
@@ -113,18 +114,18 @@ class Soak:
             self.count("labels given up by the reader")
         elif can_arrive is False:
             self.count("labels that were never whole")
-            self.after_lost = self.reader != "1d"
+            self.unsure = self.reader != "1d"
             time.sleep(0.4 if self.reader == "1d" else 0)  # a cut message has only silence for its end
-        elif self.after_lost and any("event resend" in line for line in self.terminal.readers.since(mark)):
+        elif self.unsure and any("event resend" in line for line in self.terminal.readers.since(mark)):
             self.take_if_typed(text)
         else:
-            self.after_lost = False
+            self.unsure = False
             self.expected.append(text)
             self.count("labels")
 
     def take_if_typed(self, text):
-        """A packet that comes only by its resend, after a decode that has never ended, may be that one's rest: the
-        program rather drops it, and says so, than type it."""
+        """A packet that comes only by its resend, after a decode that has never ended or a switch of the reader, may
+        be an older one's rest: the program rather drops it, and says so, than type it."""
         self.settle()
         time.sleep(0.3)
         if text in self.terminal.typed()[-1:]:
@@ -133,8 +134,8 @@ class Soak:
         elif "incomplete was dropped" not in (self.terminal.folder / "standard-error").read_text():
             raise Failure(f"with the {self.reader}, scan {self.scans}: {text} is acknowledged, not typed, not told")
         else:
-            self.count("labels dropped after a decode without its end")
-        self.after_lost = False
+            self.count("labels dropped as the rest of an older decode")
+        self.unsure = False
 
     def tag(self):
         uid = f"E007{self.random.getrandbits(48):012X}"
@@ -163,6 +164,7 @@ class Soak:
             self.count("readers switched")
         self.set_item(f"VibrateDuration={self.random.randint(1, 30)}", "ActiveDevice=" + ",".join(self.devices()))
         self.count("settings changed")
+        self.unsure = self.reader != "1d"
 
     def devices(self):
         return {"1d": "1D Reader", "laser": "1D Long Range Laser", "imager": "2D Reader"}[self.reader], "RFID Reader"
