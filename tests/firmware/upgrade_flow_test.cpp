@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -289,6 +290,30 @@ TEST_F(UpgradeByHand, DecoderWithoutFirmwareIsLoadedAfterARestart) {
     DismissDone();
     EXPECT_TRUE(Wire->Saw("event started com1 Ver 2."));
     EXPECT_TRUE(Running->End());
+}
+
+// Byte for byte, against the recorded decoder. With VANTREL_RECORD_UPGRADE=FILE it records such a trace
+// instead.
+TEST_F(UpgradeByHand, SendsWhatWasRecorded) {
+    const char* recorded = std::getenv("VANTREL_RECORD_UPGRADE");
+    FitReaders("1d", "none",
+               recorded ? std::vector<std::string>{} : std::vector<std::string>{"--replay", UPGRADE_TRACE});
+    WriteSettings(Device1D, {{&general::CheckReaderStatus, '0'}});
+    WriteWholeFile(Terminal.Path("DiskOnChip/SMALL.SHX"), SmallFirmware());
+    const std::string trace = recorded ? recorded : Terminal.Path("trace");
+    Running = std::make_unique<Vantrel>(std::vector<std::string>{"VANTREL_TRACE=" + trace},
+                                        std::vector<std::string>{"--settings"});
+    ASSERT_TRUE(SheetWindow());
+    Pause(500);
+    ASSERT_TRUE(OpenCaution());
+    Choose("small");
+    DismissDone();
+    EXPECT_TRUE(Running->End());
+    if (!recorded) {
+        for (const std::string& line : Wire->Command("state")) {
+            EXPECT_EQ(line.find("differs"), std::string::npos) << line;
+        }
+    }
 }
 
 struct Failure {
