@@ -73,7 +73,10 @@ int ReadImage(FileImage& image) {
     DWORD read = 0;
     const BOOL done = ReadFile(file, image.data(), SettingsFileSize, &read, nullptr);
     CloseHandle(file);
-    return done && read == SettingsFileSize ? 1 : 0;
+    if (!done) {
+        return -1;
+    }
+    return read == SettingsFileSize ? 1 : 0;
 }
 
 }  // namespace

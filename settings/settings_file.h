@@ -11,7 +11,7 @@ inline constexpr DWORD SettingsFileSize = 1100;
 HANDLE OpenSettingsFile(int create);
 
 // Reads the file into the record and brings a 1.0 file up to date: 1. Otherwise the record is as it was: 0
-// where there is no file, or none of full length; -1 where there is one that cannot be opened.
+// where there is no file, or none of full length; -1 where there is one that cannot be opened or read.
 int LoadSettings();
 
 // Writes the record; 0 when the file cannot be created. Where nothing is chosen in ActiveDevice or DataOutput
