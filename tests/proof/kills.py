@@ -105,6 +105,8 @@ class Victim:
             words.append(f"{item}={written}")
             new[GENERAL + 2 * word:GENERAL + 2 * word + 2] = stored.to_bytes(2, "little")
         self.allowed.add(bytes(new))
+        # The press for the label searches for a tag as well; until it ends a change has to wait.
+        wait_for("the end of the search", lambda: not self.terminal.flags() & 16)
         change = self.terminal.start("vantrel-settings", "set", *words, stderr=subprocess.DEVNULL)
         self.kill(0.3 * self.random.random())
         # It asks for the change once more, of the file itself, when the program is gone.
