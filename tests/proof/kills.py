@@ -108,7 +108,7 @@ class Victim:
         # The press for the label searches for a tag as well; until it ends a change has to wait.
         wait_for("the end of the search", lambda: not self.terminal.flags() & 16)
         change = self.terminal.start("vantrel-settings", "set", *words, stderr=subprocess.DEVNULL)
-        self.kill(0.3 * self.random.random())
+        self.kill(self.random.choice((0.02, 0.06, 0.3)) * self.random.random())
         # It asks for the change once more, of the file itself, when the program is gone.
         change.kill()
         change.wait()
