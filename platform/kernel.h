@@ -14,20 +14,15 @@ using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
 struct SECURITY_ATTRIBUTES;
 using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 
-#define CREATE_SUSPENDED 0x00000004
 #define WAIT_OBJECT_0 0x00000000u
 #define WAIT_ABANDONED 0x00000080u
 #define WAIT_TIMEOUT 258u
 #define WAIT_FAILED 0xFFFFFFFFu
 
-// Starts a thread; CREATE_SUSPENDED keeps it from running until ResumeThread. Null on failure. The handle is
-// released with CloseHandle, which does not end the thread.
+// Starts a thread, at once and without flags. Null on failure. The handle is released with CloseHandle, which
+// does not end the thread.
 HANDLE CreateThread(LPSECURITY_ATTRIBUTES security, std::size_t stackSize, LPTHREAD_START_ROUTINE start,
                     LPVOID parameter, DWORD flags, LPDWORD threadId);
-// Suspension is counted and cooperative: the thread parks at its next call of this layer, or on the way out
-// of the wait it is in before it has taken anything. Both return the previous count, or 0xFFFFFFFF.
-DWORD SuspendThread(HANDLE thread);
-DWORD ResumeThread(HANDLE thread);
 
 HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES security, LONG initialCount, LONG maximumCount, LPCWSTR name);
 BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previousCount);

@@ -1,4 +1,4 @@
-// Turns, parking and the trace of synthetic keys; no X server.
+// Turns and the trace of synthetic keys; no X server.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -82,35 +82,6 @@ TEST_F(Keyboard, ThreadThatEndsWithAKeyDownLetsGo) {
     Down('B');  // and nobody waits for it
     Up('B');
     EXPECT_EQ(events_.List.back(), (std::pair<BYTE, bool>{'B', true}));
-}
-
-std::atomic<int> steps;
-
-DWORD WINAPI PressTab(LPVOID) {
-    Down(VK_TAB);
-    ++steps;
-    Sleep(50);
-    Up(VK_TAB);
-    ++steps;
-    Down('A');
-    Up('A');
-    ++steps;
-    return 0;
-}
-
-TEST_F(Keyboard, NobodyParksWithAKeyDown) {
-    steps = 0;
-    const HANDLE thread = CreateThread(nullptr, 0, PressTab, nullptr, 0, nullptr);
-    while (steps < 1)
-        std::this_thread::yield();
-    SuspendThread(thread);
-    std::this_thread::sleep_for(std::chrono::milliseconds(150));
-    EXPECT_EQ(steps, 2);  // Tab is up, and the next key did not go down
-    ResumeThread(thread);
-    EXPECT_EQ(WaitForSingleObject(thread, 2000), WAIT_OBJECT_0);
-    EXPECT_EQ(events_.List.size(), 4u);
-    EXPECT_TRUE(events_.Down.none());
-    CloseHandle(thread);
 }
 
 TEST_F(Keyboard, EndOfTheProgramLetsGoOfEveryKey) {

@@ -207,65 +207,6 @@ TEST_F(TtyTest, PurgeThrowsAwayWhatHasArrived) {
     EXPECT_EQ(reader_->Receive(4), (Bytes{'s', 'e', 'n', 't'}));
 }
 
-std::atomic<DWORD> ThreadRead;
-std::atomic<int> ThreadSteps;
-HANDLE threadPort;
-
-DWORD WINAPI ReadOnce(LPVOID) {
-    DWORD events = 0, read = 0;
-    BYTE buffer[100];
-    ++ThreadSteps;
-    WaitCommEvent(threadPort, &events, nullptr);
-    ++ThreadSteps;
-    ReadFile(threadPort, buffer, sizeof buffer, &read, nullptr);
-    ThreadRead = read;
-    ++ThreadSteps;
-    return 0;
-}
-
-TEST_F(TtyTest, SuspendedThreadTakesNothing) {
-    Timeouts(30);
-    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR));
-    threadPort = port_;
-    ThreadSteps = 0;
-    const HANDLE thread = CreateThread(nullptr, 0, ReadOnce, nullptr, 0, nullptr);
-    while (ThreadSteps < 1)
-        std::this_thread::yield();
-    std::this_thread::sleep_for(30ms);
-    SuspendThread(thread);
-    reader_->Send("reply");
-    std::this_thread::sleep_for(80ms);
-    EXPECT_EQ(ThreadSteps, 1);
-    // The bytes are for the thread that suspended it.
-    Timeouts(MAXDWORD);
-    EXPECT_EQ(Read().size(), 5u);
-    Timeouts(30);
-    ResumeThread(thread);
-    EXPECT_EQ(WaitForSingleObject(thread, 50), WAIT_TIMEOUT);
-    reader_->Send("scan");
-    EXPECT_EQ(WaitForSingleObject(thread, 2000), WAIT_OBJECT_0);
-    EXPECT_EQ(ThreadRead, 4u);
-    CloseHandle(thread);
-}
-
-TEST_F(TtyTest, SuspensionInsideTheGapLosesNothing) {
-    Timeouts(60);
-    ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR));
-    threadPort = port_;
-    ThreadSteps = 0;
-    const HANDLE thread = CreateThread(nullptr, 0, ReadOnce, nullptr, 0, nullptr);
-    reader_->Send("half");
-    while (ThreadSteps < 2)
-        std::this_thread::yield();
-    SuspendThread(thread);
-    std::this_thread::sleep_for(100ms);
-    EXPECT_EQ(ThreadSteps, 2);
-    ResumeThread(thread);
-    EXPECT_EQ(WaitForSingleObject(thread, 2000), WAIT_OBJECT_0);
-    EXPECT_EQ(ThreadRead, 4u);
-    CloseHandle(thread);
-}
-
 TEST_F(TtyTest, PortIsExclusive) {
     EXPECT_EQ(Open(), INVALID_HANDLE_VALUE);
     reader_->LinkAs(terminal_.Path("COM2"));

@@ -45,7 +45,7 @@ class ScriptedPorts::Port : public layer::SerialPort {
         step.Value = value;
         return Talk().Did(std::move(step));
     }
-    // A wait that begins parked, ends when the thread is to park, and reaches its park.
+    // A wait that the close of the port ends.
     bool Wait(Conversation::Lock& lock, std::uint64_t deadline, const std::function<bool()>& done);
 
     const std::shared_ptr<State> state_;
@@ -177,16 +177,9 @@ BOOL ScriptedPorts::Port::SetMask(DWORD mask) {
 
 BOOL ScriptedPorts::Port::WaitEvent(DWORD& events) {
     events = 0;
-    const layer::WakeOnPark onPark([this] { Talk().Changed().notify_all(); });
     auto lock = Talk().Acquire();
     const unsigned masksSet = masksSet_;
     for (;;) {
-        if (layer::ParkRequested()) {
-            lock.unlock();
-            layer::SuspendPoint();
-            lock.lock();
-            continue;
-        }
         if (closed_)
             return FALSE;
         if (masksSet != masksSet_)
@@ -211,8 +204,7 @@ BOOL ScriptedPorts::Port::WaitEvent(DWORD& events) {
         }
         const auto news = [&] {
             return masksSet != masksSet_ || (Input().Broke && (mask_ & EV_BREAK)) ||
-                   (!Input().Bytes.empty() && (mask_ & EV_RXCHAR)) || Input().Unplugged ||
-                   layer::ParkRequested();
+                   (!Input().Bytes.empty() && (mask_ & EV_RXCHAR)) || Input().Unplugged;
         };
         if (!Wait(lock, layer::Forever, news)) {
             lock.unlock();

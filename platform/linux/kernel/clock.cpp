@@ -102,17 +102,17 @@ void InstallClock(Clock* clock) {
 }  // namespace layer
 
 void Sleep(DWORD milliseconds) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     std::mutex mutex;
     std::condition_variable condition;
     std::unique_lock lock(mutex);
     layer::Clock& clock = layer::CurrentClock();
     clock.WaitUntil(lock, condition, clock.DeadlineAfter(milliseconds), [] { return false; });
     lock.unlock();
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
 }
 
 DWORD GetTickCount() {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     return static_cast<DWORD>(layer::CurrentClock().Now());
 }

@@ -59,7 +59,7 @@ class Semaphore : public LocalObject {
 }  // namespace layer
 
 HANDLE CreateEventW(LPSECURITY_ATTRIBUTES, BOOL manualReset, BOOL initialState, LPCWSTR name) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     if (manualReset) {
         return nullptr;
     }
@@ -70,7 +70,7 @@ HANDLE CreateEventW(LPSECURITY_ATTRIBUTES, BOOL manualReset, BOOL initialState, 
 }
 
 HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG initialCount, LONG maximumCount, LPCWSTR name) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const bool named = name != nullptr && name[0] != 0;
     if (named || initialCount < 0 || maximumCount < 1 || initialCount > maximumCount) {
         return nullptr;
@@ -79,13 +79,13 @@ HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG initialCount, LONG maximumCo
 }
 
 BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previousCount) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const auto found = layer::FindObjectAs<layer::Semaphore>(semaphore);
     return found != nullptr ? found->Release(count, previousCount) : FALSE;
 }
 
 BOOL EventModify(HANDLE event, DWORD action) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const auto found = layer::FindObjectAs<layer::Event>(event);
     if (found == nullptr) {
         return FALSE;

@@ -44,7 +44,7 @@ std::shared_ptr<Object> OpenByName(LPCWSTR name, const DiskAccess& access) {
 
 HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, LPSECURITY_ATTRIBUTES, DWORD disposition,
                    DWORD, HANDLE) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     if (name == nullptr) {
         return INVALID_HANDLE_VALUE;
     }
@@ -53,7 +53,7 @@ HANDLE CreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, LPSECURITY_ATTRI
 }
 
 DWORD GetFileAttributesW(LPCWSTR name) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const std::string path = name != nullptr ? layer::HostPath(name) : std::string();
     struct stat status {};
     if (path.empty() || (stat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR))) {
@@ -63,7 +63,7 @@ DWORD GetFileAttributesW(LPCWSTR name) {
 }
 
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     DWORD done = 0;
     const auto stream = layer::FindObjectAs<layer::Stream>(file);
     const bool usable = stream != nullptr && (buffer != nullptr || size == 0) && overlapped == nullptr;
@@ -75,7 +75,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED
 }
 
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED overlapped) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     DWORD done = 0;
     const auto stream = layer::FindObjectAs<layer::Stream>(file);
     const bool usable = stream != nullptr && (buffer != nullptr || size == 0) && overlapped == nullptr;
@@ -87,7 +87,7 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERL
 }
 
 DWORD GetFileSize(HANDLE file, LPDWORD sizeHigh) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     if (sizeHigh != nullptr) {
         *sizeHigh = 0;
     }
@@ -96,7 +96,7 @@ DWORD GetFileSize(HANDLE file, LPDWORD sizeHigh) {
 }
 
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const auto stream = layer::FindObjectAs<layer::Stream>(file);
     if (stream == nullptr || distance < 0 || distanceHigh != nullptr || method != FILE_BEGIN) {
         return INVALID_SET_FILE_POINTER;

@@ -16,25 +16,16 @@ bool LocalObject::Close() {
 DWORD LocalObject::Wait(DWORD milliseconds) {
     Clock& clock = CurrentClock();
     const std::uint64_t deadline = clock.DeadlineAfter(milliseconds);
-    for (;;) {
-        {
-            std::unique_lock lock(mutex_);
-            const bool fulfilled =
-                clock.WaitUntil(lock, changed_, deadline, [this] { return closed_ || Ready(); });
-            Taking taking;
-            if (taking.Granted()) {
-                if (closed_) {
-                    return WAIT_FAILED;
-                }
-                if (!fulfilled) {
-                    return WAIT_TIMEOUT;
-                }
-                Take();
-                return WAIT_OBJECT_0;
-            }
-        }
-        SuspendPoint();
+    std::unique_lock lock(mutex_);
+    const bool fulfilled = clock.WaitUntil(lock, changed_, deadline, [this] { return closed_ || Ready(); });
+    if (closed_) {
+        return WAIT_FAILED;
     }
+    if (!fulfilled) {
+        return WAIT_TIMEOUT;
+    }
+    Take();
+    return WAIT_OBJECT_0;
 }
 
 }  // namespace layer

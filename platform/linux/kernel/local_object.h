@@ -19,7 +19,7 @@ class LocalObject : public Object {
     virtual void Take() = 0;
 
     std::mutex mutex_;
-    // Always notified as a whole: the thread that is woken first may have to park and leave it to another.
+    // Always notified as a whole.
     std::condition_variable changed_;
 
   private:

@@ -68,23 +68,16 @@ class QueueEnd : public Object {
         for (;;) {
             std::array<pollfd, 2> files{{{closing_.Number(), POLLIN, 0}, {queue_, ready, 0}}};
             const bool inTime = clock.PollUntil(files, deadline);
-            {
-                Taking taking;
-                if (taking.Granted()) {
-                    if (files[0].revents != 0 || !inTime) {
-                        return false;
-                    }
-                    if (work()) {
-                        return true;
-                    }
-                    // Another end was quicker, or the queue is broken.
-                    if (errno != EAGAIN && errno != EINTR) {
-                        return false;
-                    }
-                    continue;
-                }
+            if (files[0].revents != 0 || !inTime) {
+                return false;
             }
-            SuspendPoint();
+            if (work()) {
+                return true;
+            }
+            // Another end was quicker, or the queue is broken.
+            if (errno != EAGAIN && errno != EINTR) {
+                return false;
+            }
         }
     }
 
@@ -141,7 +134,7 @@ bool Sensible(const MSGQUEUEOPTIONS& options) {
 }  // namespace layer
 
 HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     if (name == nullptr || options == nullptr || !layer::Sensible(*options)) {
         return nullptr;
     }
@@ -159,7 +152,7 @@ HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options) {
 }
 
 BOOL ReadMsgQueue(HANDLE queue, LPVOID buffer, DWORD size, LPDWORD read, DWORD milliseconds, DWORD* flags) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     if (read != nullptr) {
         *read = 0;
     }
@@ -179,13 +172,13 @@ BOOL ReadMsgQueue(HANDLE queue, LPVOID buffer, DWORD size, LPDWORD read, DWORD m
 }
 
 BOOL WriteMsgQueue(HANDLE queue, LPVOID message, DWORD size, DWORD milliseconds, DWORD) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const auto end = layer::FindObjectAs<layer::QueueEnd>(queue);
     return end != nullptr && message != nullptr ? end->Write(message, size, milliseconds) : FALSE;
 }
 
 BOOL CloseMsgQueue(HANDLE queue) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     return layer::FindObjectAs<layer::QueueEnd>(queue) != nullptr && layer::ReleaseHandle(queue) ? TRUE
                                                                                                  : FALSE;
 }

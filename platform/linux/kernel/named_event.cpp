@@ -70,18 +70,6 @@ class NamedEvent : public Object, public Event {
                 taken = clock.TakeUntil(*semaphore_, deadline);
             }
             const bool timedOut = !taken && errno != EINTR && clock.Now() >= deadline;
-            bool granted;
-            {
-                Taking taking;
-                granted = taking.Granted();
-            }
-            if (!granted) {
-                if (taken) {
-                    Set();
-                }
-                SuspendPoint();
-                continue;
-            }
             if (taken) {
                 return WAIT_OBJECT_0;
             }

@@ -33,7 +33,7 @@ class NamedMutex : public Object {
 }  // namespace layer
 
 HANDLE CreateMutexW(LPSECURITY_ATTRIBUTES, BOOL initialOwner, LPCWSTR name) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const std::string narrow = name != nullptr ? layer::ToUtf8(name) : std::string();
     if (initialOwner || narrow.empty() || narrow.find('/') != std::string::npos) {
         return nullptr;

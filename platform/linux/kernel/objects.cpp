@@ -34,12 +34,12 @@ bool ReleaseHandle(HANDLE handle) {
 }  // namespace layer
 
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const std::shared_ptr<layer::Object> found = layer::FindObject(object);
     return found != nullptr ? found->Wait(milliseconds) : WAIT_FAILED;
 }
 
 BOOL CloseHandle(HANDLE object) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     return layer::ReleaseHandle(object) ? TRUE : FALSE;
 }

@@ -113,7 +113,7 @@ void FinishSounds() {
 }  // namespace layer
 
 BOOL PlaySoundW(LPCWSTR name, HMODULE, DWORD flags) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     if (name != nullptr && (flags & SND_FILENAME) == 0) {
         return FALSE;
     }

@@ -40,7 +40,7 @@ BOOL WriteState(char state) {
 }  // namespace layer
 
 BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID, DWORD, LPDWORD returned) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     DWORD value;
     if (code != layer::VibratorCode || input == nullptr || inputSize < sizeof value) {
         return FALSE;
@@ -49,22 +49,18 @@ BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID, DWORD, L
     if (returned != nullptr) {
         *returned = 0;
     }
-    for (;;) {
-        {
-            std::scoped_lock lock(layer::VibratorMutex);
-            // Asked inside the lock: once the end has switched it off, no thread switches it on again.
-            if (!layer::ParkRequested()) {
-                if (!layer::EndRegistered) {
-                    layer::EndRegistered = true;
-                    layer::AtEnd([] {
-                        std::scoped_lock endLock(layer::VibratorMutex);
-                        layer::EndRegistered = false;
-                        layer::WriteState('0');
-                    });
-                }
-                return layer::WriteState(value != 0 ? '1' : '0');
-            }
-        }
-        layer::SuspendPoint();
+    std::scoped_lock lock(layer::VibratorMutex);
+    // Asked inside the lock: once the end has switched it off, no thread switches it on again.
+    if (layer::Ending()) {
+        return FALSE;
     }
+    if (!layer::EndRegistered) {
+        layer::EndRegistered = true;
+        layer::AtEnd([] {
+            std::scoped_lock endLock(layer::VibratorMutex);
+            layer::EndRegistered = false;
+            layer::WriteState('0');
+        });
+    }
+    return layer::WriteState(value != 0 ? '1' : '0');
 }

@@ -1,7 +1,7 @@
 // Synthetic key events: whose turn it is, and where they go.
 //
 // Two readers may type at the same time. A thread has the keyboard from its first key down to its last key
-// up, so that one's Shift never falls on the other's letter; meanwhile it does not park.
+// up, so that one's Shift never falls on the other's letter.
 #include "platform/keyboard.h"
 
 #include <bitset>
@@ -108,29 +108,21 @@ void InstallKeyboard(std::unique_ptr<KeyboardBackend> backend) {
 void keybd_event(BYTE key, BYTE, DWORD flags, ULONG_PTR) {
     using namespace layer;
     const bool up = (flags & KEYEVENTF_KEYUP) != 0;
-    SuspendPoint();
+    ParkAtEnd();
     Typist& self = typist;
     Keyboard& keyboard = TheKeyboard();
-    bool done = false;
-    {
-        std::unique_lock lock(keyboard.mutex);
-        keyboard.free.wait(lock, [&] { return keyboard.owner == nullptr || keyboard.owner == &self; });
-        MakeReady(keyboard);
-        if (!keyboard.over) {
-            keyboard.backend->Key(key, up);
-        }
-        const bool had = self.down.any();
-        self.down.set(key, !up);
-        if (!had && self.down.any()) {
-            keyboard.owner = &self;
-            DeferParking();
-        } else if (had && self.down.none()) {
-            keyboard.owner = nullptr;
-            done = true;
-            keyboard.free.notify_one();
-        }
+    std::unique_lock lock(keyboard.mutex);
+    keyboard.free.wait(lock, [&] { return keyboard.owner == nullptr || keyboard.owner == &self; });
+    MakeReady(keyboard);
+    if (!keyboard.over) {
+        keyboard.backend->Key(key, up);
     }
-    if (done) {
-        AllowParking();
+    const bool had = self.down.any();
+    self.down.set(key, !up);
+    if (!had && self.down.any()) {
+        keyboard.owner = &self;
+    } else if (had && self.down.none()) {
+        keyboard.owner = nullptr;
+        keyboard.free.notify_one();
     }
 }

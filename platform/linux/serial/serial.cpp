@@ -14,7 +14,7 @@ std::mutex openerMutex;
 SerialOpener installedOpener;
 
 std::shared_ptr<SerialPort> PortOf(HANDLE handle) {
-    SuspendPoint();
+    ParkAtEnd();
     return FindObjectAs<SerialPort>(handle);
 }
 

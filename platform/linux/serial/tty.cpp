@@ -2,7 +2,7 @@
 //
 // Received bytes go through a queue of the port's own. A waiting call looks at the queue, takes nothing until
 // its result is complete, and sleeps in poll() on the tty and on its thread's wake descriptor; so it can be
-// closed, woken or suspended at any moment without losing a byte.
+// closed or woken at any moment without losing a byte.
 #include <poll.h>
 #include <unistd.h>
 
@@ -251,19 +251,12 @@ Moment Tty::ReadEnd(DWORD size, Moment start) const {
 BOOL Tty::Read(void* buffer, DWORD size, DWORD& read) {
     read = 0;
     const int wake = ThreadWakeFd();
-    const WakeOnPark onPark([wake] { WakeFd(wake); });
     const Moment start = Now();
     // A read never needs more than the queue can hold to be complete.
     const DWORD wanted = std::min<DWORD>(size, ReceiveQueue::Size - 1);
     Lock lock(mutex_);
     const unsigned aborted = readsAborted_;
     for (;;) {
-        if (ParkRequested()) {
-            lock.unlock();
-            SuspendPoint();
-            lock.lock();
-            continue;
-        }
         if (closed_ || aborted != readsAborted_) {
             return FALSE;
         }
@@ -273,10 +266,6 @@ BOOL Tty::Read(void* buffer, DWORD size, DWORD& read) {
         }
         const Moment end = ReadEnd(size, start);
         if (queue_.Count() >= wanted || !live || Now() >= end) {
-            const Taking taking;
-            if (!taking.Granted()) {
-                continue;
-            }
             read = queue_.Take(static_cast<BYTE*>(buffer), size);
             return TRUE;
         }
@@ -426,17 +415,10 @@ BOOL Tty::SetMask(DWORD mask) {
 BOOL Tty::WaitEvent(DWORD& events) {
     events = 0;
     const int wake = ThreadWakeFd();
-    const WakeOnPark onPark([wake] { WakeFd(wake); });
     Lock lock(mutex_);
     const unsigned masksSet = masksSet_;
     bool waitedUnplugged = false;
     for (;;) {
-        if (ParkRequested()) {
-            lock.unlock();
-            SuspendPoint();
-            lock.lock();
-            continue;
-        }
         if (closed_) {
             return FALSE;
         }
@@ -456,11 +438,6 @@ BOOL Tty::WaitEvent(DWORD& events) {
             events |= EV_RXCHAR;
         }
         if (events != 0) {
-            const Taking taking;
-            if (!taking.Granted()) {
-                events = 0;
-                continue;
-            }
             if (events & EV_BREAK) {
                 queue_.Broke = false;
             }
@@ -473,7 +450,7 @@ BOOL Tty::WaitEvent(DWORD& events) {
             return FALSE;
         } else {
             const Moment until = Now() + UnpluggedPause;
-            while (!closed_ && masksSet_ == masksSet && !ParkRequested() && Now() < until) {
+            while (!closed_ && masksSet_ == masksSet && Now() < until) {
                 Sleep(lock, wake, nullptr, 0, until);
             }
             waitedUnplugged = Now() >= until;

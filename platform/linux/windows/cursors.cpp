@@ -34,17 +34,17 @@ void ShowCursor() {
 }  // namespace layer
 
 HCURSOR LoadCursorW(HINSTANCE, LPCWSTR name) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     return layer::ResourceNumber(name) == layer::ResourceNumber(IDC_WAIT) ? layer::WaitCursor() : nullptr;
 }
 
 HCURSOR GetCursor() {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     return reinterpret_cast<HCURSOR>(layer::Current.load());
 }
 
 HCURSOR SetCursor(HCURSOR cursor) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const auto before = layer::Current.exchange(reinterpret_cast<std::uintptr_t>(cursor));
     if (layer::OnMainThread()) {
         layer::ShowCursor();

@@ -3,7 +3,7 @@
 #include "platform/linux/windows/window_table.h"
 
 HWND FindWindowW(LPCWSTR className, LPCWSTR title) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const std::u16string wantedClass = className != nullptr ? className : u"";
     const std::u16string wantedTitle = title != nullptr ? title : u"";
     const auto* classFilter = className != nullptr ? &wantedClass : nullptr;
@@ -13,6 +13,6 @@ HWND FindWindowW(LPCWSTR className, LPCWSTR title) {
         return own.front().Handle;
     }
     HWND other = layer::FindOtherWindow(classFilter, titleFilter);
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     return other;
 }

@@ -118,7 +118,7 @@ struct Waiting {
 
 // A box of another thread runs in no loop of its own, so that boxes of several threads end in any order.
 int AskThere(HWND owner, const std::u16string& text, const std::u16string& caption) {
-    SuspendPoint();
+    ParkAtEnd();
     auto waiting = std::make_shared<Waiting>();
     RunOnMainThread([&] {
         if (QuitPending()) {
@@ -140,7 +140,7 @@ int AskThere(HWND owner, const std::u16string& text, const std::u16string& capti
     waiting->Changed.wait(lock, [&] { return waiting->Result >= 0; });
     const int result = waiting->Result;
     lock.unlock();
-    SuspendPoint();
+    ParkAtEnd();
     return result;
 }
 

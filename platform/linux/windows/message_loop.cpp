@@ -195,7 +195,7 @@ void RunOnMainThread(const std::function<void()>& work) {
         work();
         return;
     }
-    SuspendPoint();
+    ParkAtEnd();
     struct Call {
         std::mutex Mutex;
         std::condition_variable Changed;
@@ -212,7 +212,7 @@ void RunOnMainThread(const std::function<void()>& work) {
         std::unique_lock lock(call->Mutex);
         call->Changed.wait(lock, [&] { return call->Done; });
     }
-    SuspendPoint();
+    ParkAtEnd();
 }
 
 void PostToMainThread(std::function<void()> work) {
@@ -323,7 +323,7 @@ LRESULT DispatchMessageW(const MSG* message) {
 }
 
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     // Only windows of this program are posted to.
     if (!layer::IsOwnWindow(window)) {
         return FALSE;

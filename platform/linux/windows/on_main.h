@@ -11,7 +11,7 @@ namespace layer {
 template <class Function>
 auto OnMain(Function&& function) -> decltype(function()) {
     using Result = decltype(function());
-    SuspendPoint();
+    ParkAtEnd();
     if constexpr (std::is_void_v<Result>) {
         RunOnMainThread([&] { function(); });
     } else {

@@ -24,7 +24,7 @@ void UseResources(resource::Bytes resources) {
 }  // namespace layer
 
 int LoadStringW(HINSTANCE, UINT id, LPWSTR buffer, int size) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     if (buffer == nullptr || size <= 0) {
         return 0;
     }

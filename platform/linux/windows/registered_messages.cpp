@@ -133,7 +133,7 @@ void ForgetRegisteredMessages() {
 }  // namespace layer
 
 UINT RegisterWindowMessageW(LPCWSTR name) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     const std::u16string wanted = name != nullptr ? name : u"";
     if (wanted.empty() || wanted.size() > layer::LongestName ||
         wanted.find_first_of(u"\r\n") != std::u16string::npos) {

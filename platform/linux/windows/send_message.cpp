@@ -90,7 +90,7 @@ LRESULT Broadcast(UINT message, WPARAM wParam, LPARAM lParam) {
 }  // namespace layer
 
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     layer::RemoteWindow other;
     LRESULT result;
     if (window == HWND_BROADCAST) {
@@ -100,6 +100,6 @@ LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     } else {
         return layer::OnMain([=] { return layer::Send(window, message, wParam, lParam); });
     }
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     return result;
 }

@@ -90,7 +90,7 @@ int UntilNextTimer() {
 }  // namespace layer
 
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     if (!layer::IsOwnWindow(window)) {
         return 0;
     }
@@ -114,7 +114,7 @@ UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedu
 }
 
 BOOL KillTimer(HWND window, UINT_PTR id) {
-    layer::SuspendPoint();
+    layer::ParkAtEnd();
     layer::TimerTable& table = layer::Table();
     std::scoped_lock lock(table.Mutex);
     const auto killed = std::erase_if(
