@@ -7,6 +7,8 @@
 #ifdef _WIN32
 
 #define SendMessageW TerminalSendMessageW
+#define CreateWindowExW TerminalCreateWindowExW
+#define ShowWindow TerminalShowWindow
 
 #else
 

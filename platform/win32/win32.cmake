@@ -12,6 +12,7 @@ vantrel_library(vantrel_platform
   win32/serial.cpp
   win32/serial_port.cpp
   win32/shell.cpp
+  win32/show_window.cpp
   win32/terminal.cpp)
 target_compile_definitions(vantrel_platform PUBLIC _WIN32_WINNT=0x0601)
 target_link_libraries(vantrel_platform PUBLIC comctl32 comdlg32 gdi32 shell32 user32 winmm)

@@ -31,3 +31,7 @@ decltype(ClearCommBreak) TerminalClearCommBreak;
 decltype(keybd_event) Terminal_keybd_event;
 decltype(PlaySoundW) TerminalPlaySoundW;
 decltype(SendMessageW) TerminalSendMessageW;
+
+// A window that shows itself leaves the focus where it is: who wants it says so (SetForegroundWindow).
+decltype(CreateWindowExW) TerminalCreateWindowExW;
+decltype(ShowWindow) TerminalShowWindow;

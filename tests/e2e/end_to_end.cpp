@@ -12,6 +12,7 @@
 #include "settings/record.h"
 #include "settings/settings_file.h"
 #include "tests/e2e/error_box.h"
+#include "tests/e2e/wine_screen.h"
 
 namespace {
 
@@ -131,13 +132,28 @@ bool EndToEnd::SettingsOpen(bool wanted, int milliseconds) {
     return Within(milliseconds, [&] {
         bool found = false;
         for (const ScreenWindow& window : Desktop.Windows()) {
-            found = found || (window.Title == "Vantrel v1.29" && window.Width > 300);
+            found = found || (window.Title == "Vantrel v1.29" && window.Width > Desktop.MainWidth());
         }
         return found == wanted;
     });
 }
 
 void EndToEnd::ExpectNothingLeft() {
+    ExpectNothingShared();
+    const std::string vibrator = ReadWholeFile(Terminal.Path("VIBRATOR"));
+    EXPECT_TRUE(vibrator.empty() || vibrator.starts_with("0")) << "the vibrator is on: " << vibrator;
+    EXPECT_TRUE(Desktop.KeysAreUp());
+    EXPECT_TRUE(Desktop.WaitUntilGone("Vantrel v1.29", 1000));
+    EXPECT_TRUE(Desktop.WaitUntilGone("Notification icon", 1000));
+    EXPECT_FALSE(Desktop.WaitForWindow(ErrorBoxTitle, 0));
+}
+
+void EndToEnd::ExpectNothingShared() {
+    if (OnWine()) {
+        EXPECT_EQ(WineSession::Current().Ask("shared " + WineQueueName()),
+                  std::vector<std::string>{"shared 0"});
+        return;
+    }
     const std::string prefix = "/vantrel-" + layer::TerminalIdentity() + "-";
     sem_t* event = sem_open((prefix + "DecodeEvent").c_str(), 0);
     EXPECT_EQ(event, SEM_FAILED) << "the event's name is still there";
@@ -146,10 +162,4 @@ void EndToEnd::ExpectNothingLeft() {
     for (const auto& entry : std::filesystem::directory_iterator(Terminal.Path("windows"))) {
         EXPECT_FALSE(entry.is_socket()) << entry.path() << " is still there";
     }
-    const std::string vibrator = ReadWholeFile(Terminal.Path("VIBRATOR"));
-    EXPECT_TRUE(vibrator.empty() || vibrator.starts_with("0")) << "the vibrator is on: " << vibrator;
-    EXPECT_TRUE(Desktop.KeysAreUp());
-    EXPECT_TRUE(Desktop.WaitUntilGone("Vantrel v1.29", 1000));
-    EXPECT_TRUE(Desktop.WaitUntilGone("Notification icon", 1000));
-    EXPECT_FALSE(Desktop.WaitForWindow(ErrorBoxTitle, 0));
 }

@@ -51,9 +51,11 @@ class EndToEnd : public testing::Test {
 
     // Nothing of an ended program is left: names shared between processes, sockets, vibrator, keys.
     void ExpectNothingLeft();
+    void ExpectNothingShared();
 
     TemporaryTerminal Terminal;
-    TestScreen Desktop;
+    const std::unique_ptr<TestScreen> Screen = MakeScreen();
+    TestScreen& Desktop = *Screen;
     std::unique_ptr<Readers> Wire;
     std::unique_ptr<Vantrel> Running;
     bool BarcodeFitted = false;

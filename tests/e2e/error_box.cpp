@@ -10,6 +10,7 @@
 #include "platform/linux/windows/start_windows.h"
 #include "platform/window.h"
 #include "tests/e2e/program.h"
+#include "tests/e2e/wine_screen.h"
 
 namespace {
 
@@ -65,6 +66,10 @@ bool ErrorBoxSays(TestScreen& screen, const std::string& text) {
     const auto box = screen.WaitForWindow(ErrorBoxTitle, 20000);
     if (!box) {
         return false;
+    }
+    if (OnWine()) {
+        const auto shown = WineSession::Current().Ask("text " + std::to_string(box->Id));
+        return shown == std::vector<std::string>{"text " + text};
     }
     // On a busy machine a box may show for a while what was there before it: then a second look helps.
     for (int looks = 0; looks < 3; ++looks) {

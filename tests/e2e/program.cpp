@@ -8,13 +8,31 @@
 #include <sstream>
 #include <thread>
 
+#include "tests/e2e/wine_screen.h"
+
+namespace {
+
+// What runs a program: one of the project's, on the platform under test (the readers always on this one), or
+// one of the machine.
+std::vector<std::string> CommandOf(const std::string& name, std::vector<std::string>& environment) {
+    if (OnWine() && (name == "vantrel" || name == "vantrel-watch" || name == "vantrel-trigger")) {
+        environment.push_back("VANTREL_TERMINAL=" + WineTerminal());
+        return WineCommand(name);
+    }
+    const std::string own = std::string(VANTREL_PROGRAMS) + "/" + name;
+    return {access(own.c_str(), X_OK) == 0 ? own : name};
+}
+
+}  // namespace
+
 std::unique_ptr<ChildProcess> StartProgram(const std::string& name, const std::vector<std::string>& arguments,
                                            const std::vector<std::string>& environment) {
-    const std::string own = std::string(VANTREL_PROGRAMS) + "/" + name;
-    std::vector<std::string> command = {"setpriv", "--pdeathsig", "KILL", "--",
-                                        access(own.c_str(), X_OK) == 0 ? own : name};
+    std::vector<std::string> command = {"setpriv", "--pdeathsig", "KILL", "--"};
+    std::vector<std::string> variables = environment;
+    const auto program = CommandOf(name, variables);
+    command.insert(command.end(), program.begin(), program.end());
     command.insert(command.end(), arguments.begin(), arguments.end());
-    return std::make_unique<ChildProcess>(command, environment);
+    return std::make_unique<ChildProcess>(command, variables);
 }
 
 int RunProgram(const std::string& name, const std::vector<std::string>& arguments, std::string* output) {
@@ -49,6 +67,14 @@ bool Vantrel::IsThere(int milliseconds) const {
     return false;
 }
 
+void Vantrel::Signal(int number) {
+    if (OnWine() && number == SIGTERM) {
+        WineSession::Current().Ask("close");
+    } else {
+        process_->Signal(number);
+    }
+}
+
 bool Vantrel::End() {
     Signal(SIGTERM);
     return Ended() == 0;
@@ -56,10 +82,11 @@ bool Vantrel::End() {
 
 bool Trigger(const std::vector<std::string>& words) {
     // Standard error is left out: a test may ask before the program is there.
-    std::vector<std::string> command = {"-c", "exec \"$0\" \"$@\" 2>/dev/null",
-                                        std::string(VANTREL_PROGRAMS) + "/vantrel-trigger"};
+    std::vector<std::string> environment, command = {"-c", "exec \"$0\" \"$@\" 2>/dev/null"};
+    const auto program = CommandOf("vantrel-trigger", environment);
+    command.insert(command.end(), program.begin(), program.end());
     command.insert(command.end(), words.begin(), words.end());
-    return RunProgram("/bin/sh", command) == 0;
+    return StartProgram("/bin/sh", command, environment)->Wait(20000) == 0;
 }
 
 long ProcessorTicks(pid_t process) {

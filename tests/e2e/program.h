@@ -25,7 +25,8 @@ class Vantrel {
     pid_t Id() const { return process_->Id(); }
     // Waits until its window can be reached by other programs.
     bool IsThere(int milliseconds = 10000) const;
-    void Signal(int number) { process_->Signal(number); }
+    // SIGTERM is the end of a session, on Windows too.
+    void Signal(int number);
     // Its exit code; -1 when it still runs after the time.
     int Ended(int milliseconds = 10000) { return process_->Wait(milliseconds).value_or(-1); }
     // Ends it as a session would, and tells whether it went with code 0.

@@ -1,13 +1,11 @@
-// A bare X server of a test's own, with a client in front that notes what is typed into it.
+// The desktop of a test: windows, keys, taps, and a window in front that notes what is typed into it. There
+// are two: a bare X server, and a Windows desktop.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "tests/support/x_server.h"
-
-struct _XDisplay;  // of the X library, whose names stay out of the tests
 
 // The pixels of a part of the screen, a 24-bit word each.
 struct Picture {
@@ -24,35 +22,38 @@ struct ScreenWindow {
 
 class TestScreen {
   public:
-    // Runs Xvfb, makes it $DISPLAY and puts the client in front.
-    TestScreen();
-    ~TestScreen();
+    TestScreen() = default;
+    virtual ~TestScreen() = default;
     TestScreen(const TestScreen&) = delete;
     TestScreen& operator=(const TestScreen&) = delete;
 
     // Waits until the client has got that much text, Return as a line feed, and a little longer, in which
     // nothing more should come. Forgets it then.
-    std::string Typed(std::size_t count, int milliseconds = 5000);
+    virtual std::string Typed(std::size_t count, int milliseconds = 5000) = 0;
     // Gives the client, or another window, the focus.
-    void BringToFront();
-    void Focus(unsigned long window);
+    virtual void BringToFront() = 0;
+    virtual void Focus(unsigned long window) = 0;
 
     // Windows that can be seen, the one below first.
-    std::vector<ScreenWindow> Windows();
+    virtual std::vector<ScreenWindow> Windows() = 0;
     std::optional<ScreenWindow> WaitForWindow(const std::string& title, int milliseconds = 10000);
     bool WaitUntilGone(const std::string& title, int milliseconds = 5000);
 
-    Picture Capture(int x, int y, int width, int height);
+    // The width of the main window, which has the settings' title and is smaller.
+    virtual int MainWidth() const { return 300; }
+
+    virtual Picture Capture(int x, int y, int width, int height) = 0;
     // Writes the whole screen as a PPM file.
     void Save(const std::string& path);
 
-    void Press(unsigned long symbol);
-    void Click(int x, int y);
+    // A key by its X symbol; `control` holds Ctrl meanwhile.
+    virtual void Press(unsigned long symbol, bool control = false) = 0;
+    virtual void Click(int x, int y) = 0;
     // No key of the keyboard is down and no lock is on.
-    bool KeysAreUp();
-
-  private:
-    XServer server_;
-    _XDisplay* display_ = nullptr;
-    unsigned long client_ = 0;
+    virtual bool KeysAreUp() = 0;
 };
+
+// Whether the programs under test are the Windows ones, under Wine ($VANTREL_E2E=wine).
+bool OnWine();
+// The desktop for the programs under test; it is that of $DISPLAY from now on.
+std::unique_ptr<TestScreen> MakeScreen();

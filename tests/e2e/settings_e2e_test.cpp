@@ -92,7 +92,7 @@ TEST_P(SettingsFromIcon, ChangesReachTheReaderTheFileAndTheNextScan) {
     ASSERT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     // The other page, its second group, that group's first switch.
-    EXPECT_EQ(RunProgram("xdotool", {"key", "ctrl+Tab"}), 0);
+    Desktop.Press(XK_Tab, true);
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     Press({XK_Home, XK_Down, XK_Right, XK_Down, XK_space});
     EXPECT_EQ(SettingsWord(OffsetOf(engine::EnableCode128)), '1') << "saved before OK";

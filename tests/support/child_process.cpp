@@ -110,6 +110,10 @@ std::optional<std::string> ChildProcess::ReadLine(int milliseconds) {
         if (end != std::string::npos) {
             std::string line = pending_.substr(0, end);
             pending_.erase(0, end + 1);
+            // Windows programs end a line with two characters.
+            if (line.ends_with('\r')) {
+                line.pop_back();
+            }
             return line;
         }
         pollfd ready{output_, POLLIN, 0};

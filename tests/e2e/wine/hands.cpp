@@ -1,0 +1,245 @@
+// The user's hands and eyes on a Windows desktop, for the end-to-end tests: a program that takes commands on
+// standard input, one a line, and answers each on standard output. It has a window that notes what is typed
+// into it.
+//
+//   typed                what the window has got since the last time, as "typed" and hexadecimal digits
+//   front [WINDOW]       brings the note window, or another one, to the front
+//   windows              a line per visible top-level window, the lowest first: "window ID X Y WIDTH HEIGHT
+//   TITLE" icons                the same for the icons in the notification area text WINDOW          "text"
+//   and the text of a message box, or a window's own press KEY...         presses virtual keys (decimal), all
+//   down in order and up again click X Y            taps the screen keys                 "keys up" when none
+//   is down and no lock is on, else "keys down" close                asks the main window to close, as the
+//   end of a session does shared               "shared N": how many of the shared objects named in vantrel's
+//   terminal exist quit
+//
+// Every answer ends with a line "ok", or "error" and why.
+#include <windows.h>
+
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+HWND Note;
+std::string Noted;
+SRWLOCK NotedLock = SRWLOCK_INIT;
+
+std::string ToUtf8(const wchar_t* text) {
+    char bytes[2048];
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, nullptr, nullptr);
+    return length > 0 ? bytes : "";
+}
+
+LRESULT CALLBACK NoteProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_CHAR) {
+        AcquireSRWLockExclusive(&NotedLock);
+        Noted += static_cast<char>(wParam == '\r' ? '\n' : wParam);
+        ReleaseSRWLockExclusive(&NotedLock);
+        return 0;
+    }
+    if (message == WM_APP) {
+        // Only a window's own thread may hand the foreground on without being asked back.
+        SetForegroundWindow(reinterpret_cast<HWND>(wParam));
+        return 0;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+void SayWindow(HWND window) {
+    RECT place{};
+    wchar_t title[512] = {};
+    GetWindowRect(window, &place);
+    // Without a message to a program that may hang.
+    InternalGetWindowText(window, title, 512);
+    std::printf("window %lu %ld %ld %ld %ld %s\n",
+                static_cast<unsigned long>(reinterpret_cast<ULONG_PTR>(window)), place.left, place.top,
+                place.right - place.left, place.bottom - place.top, ToUtf8(title).c_str());
+}
+
+BOOL CALLBACK AddVisible(HWND window, LPARAM windows) {
+    if (IsWindowVisible(window)) {
+        reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
+    }
+    return TRUE;
+}
+
+void SayWindows() {
+    std::vector<HWND> found;
+    EnumWindows(AddVisible, reinterpret_cast<LPARAM>(&found));
+    for (auto window = found.rbegin(); window != found.rend(); ++window) {
+        SayWindow(*window);
+    }
+}
+
+void SayIcons() {
+    std::vector<HWND> found;
+    if (const HWND tray = FindWindowW(L"Shell_TrayWnd", nullptr)) {
+        EnumChildWindows(tray, AddVisible, reinterpret_cast<LPARAM>(&found));
+    }
+    for (const HWND icon : found) {
+        wchar_t name[64] = {};
+        GetClassNameW(icon, name, 64);
+        if (lstrcmpW(name, L"Button") != 0 && lstrcmpW(name, L"Static") != 0) {
+            SayWindow(icon);
+        }
+    }
+}
+
+HWND WindowOf(const std::string& argument) {
+    return reinterpret_cast<HWND>(static_cast<ULONG_PTR>(std::strtoul(argument.c_str(), nullptr, 10)));
+}
+
+void SayText(HWND window) {
+    constexpr int MessageText = 0xFFFF;
+    wchar_t text[1024] = {};
+    const HWND label = GetDlgItem(window, MessageText);
+    SendMessageTimeoutW(label != nullptr ? label : window, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(text),
+                        SMTO_ABORTIFHUNG, 2000, nullptr);
+    std::printf("text %s\n", ToUtf8(text).c_str());
+}
+
+void PressKeys(const std::string& keys) {
+    std::vector<WORD> codes;
+    for (const char* at = keys.c_str(); *at != 0;) {
+        char* end = nullptr;
+        codes.push_back(static_cast<WORD>(std::strtoul(at, &end, 10)));
+        if (end == at) {
+            return;
+        }
+        at = end;
+    }
+    const auto send = [](WORD code, DWORD flags) {
+        INPUT input{};
+        input.type = INPUT_KEYBOARD;
+        input.ki.wVk = code;
+        input.ki.wScan = static_cast<WORD>(MapVirtualKeyW(code, MAPVK_VK_TO_VSC));
+        input.ki.dwFlags = flags;
+        SendInput(1, &input, sizeof input);
+    };
+    for (const WORD code : codes) {
+        send(code, 0);
+    }
+    for (auto code = codes.rbegin(); code != codes.rend(); ++code) {
+        send(*code, KEYEVENTF_KEYUP);
+    }
+}
+
+void Click(const std::string& place) {
+    int x = 0, y = 0;
+    if (std::sscanf(place.c_str(), "%d %d", &x, &y) == 2) {
+        SetCursorPos(x, y);
+        for (const DWORD flags : {MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP}) {
+            INPUT input{};
+            input.type = INPUT_MOUSE;
+            input.mi.dwFlags = flags;
+            SendInput(1, &input, sizeof input);
+        }
+    }
+}
+
+bool KeysAreUp() {
+    for (int key = VK_BACK; key < 0xFF; ++key) {
+        if ((GetAsyncKeyState(key) & 0x8000) != 0) {
+            return false;
+        }
+    }
+    return (GetKeyState(VK_CAPITAL) & 1) == 0;
+}
+
+void SayTyped() {
+    AcquireSRWLockExclusive(&NotedLock);
+    const std::string noted = std::exchange(Noted, {});
+    ReleaseSRWLockExclusive(&NotedLock);
+    std::string digits;
+    for (const char letter : noted) {
+        char pair[3];
+        std::snprintf(pair, sizeof pair, "%02X", static_cast<unsigned char>(letter));
+        digits += pair;
+    }
+    std::printf("typed %s\n", digits.c_str());
+}
+
+void SayShared(const std::string& queue) {
+    int found = 0;
+    if (const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, L"DecodeEvent")) {
+        CloseHandle(event);
+        ++found;
+    }
+    const std::wstring name(queue.begin(), queue.end());
+    if (const HANDLE mapping = OpenFileMappingW(FILE_MAP_READ, FALSE, name.c_str())) {
+        CloseHandle(mapping);
+        ++found;
+    }
+    std::printf("shared %d\n", found);
+}
+
+void Obey(const std::string& word, const std::string& rest) {
+    if (word == "typed") {
+        SayTyped();
+    } else if (word == "front") {
+        const HWND window = rest.empty() ? Note : WindowOf(rest);
+        SendMessageW(Note, WM_APP, reinterpret_cast<WPARAM>(window), 0);
+    } else if (word == "windows") {
+        SayWindows();
+    } else if (word == "icons") {
+        SayIcons();
+    } else if (word == "text") {
+        SayText(WindowOf(rest));
+    } else if (word == "press") {
+        PressKeys(rest);
+    } else if (word == "click") {
+        Click(rest);
+    } else if (word == "keys") {
+        std::puts(KeysAreUp() ? "keys up" : "keys down");
+    } else if (word == "close") {
+        PostMessageW(FindWindowW(L"Vantrel", nullptr), WM_CLOSE, 0, 0);
+    } else if (word == "shared") {
+        SayShared(rest);
+    } else {
+        std::puts("error unknown");
+        return;
+    }
+    std::puts("ok");
+}
+
+DWORD WINAPI TakeCommands(LPVOID) {
+    char line[4096];
+    while (std::fgets(line, sizeof line, stdin) != nullptr) {
+        std::string command = line;
+        while (!command.empty() && (command.back() == '\n' || command.back() == '\r')) {
+            command.pop_back();
+        }
+        const std::size_t space = command.find(' ');
+        const std::string word = command.substr(0, space);
+        if (word == "quit") {
+            break;
+        }
+        Obey(word, space == command.npos ? "" : command.substr(space + 1));
+        std::fflush(stdout);
+    }
+    ExitProcess(0);
+}
+
+}  // namespace
+
+int main() {
+    WNDCLASSW note{};
+    note.lpfnWndProc = NoteProc;
+    note.hbrBackground = static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH));
+    note.lpszClassName = L"VantrelHands";
+    RegisterClassW(&note);
+    Note = CreateWindowExW(0, note.lpszClassName, L"typed into", WS_POPUP | WS_VISIBLE, 0, 340, 200, 100,
+                           nullptr, nullptr, nullptr, nullptr);
+    SetForegroundWindow(Note);
+    std::puts("ready");
+    std::fflush(stdout);
+    CloseHandle(CreateThread(nullptr, 0, TakeCommands, nullptr, 0, nullptr));
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return 0;
+}

@@ -1,0 +1,196 @@
+#include "tests/e2e/wine_screen.h"
+
+#include <X11/keysym.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <thread>
+
+#include "tests/e2e/program.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds Quiet{150};  // in which nothing more is expected
+
+constexpr const char* Wine = "/usr/lib/wine/wine64";
+
+std::string TerminalFolder() {
+    return std::getenv("VANTREL_TERMINAL");
+}
+
+// The virtual key of an X symbol.
+int VirtualKey(unsigned long symbol) {
+    switch (symbol) {
+        case XK_Return:
+            return 0x0D;
+        case XK_Escape:
+            return 0x1B;
+        case XK_Tab:
+            return 0x09;
+        case XK_space:
+            return 0x20;
+        case XK_End:
+            return 0x23;
+        case XK_Home:
+            return 0x24;
+        case XK_Left:
+            return 0x25;
+        case XK_Up:
+            return 0x26;
+        case XK_Right:
+            return 0x27;
+        case XK_Down:
+            return 0x28;
+        default:
+            return symbol >= XK_a && symbol <= XK_z ? static_cast<int>(symbol - XK_a + 'A') : 0;
+    }
+}
+
+}  // namespace
+
+WineSession& WineSession::Current() {
+    static WineSession session;
+    return session;
+}
+
+WineSession::WineSession() {
+    namespace fs = std::filesystem;
+    const fs::path home = fs::path(VANTREL_WINDOWS_PROGRAMS) / "../wine";
+    prefix_ = fs::weakly_canonical(home / ("run-" + std::to_string(getpid())));
+    setenv("WINEPREFIX", prefix_.c_str(), 1);
+    setenv("WINEDEBUG", "-all", 0);
+    setenv("WINESERVER", "/usr/lib/wine/wineserver64", 1);
+    // Neither downloads nor menu entries.
+    setenv("WINEDLLOVERRIDES", "mscoree=;mshtml=;winemenubuilder.exe=", 1);
+    // The prefix that was made once is shared, but for what a session changes.
+    if (RunProgram("sh", {"-c", "cp -al \"$0\" \"$1\" && sed -i \"s|PORTS|$1/ports|\" \"$1/system.reg\"",
+                          home / "prefix", prefix_}) != 0) {
+        ADD_FAILURE() << "there is no Wine prefix in " << home << ": run ./test windows";
+    }
+    hands_ = std::make_unique<ChildProcess>(
+        std::vector<std::string>{Wine, std::string(VANTREL_WINDOWS_PROGRAMS) + "/vantrel-hands.exe"},
+        std::vector<std::string>{});
+    const auto ready = hands_->ReadLine(60000);
+    EXPECT_TRUE(ready && ready->starts_with("ready")) << "Wine does not start";
+}
+
+WineSession::~WineSession() {
+    hands_->WriteLine("quit");
+    hands_->Wait(5000);
+    RunProgram("/usr/lib/wine/wineserver64", {"-k"});
+    RunProgram("/usr/lib/wine/wineserver64", {"-w"});
+    std::error_code ignored;
+    std::filesystem::remove_all(prefix_, ignored);
+}
+
+std::vector<std::string> WineSession::Ask(const std::string& command) {
+    hands_->WriteLine(command);
+    std::vector<std::string> lines;
+    while (auto line = hands_->ReadLine(10000)) {
+        if (*line == "ok") {
+            return lines;
+        }
+        lines.push_back(*line);
+    }
+    ADD_FAILURE() << "the hands do not answer to: " << command;
+    return {};
+}
+
+std::vector<std::string> WineCommand(const std::string& program) {
+    WineSession::Current();
+    return {Wine, std::string(VANTREL_WINDOWS_PROGRAMS) + "/" + program + ".exe"};
+}
+
+std::string WineTerminal() {
+    std::string folder = "Z:" + TerminalFolder();
+    std::replace(folder.begin(), folder.end(), '/', '\\');
+    return folder;
+}
+
+std::string WineQueueName() {
+    std::uint64_t hash = 0xCBF29CE484222325u;
+    for (const char letter : WineTerminal()) {
+        const char lower = static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
+        hash = (hash ^ static_cast<unsigned char>(lower)) * 0x100000001B3u;
+        hash = hash * 0x100000001B3u;  // the high byte is zero
+    }
+    char name[64];
+    std::snprintf(name, sizeof name, "Local\\vantrel-%016llx-QuenraDataQueue",
+                  static_cast<unsigned long long>(hash));
+    return name;
+}
+
+WineScreen::WineScreen() {
+    WineSession& session = WineSession::Current();
+    const std::string ports = std::string(std::getenv("WINEPREFIX")) + "/ports";
+    unlink(ports.c_str());
+    EXPECT_EQ(symlink(TerminalFolder().c_str(), ports.c_str()), 0);
+    session.Ask("typed");
+    BringToFront();
+}
+
+std::string WineScreen::Typed(std::size_t count, int milliseconds) {
+    const auto until = Clock::now() + std::chrono::milliseconds(milliseconds);
+    auto last = Clock::now();
+    std::string text;
+    for (;;) {
+        const auto lines = WineSession::Current().Ask("typed");
+        const std::string digits = lines.empty() ? "" : lines.back().substr(std::string("typed ").size());
+        for (std::size_t at = 0; at + 1 < digits.size(); at += 2) {
+            text += static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16));
+            last = Clock::now();
+        }
+        if (text.size() >= count ? Clock::now() >= last + Quiet : Clock::now() >= until) {
+            return text;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+}
+
+void WineScreen::BringToFront() {
+    WineSession::Current().Ask("front");
+}
+
+void WineScreen::Focus(unsigned long window) {
+    WineSession::Current().Ask("front " + std::to_string(window));
+}
+
+std::vector<ScreenWindow> WineScreen::Windows() {
+    std::vector<ScreenWindow> found;
+    for (const std::string& line : WineSession::Current().Ask("windows")) {
+        std::istringstream fields(line);
+        std::string word;
+        ScreenWindow window;
+        fields >> word >> window.Id >> window.X >> window.Y >> window.Width >> window.Height;
+        fields.get();
+        std::getline(fields, window.Title);
+        found.push_back(window);
+    }
+    return found;
+}
+
+Picture WineScreen::Capture(int, int, int, int) {
+    return {};
+}
+
+void WineScreen::Press(unsigned long symbol, bool control) {
+    const int key = VirtualKey(symbol);
+    ASSERT_NE(key, 0) << "no virtual key for " << symbol;
+    WineSession::Current().Ask(std::string("press ") + (control ? "17 " : "") + std::to_string(key));
+}
+
+void WineScreen::Click(int x, int y) {
+    WineSession::Current().Ask("click " + std::to_string(x) + " " + std::to_string(y));
+}
+
+bool WineScreen::KeysAreUp() {
+    return WineSession::Current().Ask("keys") == std::vector<std::string>{"keys up"};
+}
