@@ -3,8 +3,7 @@
 #pragma once
 
 #include "platform/files.h"
-
-inline constexpr DWORD SettingsFileSize = 1100;
+#include "settings/settings_image.h"
 
 // Opens the file for reading and writing, shared with nobody; with `create` other than 0 an empty one is
 // made. nullptr on failure.

@@ -2,7 +2,7 @@
 // protocol: a packet that was refused or not acknowledged is sent again with the resend bit, so often, and
 // then the decode is given up. Whatever happens, a message that is handed over is one of the decodes, whole,
 // and no decode is handed over twice; a decode of which every packet arrived in time is handed over.
-#include <vector>
+#include <algorithm>
 
 #include "link/packet_message.h"
 #include "link/ssi_packet.h"
@@ -10,19 +10,35 @@
 
 namespace {
 
-using Decode = std::vector<BYTE>;  // code identifier and data
+// Bytes without the heap: this is the target that has the most to try.
+struct Bytes {
+    std::array<BYTE, 64> All{};
+    std::size_t Size = 0;
 
-std::vector<BYTE> Packet(std::span<const BYTE> data, BYTE code, bool more) {
-    std::vector<BYTE> packet{static_cast<BYTE>(5 + data.size()), DECODE_DATA, SsiReader,
-                             static_cast<BYTE>(more ? SsiContinued : 0), code};
-    packet.insert(packet.end(), data.begin(), data.end());
+    void Add(BYTE byte) { All[Size++] = byte; }
+    void Add(std::span<const BYTE> bytes) {
+        std::ranges::copy(bytes, All.begin() + static_cast<std::ptrdiff_t>(Size));
+        Size += bytes.size();
+    }
+    std::span<const BYTE> Used() const { return {All.data(), Size}; }
+};
+
+Bytes Packet(std::span<const BYTE> data, BYTE code, bool more) {
+    Bytes packet;
+    packet.Add(static_cast<BYTE>(5 + data.size()));
+    packet.Add(DECODE_DATA);
+    packet.Add(SsiReader);
+    packet.Add(static_cast<BYTE>(more ? SsiContinued : 0));
+    packet.Add(code);
+    packet.Add(data);
     return packet;
 }
 
 struct Line {
     PacketMessage Message;
     DWORD Now = 1;
-    std::vector<Decode> Delivered;
+    std::size_t Delivered = 0;
+    Bytes Newest;  // the last that was delivered: code identifier and data
 
     // The receiver as it takes a packet that has arrived whole, or broken.
     void Arrive(std::span<const BYTE> packet, bool broken) {
@@ -33,7 +49,10 @@ struct Line {
             return;
         }
         if (AddPacket(Message, packet, Now) == PacketStep::Complete) {
-            Delivered.emplace_back(Message.Bytes.begin(), Message.Bytes.begin() + Message.Length);
+            ++Delivered;
+            Newest.Size = 0;
+            Require(Message.Length <= Newest.All.size());
+            Newest.Add({Message.Bytes.data(), Message.Length});
             ClearMessage(Message);
         }
     }
@@ -51,23 +70,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         const std::size_t part = choices.Byte() % 8;
         const bool same = choices.Byte() % 4 == 0;  // the same label again and again
         const BYTE code = 1;
-        Decode decode{code};
+        Bytes decode;
+        decode.Add(code);
         bool arrived = true, late = false;
-        const std::size_t before = line.Delivered.size();
+        const std::size_t before = line.Delivered;
         for (std::size_t i = 0; i < packets && arrived; ++i) {
-            std::vector<BYTE> data(part, static_cast<BYTE>('a' + i));
-            data.push_back(same ? 'x' : static_cast<BYTE>(number + 1));
-            auto packet = Packet(data, code, i + 1 < packets);
-            decode.insert(decode.end(), data.begin(), data.end());
+            Bytes data;
+            data.Size = part;
+            std::fill_n(data.All.begin(), part, static_cast<BYTE>('a' + i));
+            data.Add(same ? 'x' : static_cast<BYTE>(number + 1));
+            Bytes packet = Packet(data.Used(), code, i + 1 < packets);
+            decode.Add(data.Used());
             bool acknowledged = false, taken = false;
             for (int attempt = 0; attempt < Tries && !acknowledged; ++attempt) {
                 const BYTE fate = choices.Byte();
                 line.Now += fate & 0x40 ? 700 : 5;
                 late |= (fate & 0x40) != 0;
-                line.Arrive(packet, fate % 4 == 1);
+                line.Arrive(packet.Used(), fate % 4 == 1);
                 taken |= fate % 4 != 1;
                 acknowledged = fate % 4 == 0 || fate % 4 == 3;  // 2: it arrived, the acknowledgement did not
-                packet[3] |= SsiResent;
+                packet.All[3] |= SsiResent;
             }
             if (!acknowledged) {
                 line.Now += ContinuationTimeout;  // an engine gives up after its last wait for an answer
@@ -77,14 +99,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                 arrived = true;  // all of it is there, though the engine does not know
             }
         }
-        Require(line.Delivered.size() <= before + 1);
-        if (line.Delivered.size() > before) {
-            Require(line.Delivered.back() == decode);
+        Require(line.Delivered <= before + 1);
+        if (line.Delivered > before) {
+            Require(std::ranges::equal(line.Newest.Used(), decode.Used()));
         } else {
             // What is sent again after a part was dropped may be that part's, and is never taken for a scan.
             Require(!arrived || late || partDropped);
         }
-        partDropped = line.Delivered.size() == before;
+        partDropped = line.Delivered == before;
         line.Now += choices.Byte() & 1 ? 3000 : 50;
     }
     return 0;

@@ -4,8 +4,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include "platform/linux/kernel/terminal.h"
-
 namespace layer {
 
 namespace {
@@ -45,10 +43,10 @@ struct Fields {
         return value.isString() ? std::optional(value.toString().toStdU16String()) : std::nullopt;
     }
     std::vector<BYTE> TakeBytes(const char* key) {
-        const auto bytes =
-            QByteArray::fromBase64Encoding(QByteArray::fromStdString(ToUtf8(TakeText(key).value_or(u""))),
-                                           QByteArray::AbortOnBase64DecodingErrors);
-        Good = Good && bytes;
+        const QJsonValue value = Value(key);
+        const auto bytes = QByteArray::fromBase64Encoding(value.toString().toLatin1(),
+                                                          QByteArray::AbortOnBase64DecodingErrors);
+        Good = Good && bytes && (value.isUndefined() || value.isNull() || value.isString());
         return {bytes.decoded.begin(), bytes.decoded.end()};
     }
 };
