@@ -44,6 +44,17 @@ bool TestScreen::WaitUntilGone(const std::string& title, int milliseconds) {
     });
 }
 
+bool TestScreen::WaitForFocus(const std::string& title, int milliseconds) {
+    return Within(milliseconds, [&] {
+        for (const ScreenWindow& window : Windows()) {
+            if (window.Title == title && HasFocus(window.Id)) {
+                return true;
+            }
+        }
+        return false;
+    });
+}
+
 void TestScreen::Save(const std::string& path) {
     const Picture picture = Capture(0, 0, 640, 480);
     std::FILE* file = std::fopen(path.c_str(), "wb");

@@ -33,11 +33,14 @@ class TestScreen {
     // Gives the client, or another window, the focus.
     virtual void BringToFront() = 0;
     virtual void Focus(unsigned long window) = 0;
+    virtual bool HasFocus(unsigned long /*window*/) { return true; }
 
     // Windows that can be seen, the one below first.
     virtual std::vector<ScreenWindow> Windows() = 0;
     std::optional<ScreenWindow> WaitForWindow(const std::string& title, int milliseconds = 10000);
     bool WaitUntilGone(const std::string& title, int milliseconds = 5000);
+    // Waits until a window with the title is there and gets the keys.
+    bool WaitForFocus(const std::string& title, int milliseconds = 10000);
 
     // The width of the main window, which has the settings' title and is smaller.
     virtual int MainWidth() const { return 300; }

@@ -61,6 +61,13 @@ void XScreen::Focus(unsigned long window) {
     XSync(display_, False);
 }
 
+bool XScreen::HasFocus(unsigned long window) {
+    Window focused = None;
+    int revert = 0;
+    XGetInputFocus(display_, &focused, &revert);
+    return focused == window;
+}
+
 std::string XScreen::Typed(std::size_t count, int milliseconds) {
     const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     std::string text;

@@ -15,6 +15,7 @@ class XScreen : public TestScreen {
     std::string Typed(std::size_t count, int milliseconds) override;
     void BringToFront() override;
     void Focus(unsigned long window) override;
+    bool HasFocus(unsigned long window) override;
     std::vector<ScreenWindow> Windows() override;
     Picture Capture(int x, int y, int width, int height) override;
     void Press(unsigned long symbol, bool control) override;
