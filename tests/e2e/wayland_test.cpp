@@ -5,10 +5,7 @@
 namespace {
 
 TEST_F(EndToEnd, LabelsAreTypedIntoAWaylandTerminal) {
-    // As the user guide says for sway.
-    SwaySession session(
-        "for_window [app_id=\"vantrel\"] floating enable\n"
-        "no_focus [app_id=\"vantrel\" title=\"^Vantrel v1.29$\"]");
+    SwaySession session(ReadWholeFile(VANTREL_SWAY_CONF));  // as the user guide says
     session.OpenTerminal();
     FitReaders("imager");
     WriteSettings(DeviceImager);

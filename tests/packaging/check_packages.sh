@@ -37,6 +37,9 @@ desktop-file-validate "$unpacked"/usr/share/applications/*.desktop "$unpacked"/u
 appstreamcli validate --no-net --no-color "$unpacked"/usr/share/metainfo/*.xml
 bash -n "$unpacked"/usr/share/bash-completion/completions/*
 
+step "The first day of a new user, on a machine of its own"
+"${as_root[@]}" "$root/tests/packaging/log_on.sh" "$packages"
+
 if dpkg-query -W -f='${Status}' vantrel 2>/dev/null | grep -q 'ok installed'; then
   echo "vantrel is installed here already: the installation is not tried" >&2
   exit 0
@@ -48,7 +51,7 @@ trap '"${as_root[@]}" apt-get remove -y -q vantrel vantrel-simulator >/dev/null'
 
 step "Units"
 runtime=$(mktemp -d)
-XDG_RUNTIME_DIR=$runtime systemd-analyze --user --recursive-errors=no --man=no verify vantrel.service vantrel-publish.service
+XDG_RUNTIME_DIR=$runtime systemd-analyze --user --recursive-errors=no --man=no verify vantrel{,-publish,-trigger}.service
 rm -rf "$runtime"
 if udevadm verify --help >/dev/null 2>&1; then
   udevadm verify /lib/udev/rules.d/60-vantrel.rules
