@@ -8,8 +8,10 @@
 
 namespace {
 
-std::vector<std::string> Split(const std::string& line) {
-    std::vector<std::string> words;
+using Words = std::vector<std::string>;
+
+Words Split(const std::string& line) {
+    Words words;
     std::size_t i = 0;
     while (i < line.size() && line[i] != '#') {
         if (std::isspace(static_cast<unsigned char>(line[i]))) {
@@ -74,43 +76,78 @@ void ReadTime(const std::string& word, WireStep& step) {
     step.Timed = true;
 }
 
-WireStep ReadAct(char sign, const std::vector<std::string>& words) {
+// `^ rts on`, `@ mask 41`: what it is and what stands behind it.
+struct ActForm {
+    enum Values { None, OnOff, Decimal, Hexadecimal };
+    std::string Words;
+    WireAct Act;
+    Values Value = None;
+};
+const ActForm ActForms[] = {
+    {"> fails", WireAct::FailWrite},
+    {"! break", WireAct::ReceiveBreak},
+    {"! unplugged", WireAct::Unplug},
+    {"^ rts", WireAct::Rts, ActForm::OnOff},
+    {"^ dtr", WireAct::Dtr, ActForm::OnOff},
+    {"^ break", WireAct::LineBreak, ActForm::OnOff},
+    {"@ rate", WireAct::Rate, ActForm::Decimal},
+    {"@ purge", WireAct::Purge, ActForm::Decimal},
+    {"@ interval", WireAct::Interval, ActForm::Decimal},
+    {"@ mask", WireAct::Mask, ActForm::Hexadecimal},
+    {"@ open fails", WireAct::FailOpen},
+    {"@ open", WireAct::Open},
+    {"@ close", WireAct::Close},
+};
+
+WireStep ReadAct(char sign, const Words& words) {
     WireStep step;
-    const std::string what = words.size() > 1 ? words[1] : "";
-    const std::string value = words.size() > 2 ? words[2] : "";
-    if (sign == '<') {
-        step.Act = WireAct::Receive;
-        step.Bytes = ReadWireBytes(words, 1);
-    } else if (sign == '>' && what == "fails") {
-        step.Act = WireAct::FailWrite;
-    } else if (sign == '>') {
-        step.Act = WireAct::Write;
-        step.Bytes = ReadWireBytes(words, 1);
-    } else if (sign == '!' && (what == "break" || what == "unplugged")) {
-        step.Act = what == "break" ? WireAct::ReceiveBreak : WireAct::Unplug;
-    } else if (sign == '^' && (what == "rts" || what == "dtr" || what == "break")) {
-        step.Act = what == "rts" ? WireAct::Rts : what == "dtr" ? WireAct::Dtr : WireAct::LineBreak;
-        step.Value = On(value);
-    } else if (sign == '@' && what == "rate") {
-        step.Act = WireAct::Rate;
-        step.Value = Number(value);
-    } else if (sign == '@' && what == "purge") {
-        step.Act = WireAct::Purge;
-        step.Value = Number(value);
-    } else if (sign == '@' && what == "interval") {
-        step.Act = WireAct::Interval;
-        step.Value = value == "max" ? MAXDWORD : Number(value);
-    } else if (sign == '@' && what == "mask") {
-        step.Act = WireAct::Mask;
-        step.Value = Number(value, 16);
-    } else if (sign == '@' && what == "open") {
-        step.Act = value == "fails" ? WireAct::FailOpen : WireAct::Open;
-    } else if (sign == '@' && what == "close") {
-        step.Act = WireAct::Close;
-    } else {
-        throw std::runtime_error(std::string("unknown act: ") + sign + " " + what);
+    std::string text(1, sign);
+    for (std::size_t i = 1; i < words.size(); ++i)
+        text += " " + words[i];
+    for (const ActForm& form : ActForms) {
+        if (text != form.Words && (form.Value == ActForm::None || !text.starts_with(form.Words + " ")))
+            continue;
+        step.Act = form.Act;
+        if (form.Value == ActForm::OnOff)
+            step.Value = On(words.at(2));
+        else if (form.Value != ActForm::None)
+            step.Value =
+                words.at(2) == "max" ? MAXDWORD : Number(words[2], form.Value == ActForm::Decimal ? 10 : 16);
+        return step;
     }
+    if (sign != '<' && sign != '>')
+        throw std::runtime_error("unknown act: " + text);
+    step.Act = sign == '<' ? WireAct::Receive : WireAct::Write;
+    step.Bytes = ReadWireBytes(words, 1);
     return step;
+}
+
+// `<`, or `2<` for another port.
+bool IsSign(const std::string& word) {
+    const bool numbered = word.size() == 2 && std::isdigit(static_cast<unsigned char>(word[0]));
+    return word.size() == 1u + numbered && std::string("<>!^@~").find(word.back()) != std::string::npos;
+}
+
+// A line's commands and acts: `a b; c d, e > 01 < 02` is a b / c d / c e / > 01 / < 02.
+std::vector<Words> Parts(const Words& line) {
+    std::vector<Words> parts;
+    bool open = false;
+    for (std::string word : line) {
+        const bool ends = word.back() == ',' || word.back() == ';';
+        const char end = ends ? word.back() : ' ';
+        if (ends)
+            word.pop_back();
+        if (!open || IsSign(word))
+            parts.emplace_back();
+        if (!word.empty())
+            parts.back().push_back(word);
+        open = !ends;
+        if (end == ',') {
+            parts.push_back({Words(parts.back())[0]});
+            open = true;
+        }
+    }
+    return parts;
 }
 
 class Reader {
@@ -134,36 +171,40 @@ class Reader {
     }
 
   private:
-    void TakeLine(std::vector<std::string> words) {
+    void TakeLine(const Words& words) {
         if (words.empty())
             return;
-        int port = port_;
-        std::string first = words[0];
-        if (first.size() == 2 && std::isdigit(static_cast<unsigned char>(first[0]))) {
-            port = first[0] - '0';
-            first.erase(0, 1);
-        }
-        const bool act = first.size() == 1 && std::string("<>!^@").find(first) != std::string::npos;
-        if (!act && first != "~" && first != "do") {
+        if (!IsSign(words[0]) && words[0] != "do")
             defining_.clear();
-        } else if (!defining_.empty()) {
+        if (!defining_.empty()) {
             named_[defining_].push_back(words);
-            return;
+        } else if (words[0] == "case") {
+            EndWait();
+            Begin(words);
+        } else {
+            for (const Words& part : Parts(words))
+                TakePart(part);
         }
-        if (first == "do") {
+    }
+
+    void TakePart(const Words& words) {
+        if (words[0] == "do") {
             for (DWORD times = words.size() > 2 ? Number(words[2]) : 1; times > 0; --times) {
                 for (const auto& line : named_.at(words.at(1)))
                     TakeLine(line);
             }
-        } else if (first == "~") {
+            return;
+        }
+        if (!IsSign(words[0]) || words[0] == "~")
             EndWait();
-            WireStep wait;
-            ReadTime(words.at(1), wait);
-            wait.Line = line_;
-            wait_ = wait;
-        } else if (act) {
-            WireStep step = ReadAct(first[0], words);
-            step.Port = port;
+        if (!IsSign(words[0])) {
+            Command(words);
+        } else if (words[0] == "~") {
+            wait_.emplace().Line = line_;
+            ReadTime(words.at(1), *wait_);
+        } else {
+            WireStep step = ReadAct(words[0].back(), words);
+            step.Port = words[0].size() == 2 ? words[0][0] - '0' : port_;
             step.Line = line_;
             if (wait_) {
                 step.Timed = true;
@@ -172,24 +213,23 @@ class Reader {
                 wait_.reset();
             }
             AddStep(step);
-        } else {
-            EndWait();
-            Command(words);
         }
     }
 
-    void Command(const std::vector<std::string>& words) {
-        if (words[0] == "case") {
-            WireCase added;
-            added.File = path_;
-            added.Line = line_;
-            for (std::size_t i = 1; i < words.size(); ++i)
-                added.Name += (i > 1 ? "_" : "") + words[i];
-            std::erase_if(added.Name,
-                          [](char c) { return c != '_' && !std::isalnum(static_cast<unsigned char>(c)); });
-            added.Commands = common_;
-            cases_.push_back(added);
-        } else if (words[0] == "steps") {
+    void Begin(const Words& words) {
+        WireCase added;
+        added.File = path_;
+        added.Line = line_;
+        for (std::size_t i = 1; i < words.size(); ++i)
+            added.Name += (i > 1 ? "_" : "") + words[i];
+        std::erase_if(added.Name,
+                      [](char c) { return c != '_' && !std::isalnum(static_cast<unsigned char>(c)); });
+        added.Commands = common_;
+        cases_.push_back(added);
+    }
+
+    void Command(const Words& words) {
+        if (words[0] == "steps") {
             defining_ = words.at(1);
             named_[defining_].clear();
         } else if (words[0] == "port") {
@@ -221,7 +261,7 @@ class Reader {
     std::vector<WireCase> cases_;
     std::optional<WireStep> wait_;
     std::string defining_;  // the steps that are being named
-    std::map<std::string, std::vector<std::vector<std::string>>> named_;
+    std::map<std::string, std::vector<Words>> named_;
 };
 
 }  // namespace
