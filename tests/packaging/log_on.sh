@@ -91,17 +91,20 @@ inside sh -c 'chown root:dialout /dev/pts/0; chmod 660 /dev/pts/0'
 
 as_user 'WLR_BACKENDS=headless WLR_RENDERER=pixman WLR_LIBINPUT_NO_DEVICES=1 setsid sway >/tmp/sway.log 2>&1 &
   await 60 systemctl --user -q is-active vantrel' || failed "the unit does not start with sway"
-as_user 'vantrel-watch --status | grep -q "\"keys\":\"wayland\",\"settingsOpen\":false"' || failed "no start in the background"
+as_user 'ready() { vantrel-watch --status | grep -q "\"ready\":true,.*\"on\":true,.*\"keys\":\"wayland\",\"settingsOpen\":false"; }
+  await 20 ready' || failed "it does not get ready in the background: $(as_user vantrel-watch --status)"
 
 as_user 'read_only() { nsenter -t $(systemctl --user show -p MainPID --value vantrel) -U -m --preserve-credentials \
       sh -c "! touch $1 2>/dev/null"; }
   read_only ~/.profile; read_only /tmp/x; read_only /var/tmp/x; ! read_only ~/.local/share/vantrel/terminal/x
   rm ~/.local/share/vantrel/terminal/x' || failed "the sandbox is not what docs/security.md says"
 
-as_user 'swaymsg -q -s $XDG_RUNTIME_DIR/sway-ipc.*.sock exec "foot -c /dev/null sh -c \"cat > /tmp/typed\""
-  await 20 test -e /tmp/typed
+as_user 'sway() { swaymsg -s $XDG_RUNTIME_DIR/sway-ipc.*.sock "$@"; }
+  in_front() { test -e /tmp/typed && sway -r -t get_tree | tr -d "\n" | grep -q "\"focused\": true.*\"app_id\": \"foot\""; }
+  sway -q exec "foot -c /dev/null sh -c \"cat > /tmp/typed\""
+  await 20 in_front
   echo "label 11 4006381333931" > /tmp/commands
-  vantrel-trigger press 500
+  vantrel-trigger press 2000
   await 10 test -s /tmp/typed
   [ "$(cat /tmp/typed)" = 4006381333931 ]' || failed "the label was not typed: $(inside cat /tmp/typed)"
 echo "A label was typed into foot on sway"
@@ -111,7 +114,7 @@ if [ -n "$picture" ]; then
   inside cat /tmp/picture.png > "$picture"
 fi
 
-as_user 'systemctl --user stop vantrel
+as_user 'timeout 20 systemctl --user stop vantrel
   [ "$(systemctl --user show -p Result --value vantrel)" = success ]
   [ -z "$(ls /dev/mqueue)" ]' || failed "the unit does not end cleanly"
 echo "systemctl --user stop ended it"
