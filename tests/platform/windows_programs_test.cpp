@@ -1,7 +1,9 @@
 // Messages between programs: the lines, the sockets, broadcasts, searches, numbers that all agree on.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 
 #include <atomic>
 #include <csignal>
@@ -226,6 +228,47 @@ TEST_F(ProgramsTest, LinesInPiecesTooLongOrTooMany) {
     Caller late(layer::OwnProgram());
     late.Send("{\"message\":\"TEST_PING\"}\n");
     EXPECT_THAT(late.Next(), HasSubstr("result"));
+}
+
+// A program that cannot take a caller at one moment takes it at a later one, and is not deaf from then on.
+TEST_F(ProgramsTest, ACallerWaitsWhileThereAreNoDescriptors) {
+    const std::string line = R"({"message":"TEST_PING"})"
+                             "\n";
+    {
+        Caller first(layer::OwnProgram());  // whoever answers is running
+        first.Send(line);
+        EXPECT_EQ(first.Next(), R"({"result":11})");
+    }
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(Windows(layer::OwnProgram()).copy(address.sun_path, sizeof address.sun_path - 1),
+              sizeof address.sun_path - 1);
+    const layer::Descriptor early(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    rlimit few = usual;
+    few.rlim_cur = 200;
+    setrlimit(RLIMIT_NOFILE, &few);
+    std::vector<layer::Descriptor> all;
+    do {
+        all.emplace_back(dup(early.Number()));
+    } while (all.back());
+    EXPECT_EQ(connect(early.Number(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    std::this_thread::sleep_for(300ms);
+    all.clear();
+    setrlimit(RLIMIT_NOFILE, &usual);
+
+    EXPECT_EQ(send(early.Number(), line.data(), line.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(line.size()));
+    char answer[100] = {};
+    for (int i = 0; i < 300 && recv(early.Number(), answer, sizeof answer, MSG_DONTWAIT) < 0; ++i) {
+        layer::PumpMessages();
+        std::this_thread::sleep_for(10ms);
+    }
+    EXPECT_STREQ(answer, "{\"result\":11}\n");
+    Caller later(layer::OwnProgram());
+    later.Send(line);
+    EXPECT_EQ(later.Next(), R"({"result":11})");
 }
 
 TEST_F(ProgramsTest, AnotherProgramIsFoundAndSentTo) {

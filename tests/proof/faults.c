@@ -4,6 +4,8 @@
    FAULT_N     which call of it fails, from 1
    FAULT_FILE  a file of one 64-bit number per function, of the table's length, which counts the calls
 
+   FAULT_LOG   a file that gets a line for each write, fsync and rename, with the files' paths
+
    The calls that the loader and the C library make inside themselves do not pass here. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -16,19 +18,26 @@
 #include <stdarg.h>
 #include <stdatomic.h>
 #include <stdint.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/file.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
+#include <termios.h>
 #include <time.h>
 #include <unistd.h>
 
 static const char* const Names[] = {"open",   "read",    "write",   "fsync",      "rename",  "mmap",     "poll",
                                     "ioctl",  "malloc",  "mq_open", "mq_send",    "sem_open", "sem_trywait", "sem_post",
-                                    "mq_receive", "pthread_create", "mq_getattr"};
+                                    "mq_receive", "pthread_create", "mq_getattr", "sem_wait", "sem_clockwait", "sem_getvalue",
+                                    "socket", "connect", "accept4", "recv", "recvmsg", "send", "sendmsg", "flock",
+                                    "tcsetattr", "tcgetattr"};
 enum { Open, Read, Write, Fsync, Rename, Mmap, Poll, Ioctl, Malloc, MqOpen, MqSend, SemOpen, SemTryWait, SemPost,
-       MqReceive, PthreadCreate, MqGetAttr, Count };
+       MqReceive, PthreadCreate, MqGetAttr, SemWait, SemClockWait, SemGetValue, Socket, Connect, Accept, Recv, RecvMsg, Send,
+       SendMsg, Flock, TcSetAttr, TcGetAttr, Count };
 
 static _Atomic uint64_t* Calls;
 static int Chosen = -1;
@@ -54,6 +63,23 @@ __attribute__((constructor)) static void Prepare(void) {
     }
     Nth = getenv("FAULT_N") ? strtoull(getenv("FAULT_N"), NULL, 10) : 0;
     Calls = shared;
+}
+
+static void Note(const char* what, int file, const char* from, const char* to) {
+    const char* path = getenv("FAULT_LOG");
+    char line[2 * 4096 + 64], link[64], target[4096] = "";
+    const int log = path ? (int)syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_APPEND, 0600) : -1;
+    if (log < 0) {
+        return;
+    }
+    if (from == NULL) {
+        snprintf(link, sizeof link, "/proc/self/fd/%d", file);
+        const ssize_t size = readlink(link, target, sizeof target - 1);
+        target[size < 0 ? 0 : size] = 0;
+    }
+    const int size = snprintf(line, sizeof line, "%s %s%s%s\n", what, from ? from : target, to ? " " : "", to ? to : "");
+    syscall(SYS_write, log, line, size);
+    syscall(SYS_close, log);
 }
 
 static int Fails(int call, int error) {
@@ -101,10 +127,25 @@ OPENAT(openat64)
     }
 CALL(ssize_t, read, Read, EIO, -1, (int file, void* to, size_t size), (file, to, size), int, void*, size_t)
 CALL(ssize_t, pread, Read, EIO, -1, (int file, void* to, size_t size, off_t at), (file, to, size, at), int, void*, size_t, off_t)
-CALL(ssize_t, write, Write, ENOSPC, -1, (int file, const void* from, size_t size), (file, from, size), int, const void*, size_t)
+ssize_t write(int file, const void* from, size_t size) {
+    REAL(ssize_t, "write", int, const void*, size_t)
+    Note("write", file, NULL, NULL);
+    return Fails(Write, ENOSPC) ? -1 : real(file, from, size);
+}
+
+int fsync(int file) {
+    REAL(int, "fsync", int)
+    Note("fsync", file, NULL, NULL);
+    return Fails(Fsync, EIO) ? -1 : real(file);
+}
+
+int rename(const char* from, const char* to) {
+    REAL(int, "rename", const char*, const char*)
+    Note("rename", -1, from, to);
+    return Fails(Rename, EIO) ? -1 : real(from, to);
+}
+
 CALL(ssize_t, writev, Write, ENOSPC, -1, (int file, const struct iovec* from, int count), (file, from, count), int, const struct iovec*, int)
-CALL(int, fsync, Fsync, EIO, -1, (int file), (file), int)
-CALL(int, rename, Rename, EIO, -1, (const char* from, const char* to), (from, to), const char*, const char*)
 CALL(int, renameat, Rename, EIO, -1, (int a, const char* from, int b, const char* to), (a, from, b, to), int, const char*, int, const char*)
 CALL(void*, mmap, Mmap, ENOMEM, MAP_FAILED, (void* a, size_t b, int c, int d, int e, off_t f), (a, b, c, d, e, f), void*, size_t, int, int, int, off_t)
 CALL(void*, mmap64, Mmap, ENOMEM, MAP_FAILED, (void* a, size_t b, int c, int d, int e, off64_t f), (a, b, c, d, e, f), void*, size_t, int, int, int, off64_t)
@@ -114,6 +155,19 @@ CALL(int, mq_send, MqSend, EBADF, -1, (mqd_t queue, const char* from, size_t siz
 CALL(ssize_t, mq_receive, MqReceive, EBADF, -1, (mqd_t queue, char* to, size_t size, unsigned* priority), (queue, to, size, priority), mqd_t, char*, size_t, unsigned*)
 CALL(int, mq_getattr, MqGetAttr, EBADF, -1, (mqd_t queue, struct mq_attr* to), (queue, to), mqd_t, struct mq_attr*)
 CALL(int, sem_trywait, SemTryWait, EINVAL, -1, (sem_t* semaphore), (semaphore), sem_t*)
+CALL(int, sem_wait, SemWait, EINVAL, -1, (sem_t* semaphore), (semaphore), sem_t*)
+CALL(int, sem_clockwait, SemClockWait, EINVAL, -1, (sem_t* semaphore, clockid_t clock, const struct timespec* until), (semaphore, clock, until), sem_t*, clockid_t, const struct timespec*)
+CALL(int, sem_getvalue, SemGetValue, EINVAL, -1, (sem_t* semaphore, int* to), (semaphore, to), sem_t*, int*)
+CALL(int, socket, Socket, EMFILE, -1, (int a, int b, int c), (a, b, c), int, int, int)
+CALL(int, connect, Connect, ECONNREFUSED, -1, (int file, const struct sockaddr* to, socklen_t size), (file, to, size), int, const struct sockaddr*, socklen_t)
+CALL(int, accept4, Accept, EMFILE, -1, (int file, struct sockaddr* from, socklen_t* size, int flags), (file, from, size, flags), int, struct sockaddr*, socklen_t*, int)
+CALL(ssize_t, recv, Recv, ECONNRESET, -1, (int file, void* to, size_t size, int flags), (file, to, size, flags), int, void*, size_t, int)
+CALL(ssize_t, recvmsg, RecvMsg, ECONNRESET, -1, (int file, struct msghdr* to, int flags), (file, to, flags), int, struct msghdr*, int)
+CALL(ssize_t, send, Send, EPIPE, -1, (int file, const void* from, size_t size, int flags), (file, from, size, flags), int, const void*, size_t, int)
+CALL(ssize_t, sendmsg, SendMsg, EPIPE, -1, (int file, const struct msghdr* from, int flags), (file, from, flags), int, const struct msghdr*, int)
+CALL(int, flock, Flock, ENOLCK, -1, (int file, int how), (file, how), int, int)
+CALL(int, tcsetattr, TcSetAttr, EIO, -1, (int file, int when, const struct termios* state), (file, when, state), int, int, const struct termios*)
+CALL(int, tcgetattr, TcGetAttr, EIO, -1, (int file, struct termios* state), (file, state), int, struct termios*)
 CALL(int, sem_post, SemPost, EOVERFLOW, -1, (sem_t* semaphore), (semaphore), sem_t*)
 
 int ioctl(int file, unsigned long request, ...) {

@@ -1,51 +1,64 @@
-"""Lets one call after the other fail under the real program: start, label, tag, end.
+"""Lets one call after the other fail under the real program: start, label, tag, settings OK, end.
 
-  faults.py PROGRAMS COUNT --shim FILE [--calls NAME,NAME...] [--seed N] [--terminals N]
+  faults.py PROGRAMS COUNT --shim FILE [--screen x] [--calls NAME,NAME...] [--seed N] [--terminals N]
+
+With a screen each terminal has an X server, where the program types into an xterm and shows the settings, in which a
+switch is tapped and OK pressed by keys; without one there is no window, and another program changes the settings.
 
 COUNT runs with a call and a number by chance; 0 goes through all of them in order: n = 1, 2, 3 ... of each call up to
 what a whole run meets. Malloc, which is met tens of thousands of times, is in every 97th of its calls only.
 
 After each: no signal ended the program and nothing hangs; the settings file is the old or the new one; what was typed
-was presented, once and in order; no key is down and the vibrator is off; a program that does not do its work says why
-on standard error; the next start works.
+was presented, once and in order; no key is down and the vibrator is off; a program that ends leaves no socket, lock or
+shared name behind; one that does not do its work says why on standard error; the next start works. What contradicts is
+tried once more, by itself: a machine that was too slow for a moment is no find, and is told apart.
 """
 
+import ctypes
+import fcntl
+import os
 import pathlib
 import re
 import signal
 import struct
+import subprocess
 import time
 
 from many import run_many
-from terminal import ERROR, Failure, Terminal, settings_file, wait_for
+from screen import Screen
+from terminal import ERROR, RFID_READING, SETTINGS_OPEN, Failure, Terminal, settings_file, wait_for
 
 HERE = pathlib.Path(__file__).resolve().parent
 CALLS = re.findall(r'"(\w+)"', re.search(r"Names\[\] = \{(.*?)\}", (HERE / "faults.c").read_text(), re.S)[1])
 READERS = {"1d": "label A", "laser": "label 1", "imager": "label 1"}
 OLD = bytearray(settings_file())
 struct.pack_into("<HH", OLD, 760 + 2 * 3, ord("1"), 1)  # the vibrator, for half a second
-READY_WITHIN, END_WITHIN, PRESSES = 40, 20, 3
+READY_WITHIN, END_WITHIN, TYPED_WITHIN, PRESSES = 60, 30, 10, 3
+OPEN_SETTINGS = 1028
+LIBRARY = ctypes.CDLL(None, use_errno=True)
 
 
 class Patient:
     plan = None  # of all terminals: the calls that are to fail, in order
     shim = None
+    with_screen = False
     calls = CALLS
 
     def __init__(self, programs, folder, chance):
         self.random, self.counts, self.number = chance, {}, 0
         self.terminal = Terminal(programs, folder)
-        self.reader = chance.choice(sorted(READERS))
+        self.screen = Screen(self.terminal) if self.with_screen else None
+        # What the keys of the settings tap is a symbology of the laser.
+        self.reader = "laser" if self.screen else chance.choice(sorted(READERS))
         self.calls_file = self.terminal.folder / "calls"
         self.words_file = self.terminal.folder / "standard-error"
         self.terminal.write_settings(OLD)
         self.terminal.start_readers("--quiet", "--barcode", self.reader, "--rfid", "100")
-        self.new, self.usual = None, set()
+        self.known, self.usual = [OLD], set()  # what the file may be, what is always said
         for _ in range(2):  # the first start sets the readers up
-            told = self.run(None, 0)
-            if told:
+            if told := self.run(None, 0):
                 raise Failure("without any fault: " + told)
-            self.new = self.terminal.settings.read_bytes()
+            self.known += [self.after_start, self.terminal.settings.read_bytes()]
             self.usual |= self.words()
         met = struct.unpack(f"{len(CALLS)}Q", self.calls_file.read_bytes())
         self.met = dict(zip(CALLS, met))
@@ -57,108 +70,178 @@ class Patient:
         """What the program said, without what it always says."""
         return {re.sub(r"\d+", "N", line) for line in self.words_file.read_text().splitlines()} - self.usual
 
+    def typed(self):
+        return self.screen.typed() if self.screen else self.terminal.typed()
+
+    def running(self):
+        return self.terminal.system.poll() is None
+
+    def await_running(self, condition, seconds):
+        """Whether it came true while the program ran."""
+        try:
+            wait_for("it", lambda: condition() or not self.running(), seconds, 0.05)
+        except Failure:
+            return False
+        return self.running()
+
     def press(self, present, wanted):
         """Presses until it is typed, like a user; each press has its own text."""
         for attempt in range(PRESSES):
+            # A press for a label searches for a tag as well, longer than the label takes.
+            self.await_running(lambda: not self.terminal.flags() & RFID_READING, 10)
             text = wanted(attempt)
             self.presented.append(text)
-            if self.terminal.scan(present + text, text, 5):
+            self.terminal.tell(present + text)
+            self.terminal.trigger("down")
+            came = self.await_running(lambda text=text: text in self.typed(), TYPED_WITHIN)
+            self.terminal.trigger("up")
+            if came:
                 self.count("presses after the first") if attempt else None
                 return True
-            if self.terminal.system.poll() is not None or self.terminal.flags() & ERROR:
+            if not self.running() or self.terminal.flags() & ERROR:
                 return False
         return False
+
+    def change_settings(self):
+        """By keys in the sheet, or by another program; whether they were applied."""
+        # A change waits for the end of a search.
+        self.await_running(lambda: not self.terminal.flags() & RFID_READING, 10)
+        if self.screen:
+            self.terminal.ask(message=OPEN_SETTINGS)
+            if not self.await_running(lambda: self.terminal.flags() & SETTINGS_OPEN, 20):
+                return False
+            time.sleep(0.5)  # the sheet takes the focus
+            self.screen.press("Tab", "Control")  # the other page, its second group, that group's first switch
+            for key in ("Home", "Down", "Right", "Down", "space", "Tab", "Tab", "Return"):
+                time.sleep(0.1)
+                self.screen.press(key)
+            closed = self.await_running(lambda: not self.terminal.flags() & SETTINGS_OPEN, 10)
+            self.screen.bring_to_front()
+        else:
+            closed = subprocess.run([str(self.terminal.programs / "vantrel-settings"), "set", "GoodReadBeep=Sound 3"],
+                                    env=self.terminal.environment, capture_output=True, check=False,
+                                    timeout=60).returncode == 0
+        return closed and self.await_running(self.terminal.ready, 20)
 
     def run(self, call, number):
         """One run; what is wrong with it, or None."""
         terminal = self.terminal
         terminal.write_settings(OLD)
-        terminal.keys.unlink(missing_ok=True)
         self.calls_file.write_bytes(bytes(8 * len(CALLS)))
-        self.number += 1
-        self.presented = []
-        terminal.tell("clear")
-        terminal.tell("untag")
         fault = {"LD_PRELOAD": str(self.shim), "FAULT_FILE": str(self.calls_file)}
         if call:
             fault |= {"FAULT_CALL": call, "FAULT_N": str(number)}
-        with open(self.words_file, "w", encoding="utf-8") as words:
-            terminal.start_system(environment=fault, stderr=words)
-        problems = self.use() + self.look(call)
+        problems = self.use(fault, self.words_file) + self.look(call)
         return f"{call} {number} with the {self.reader}: " + "; ".join(problems) if problems else None
 
-    def use(self):
-        """Start, label, tag, end; what is wrong with it."""
+    def use(self, environment, words_file):
+        """Start, label, tag, settings, end; what is wrong with it."""
         terminal = self.terminal
-        self.done = False
-        try:
-            wait_for("readiness", lambda: terminal.system.poll() is not None or terminal.ready()
-                     or terminal.flags() & ERROR, READY_WITHIN, 0.1)
-        except Failure:
-            pass
-        if terminal.system.poll() is None and terminal.ready():
+        terminal.keys.unlink(missing_ok=True)
+        if self.screen:
+            self.screen.clear()
+            self.screen.bring_to_front()
+        self.number += 1
+        self.presented, self.done = [], False
+        terminal.tell("clear")
+        terminal.tell("untag")
+        with open(words_file, "w", encoding="utf-8") as words:
+            terminal.start_system(environment=environment, stderr=words)
+        self.await_running(lambda: terminal.ready() or terminal.flags() & ERROR, READY_WITHIN)
+        self.after_start = terminal.settings.read_bytes()
+        if self.running() and terminal.ready():
             self.done = (self.press(READERS[self.reader] + " ", lambda n: f"FAULT{self.number}X{n}")
-                         and self.press("tag I ", lambda n: f"E007{self.number:08X}{n:04X}"))
-        if terminal.system.poll() is None:
+                         and self.press("tag I ", lambda n: f"E007{self.number:08X}{n:04X}")
+                         and self.change_settings())
+        if self.running():
             time.sleep(0.6)  # the vibrator's
             terminal.system.send_signal(signal.SIGTERM)
             try:
-                wait_for("the end", lambda: terminal.system.poll() is not None, END_WITHIN)
+                wait_for("the end", lambda: not self.running(), END_WITHIN)
             except Failure:
                 terminal.system.kill()
                 terminal.system.wait()
                 return ["does not end"]
         return []
 
+    def left_behind(self):
+        """What the program should have taken with it."""
+        home = self.terminal.home
+        found = [str(path) for path in (home / "windows").iterdir() if path.is_socket()]
+        noted = home / "shared-objects"
+        for line in noted.read_text().splitlines() if noted.exists() else []:
+            kind, name = line.split()
+            if kind == "event" and pathlib.Path("/dev/shm/sem." + name.lstrip("/")).exists():
+                found.append(line)
+            if kind == "queue" and LIBRARY.mq_open(name.encode(), os.O_RDONLY) >= 0:
+                found.append(line)
+        for path in (home / "Vantrel.lock", home / "DiskOnChip" / "Vantrel.ini"):
+            if path.exists():
+                with open(path, "rb") as file:
+                    try:
+                        fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
+                    except OSError:
+                        found.append(f"a lock on {path}")
+        return found
+
+    def keys_down(self):
+        if self.screen:
+            return self.screen.keys_down()
+        down = set()
+        for key, way in self.terminal.key_events():
+            (down.add if way == "down" else down.discard)(key)
+        return down
+
     def look(self, call):
         terminal, problems = self.terminal, []
         code = terminal.system.returncode
         words = self.words()
         said = " ".join(sorted(words)) or "says nothing"
-        if code == -signal.SIGABRT and call == "malloc" and "bad_alloc" in said:
+        no_memory = code == -signal.SIGABRT and call == "malloc" and "bad_alloc" in said
+        if no_memory:
             self.count("runs ended by the lack of memory, and said so")
         elif code < 0 and code != -signal.SIGKILL:
             problems.append(f"ended by signal {-code}: {said}")
         if not self.done and not words:
             problems.append(f"did not do its work (exit code {code}) and said nothing")
         content = terminal.settings.read_bytes()
-        if content != OLD and self.new not in (None, content):
-            if "has gone" in said and len(content) == len(OLD):
-                self.count("starts without a reader whose line broke, and said so")
-            else:
-                problems.append(f"another settings file ({len(content)} bytes): {said}")
-        typed = iter(self.presented)
-        lines = terminal.typed()
+        if call and content not in self.known:
+            problems.append(f"another settings file ({len(content)} bytes): {said}")
+        typed, lines = iter(self.presented), self.typed()
         if not all(line in typed for line in lines):
             problems.append(f"typed {lines}, presented {self.presented}")
-        down = set()
-        for key, way in terminal.key_events():
-            (down.add if way == "down" else down.discard)(key)
-        if down and code != -signal.SIGABRT:
+        if (down := self.keys_down()) and not no_memory:
             problems.append(f"keys left down: {down}")
         vibrator = terminal.home / "VIBRATOR"
         if code >= 0 and vibrator.exists() and vibrator.read_text()[:1] not in ("", "0"):
             problems.append("the vibrator is left on")
+        if code >= 0 and (left := self.left_behind()):
+            problems.append(f"left behind: {left}: {said}")
         if call:
             self.count(f"{call} failures")
             self.count("runs that did all their work" if self.done else "runs that told of a failure")
-        if call and (problems or not self.done):
-            problems += self.next_start()
+            if problems or not self.done:
+                problems += self.next_start()
         return problems
 
     def next_start(self):
         self.count("next starts")
-        self.presented = []
-        self.terminal.start_system(stderr=open(self.terminal.folder / "next-standard-error", "w", encoding="utf-8"))
-        problems = self.use()
+        problems = self.use({}, self.terminal.folder / "next-standard-error")
         return problems if self.done or problems else ["the next start does not work"]
 
     def once(self):
         if self.plan is None:
             call = self.random.choice([name for name in self.calls if self.met[name]])
-            return self.run(call, self.random.randint(1, self.met[call]))
-        call, number = next(self.plan, (None, 0))
-        return self.run(call, number) if call and number <= self.met[call] + 20 else None
+            number = self.random.randint(1, self.met[call])
+        else:
+            call, number = next(self.plan, (None, 0))
+            if not call or number > self.met[call] + 20:
+                return None
+        if not self.run(call, number):
+            return None
+        told = self.run(call, number)
+        self.count("contradictions that did not come again" if not told else "contradictions")
+        return told
 
 
 def all_of(calls):
@@ -169,6 +252,7 @@ def all_of(calls):
 
 def set_up(options):
     Patient.shim = pathlib.Path(options.shim).resolve()
+    Patient.with_screen = bool(options.screen)
     if options.calls:
         Patient.calls = options.calls.split(",")
     if options.count == 0:
@@ -179,4 +263,4 @@ def set_up(options):
 
 
 if __name__ == "__main__":
-    run_many(__doc__, Patient, {"--shim": True, "--calls": False}, set_up)
+    run_many(__doc__, Patient, {"--shim": True, "--screen": False, "--calls": False}, set_up)

@@ -13,9 +13,8 @@ import subprocess
 import time
 
 from many import run_many
-from terminal import Failure, Lines, Terminal, wait_for
+from terminal import RFID_READING, Failure, Lines, Terminal, wait_for
 
-RFID_READING = 16  # of the program's flags
 LABELS = {"1d": "label A", "laser": "label 1", "imager": "label 1"}
 CHARACTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
 OUTCOMES = ("event decode-acked com1", "event decode-lost com1", "event decode-sent com1", "event decode-timeout com1")

@@ -12,7 +12,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
 from demo import Lines, settings_file  # noqa: E402
 
 PATIENCE = 60
-INITIALIZED, BUSY, SETTINGS_OPEN, APPLYING, ERROR = 1, 32, 64, 128, 512  # of the program's flags
+INITIALIZED, RFID_READING, BUSY, SETTINGS_OPEN, APPLYING, ERROR = 1, 16, 32, 64, 128, 512  # of the program's flags
 WINDOW = {"class": "Vantrel", "title": "Vantrel v1.29"}
 
 
@@ -47,7 +47,8 @@ class Terminal:
         self.settings.write_bytes(content or settings_file())
 
     def start(self, name, *words, environment=None, **options):
-        process = subprocess.Popen([str(self.programs / name), *words], text=True,
+        program = self.programs / name
+        process = subprocess.Popen([str(program) if program.exists() else name, *words], text=True,
                                    env={**self.environment, **(environment or {})}, **options)
         self.processes = [one for one in self.processes if one.poll() is None] + [process]
         return process
@@ -77,19 +78,23 @@ class Terminal:
         return subprocess.run([str(self.programs / "vantrel-trigger"), word], env=self.environment,
                               check=False, stderr=subprocess.DEVNULL).returncode == 0
 
-    def flags(self):
-        """Of the program's state; 0 when it does not answer."""
+    def ask(self, **message):
+        """The answer of the program's window to a message; 0 when it does not answer."""
         for path in (self.home / "windows").glob("[!.]*"):
             try:
                 with socket.socket(socket.AF_UNIX) as line:
                     line.settimeout(5)
                     line.connect(str(path))
-                    line.sendall(json.dumps({"message": "WM_QUERYSTATUS", "wParam": 3, **WINDOW}).encode() + b"\n")
+                    line.sendall(json.dumps({**message, **WINDOW}).encode() + b"\n")
                     if answer := json.loads(line.makefile().readline()).get("result"):
                         return answer
             except (OSError, ValueError):
                 continue
         return 0
+
+    def flags(self):
+        """Of the program's state."""
+        return self.ask(message="WM_QUERYSTATUS", wParam=3)
 
     def ready(self):
         return self.flags() & (INITIALIZED | APPLYING | ERROR | BUSY) == INITIALIZED

@@ -1,10 +1,11 @@
 #include "platform/linux/windows/listener.h"
 
+#include <sys/socket.h>
 #include <unistd.h>
 
-#include <QLocalServer>
 #include <QLocalSocket>
 #include <QPointer>
+#include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
 #include <cerrno>
@@ -24,14 +25,15 @@ namespace layer {
 namespace {
 
 constexpr std::size_t MostCallers = 64;
-constexpr std::chrono::seconds LongestSilence{10};  // of a caller that owes us a line
+constexpr std::chrono::seconds LongestSilence{10};     // of a caller that owes us a line
+constexpr std::chrono::milliseconds AcceptPause{200};  // after a caller that could not be taken
 
 struct Listener {
     std::mutex Mutex;
     std::string Name;
     // The main thread's: the thread that serves, and what lives on it.
     QThread* Thread = nullptr;
-    QLocalServer* Server = nullptr;
+    class Server* Serving = nullptr;
     // The serving thread's own.
     std::vector<class Caller*> Callers;
 };
@@ -40,6 +42,9 @@ Listener& TheListener() {
     static auto* listener = new Listener;
     return *listener;
 }
+
+// Null when nothing is served any more. Main thread.
+QObject* TheServer();
 
 AnswerLine FindHere(const WindowLine& line) {
     AnswerLine answer;
@@ -60,7 +65,7 @@ AnswerLine FindHere(const WindowLine& line) {
 // long or makes no sense. Lives on the serving thread.
 class Caller : public QObject {
   public:
-    Caller(QLocalSocket* socket, QLocalServer* server) : QObject(server), socket_(socket) {
+    Caller(QLocalSocket* socket, QObject* server) : QObject(server), socket_(socket) {
         socket->setParent(this);
         socket->setReadBufferSize(static_cast<qint64>(LongestLine) + 1);
         TheListener().Callers.push_back(this);
@@ -105,7 +110,7 @@ class Caller : public QObject {
             silence_.stop();
             PostToMainThread([line = *line, caller = QPointer(this)] {
                 const std::string answer = WriteAnswer(DeliverLine(line), WindowLine::Kind::Message);
-                if (QLocalServer* server = TheListener().Server; server != nullptr) {
+                if (QObject* server = TheServer(); server != nullptr) {
                     QMetaObject::invokeMethod(server, [caller, answer] {
                         if (caller != nullptr) {
                             caller->handled_ = false;
@@ -128,15 +133,48 @@ class Caller : public QObject {
     bool handled_ = false;  // its message is with the main thread
 };
 
-// On the serving thread.
-void TakeCallers(QLocalServer* server) {
-    while (QLocalSocket* socket = server->nextPendingConnection()) {
-        if (TheListener().Callers.size() < MostCallers) {
-            new Caller(socket, server);
-        } else {
-            delete socket;
+// The socket that others call, and its callers. Lives on the serving thread. Qt's own server would stop
+// listening for good when a caller cannot be taken once, for want of a descriptor, say.
+class Server : public QObject {
+  public:
+    explicit Server(Descriptor socket)
+        : socket_(std::move(socket)), calls_(socket_.Number(), QSocketNotifier::Read, this), pause_(this) {
+        pause_.setSingleShot(true);
+        connect(&calls_, &QSocketNotifier::activated, this, [this] { TakeCallers(); });
+        connect(&pause_, &QTimer::timeout, this, [this] {
+            calls_.setEnabled(true);
+            TakeCallers();
+        });
+    }
+    ~Server() override { calls_.setEnabled(false); }
+
+  private:
+    void TakeCallers() {
+        for (;;) {
+            Descriptor caller(accept4(socket_.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+            if (!caller) {
+                break;
+            }
+            if (TheListener().Callers.size() < MostCallers) {
+                auto* socket = new QLocalSocket;
+                socket->setSocketDescriptor(caller.Release());
+                new Caller(socket, this);
+            }
+        }
+        if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
+            Say(LogPriority::Warning, "a program that calls has to wait: %s", std::strerror(errno));
+            calls_.setEnabled(false);
+            pause_.start(AcceptPause);
         }
     }
+
+    Descriptor socket_;
+    QSocketNotifier calls_;
+    QTimer pause_;
+};
+
+QObject* TheServer() {
+    return TheListener().Serving;
 }
 
 }  // namespace
@@ -154,18 +192,15 @@ bool StartListening() {
             std::strerror(errno));
         return false;
     }
-    listener.Server = new QLocalServer;
-    listener.Server->listen(socket);
-    QObject::connect(listener.Server, &QLocalServer::newConnection, listener.Server,
-                     [server = listener.Server] { TakeCallers(server); });
+    listener.Serving = new Server(Descriptor(socket));
     listener.Thread = new QThread;
-    listener.Server->moveToThread(listener.Thread);
+    listener.Serving->moveToThread(listener.Thread);
     listener.Thread->start();
     if (!listener.Thread->isRunning()) {
         // Nothing would ever be answered, and the end would wait for this thread's.
         Say(LogPriority::Error, "no thread for other programs' messages");
         RemoveSocket(name);
-        delete std::exchange(listener.Server, nullptr);
+        delete std::exchange(listener.Serving, nullptr);
         delete std::exchange(listener.Thread, nullptr);
         return false;
     }
@@ -187,8 +222,8 @@ void StopListening() {
     RemoveSocket(OwnProgram());
     // The message that ended the program has its answer too: it was posted before this.
     QMetaObject::invokeMethod(
-        listener.Server, [server = listener.Server] { delete server; }, Qt::BlockingQueuedConnection);
-    listener.Server = nullptr;
+        listener.Serving, [server = listener.Serving] { delete server; }, Qt::BlockingQueuedConnection);
+    listener.Serving = nullptr;
     listener.Thread->quit();
     listener.Thread->wait();
     delete std::exchange(listener.Thread, nullptr);
