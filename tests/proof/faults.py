@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """Lets one call after the other fail under the real program: start, label, tag, settings OK, end.
 
   faults.py PROGRAMS COUNT --shim FILE [--screen x] [--calls NAME,NAME...] [--seed N] [--terminals N]

@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """Kills the real program at random moments of starts, scans and saves, and looks at what the next start makes of it.
 
   kills.py PROGRAMS COUNT [--seed N] [--terminals N]

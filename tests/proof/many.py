@@ -22,6 +22,7 @@ def run_many(usage, subject, more=None, set_up=None):
     parser.add_argument("count", type=int)
     parser.add_argument("--seed", type=int, default=int(time.strftime("%Y%m%d")))
     parser.add_argument("--terminals", type=int, default=4)
+    parser.add_argument("--seconds", type=float, default=float("inf"), help="no new ones after so long")
     for name, required in (more or {}).items():
         parser.add_argument(name, required=required)
     options = parser.parse_args()
@@ -39,7 +40,7 @@ def run_many(usage, subject, more=None, set_up=None):
             one = subject(options.programs, folder, random.Random(f"{options.seed}/{number}"))
             while not found:
                 with lock:
-                    if left[0] == 0:
+                    if left[0] == 0 or time.monotonic() - began > options.seconds:
                         break
                     left[0] -= 1
                 if told := one.once():

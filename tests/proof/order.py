@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """The order in which a save reaches the disk: order.py PROGRAMS --shim FILE
 
 A power failure at any moment leaves the old settings file or the new one only when the new content is written beside

@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """Scans labels and tags through the real program while the readers do what faulty readers do.
 
   soak.py PROGRAMS COUNT [--seed N] [--terminals N]
