@@ -6,6 +6,8 @@
 #include "link/packet_sender.h"
 #include "link/probe_reply.h"
 #include "link/serial_ports.h"
+#include "link/ssi_packet.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -24,6 +26,12 @@ bool BeginsWithAck(const ReaderReply& reply) {
            std::equal(SsiReaderAck.begin(), SsiReaderAck.end(), reply.Bytes.begin());
 }
 
+// 0 when the reply is no refusal either.
+unsigned NakCause(const ReaderReply& reply) {
+    constexpr DWORD causeAt = 4;
+    return reply.Length > causeAt && reply.Bytes[1] == CMD_NAK ? reply.Bytes[causeAt] : 0;
+}
+
 // Sends a packet until it is acknowledged, twice at most: one acknowledgement may get lost.
 Reaction SendTwice(HANDLE port, std::span<const BYTE> packet) {
     Reaction reaction = Reaction::None;
@@ -32,6 +40,12 @@ Reaction SendTwice(HANDLE port, std::span<const BYTE> packet) {
         reaction = !RequestReply(port, packet, reply) ? Reaction::None
                    : BeginsWithAck(reply)             ? Reaction::Taken
                                                       : Reaction::Refused;
+        if (reaction == Reaction::None) {
+            Log(LogPriority::Warning, TEXT("the scan engine has not answered a packet"));
+        } else if (reaction == Reaction::Refused) {
+            Log(LogPriority::Warning, TEXT("the scan engine has refused a packet: cause %u"),
+                NakCause(reply));
+        }
     }
     return reaction;
 }
