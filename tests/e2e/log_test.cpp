@@ -1,6 +1,7 @@
 // What the program says of itself: a line, with its priority, for each event that matters, and no scanned
 // data in it.
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,7 +15,8 @@ namespace {
 
 TEST_F(EndToEnd, WhatMattersIsInTheLog) {
     const auto consumer = StartProgram("vantrel-watch", {"--messages"});
-    const std::string com1 = Terminal.Path("COM1"), path = Terminal.Path("log");
+    const std::string com1 = Terminal.Path("COM1"), path = Terminal.Path("log"),
+                      trace = Terminal.Path("trace");
     FitReaders("imager");
     Wire->Command("fault nak-params 2");
     WriteSettings(DeviceImager, {{&general::DataOutput, '7'}});
@@ -34,7 +36,7 @@ TEST_F(EndToEnd, WhatMattersIsInTheLog) {
              const int standard = dup(STDERR_FILENO);
              const int log = open(path.c_str(), O_CREAT | O_APPEND | O_WRONLY, 0600);
              dup2(log, STDERR_FILENO);
-             Start({"JOURNAL_STREAM=8:1"});
+             Start({"JOURNAL_STREAM=8:1", "VANTREL_TRACE=" + trace});
              dup2(standard, STDERR_FILENO);
              close(log), close(standard);
          }},
@@ -63,6 +65,10 @@ TEST_F(EndToEnd, WhatMattersIsInTheLog) {
     }
     EXPECT_LE(std::count(log.begin(), log.end(), '\n'), 20) << log;
     EXPECT_EQ(log.find("SECRET"), std::string::npos);
+    // The trace holds the scans, and nobody else reads it.
+    struct stat status {};
+    ASSERT_EQ(stat(trace.c_str(), &status), 0);
+    EXPECT_TRUE(status.st_mode % 01000 == 0600 && status.st_size > 0) << status.st_mode;
 }
 
 }  // namespace

@@ -74,6 +74,17 @@ user=$(inside id -u worker)
 inside systemctl start "user@$user" || not_here "nobody can log on"
 inside setpriv --reuid worker --regid worker --init-groups unshare -U true || not_here "users get no namespaces"
 inside dpkg -i -R /run/packages >/dev/null
+
+# An adapter that readers come with: its seat's user may open it, ModemManager and brltty leave it alone.
+inside mkdir -p /run/udev/rules.d
+inside tee /run/udev/rules.d/50-adapter.rules >/dev/null <<'RULE'
+KERNEL=="ptmx", ENV{ID_BUS}="usb", ENV{ID_VENDOR_ID}="0403", ENV{ID_MODEL_ID}="6001", ENV{BRLTTY_BRAILLE_DRIVER}="hm"
+RULE
+adapter=$(inside udevadm test --action=add /sys/class/tty/ptmx 2>&1)
+grep -q '^CURRENT_TAGS=.*:uaccess:' <<<"$adapter" && grep -q '^ID_MM_PORT_IGNORE=1$' <<<"$adapter" &&
+  ! grep -qE '^BRLTTY_BRAILLE_DRIVER=|60-vantrel.rules.*(Invalid|Unknown|ignor)' <<<"$adapter" ||
+  { echo "log_on.sh: the rule for udev does not work:" "$adapter" >&2; exit 1; }
+
 as_user() {
   inside setpriv --reuid worker --regid worker --init-groups env HOME=/home/worker USER=worker \
     XDG_RUNTIME_DIR="/run/user/$user" bash -euc "cd; $(declare -f await); $*"
@@ -98,6 +109,22 @@ as_user 'read_only() { nsenter -t $(systemctl --user show -p MainPID --value van
       sh -c "! touch $1 2>/dev/null"; }
   read_only ~/.profile; read_only /tmp/x; read_only /var/tmp/x; ! read_only ~/.local/share/vantrel/terminal/x
   rm ~/.local/share/vantrel/terminal/x' || failed "the sandbox is not what docs/security.md says"
+
+# Another user of the machine.
+inside setpriv --reuid nobody --regid nogroup --clear-groups bash -eu <<'STRANGER' || failed "a stranger gets in"
+export VANTREL_TERMINAL=/home/worker/.local/share/vantrel/terminal
+refused() { if "$@" 2>/dev/null; then echo "a stranger may: $*" >&2; exit 1; fi; }
+write() { true >>"$1"; }
+test -e /dev/mqueue/vantrel-*
+test -e /dev/shm/sem.vantrel-*
+for shared in /dev/mqueue/vantrel-* /dev/shm/sem.vantrel-* "$VANTREL_TERMINAL/Vantrel.lock"; do
+  refused cat "$shared"
+  refused write "$shared"
+done
+refused vantrel-trigger down
+refused vantrel-watch --status
+refused pkill -x vantrel
+STRANGER
 
 as_user 'sway() { swaymsg -s $XDG_RUNTIME_DIR/sway-ipc.*.sock "$@"; }
   in_front() { test -e /tmp/typed && sway -r -t get_tree | tr -d "\n" | grep -q "\"focused\": true.*\"app_id\": \"foot\""; }
