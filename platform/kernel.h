@@ -33,7 +33,8 @@ HANDLE CreateMutexW(LPSECURITY_ATTRIBUTES security, BOOL initialOwner, LPCWSTR n
 HANDLE CreateEventW(LPSECURITY_ATTRIBUTES security, BOOL manualReset, BOOL initialState, LPCWSTR name);
 // Waits for an event, a semaphore or the end of a thread: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
-// Closes any handle of this layer and wakes whoever waits on its object; that call fails.
+// Closes any handle of this layer. Whoever waits on an event or a semaphore of this program, or on a port, is
+// woken, and that call fails; a wait on what programs share runs on.
 BOOL CloseHandle(HANDLE object);
 
 void Sleep(DWORD milliseconds);

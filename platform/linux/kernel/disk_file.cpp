@@ -7,9 +7,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <mutex>
 
 #include "platform/files.h"
@@ -55,23 +55,19 @@ Descriptor OpenLocked(const std::string& path, int flags, bool alone, bool* miss
 }
 
 // The file that a chain of links ends at, existing or not; the path itself when it is no link.
-std::string LinkEnd(std::string path) {
-    char target[PATH_MAX];
-    for (int links = 0; links < 8 && realpath(path.c_str(), target) == nullptr; ++links) {
-        const ssize_t length = readlink(path.c_str(), target, sizeof target);
-        if (length <= 0 || static_cast<std::size_t>(length) == sizeof target) {
-            return path;
-        }
-        const std::string next(target, static_cast<std::size_t>(length));
-        path = next.front() == '/' ? next : path.substr(0, path.rfind('/') + 1) + next;
+std::string LinkEnd(std::filesystem::path path) {
+    std::error_code ignored;
+    for (int links = 0; links < 8 && std::filesystem::is_symlink(path, ignored); ++links) {
+        path = path.parent_path() / std::filesystem::read_symlink(path, ignored);
     }
-    return realpath(path.c_str(), target) != nullptr ? target : path;
+    return path;
 }
 
 class DiskFile : public Stream {
   public:
     // `replaces` is the path whose place the file takes when it is closed, or empty; `old` is what is there.
-    DiskFile(Descriptor file, DWORD access, std::string written, std::string replaces, Descriptor old)
+    DiskFile(Descriptor file, DWORD access, std::string written = {}, std::string replaces = {},
+             Descriptor old = Descriptor())
         : file_(std::move(file)),
           access_(access),
           written_(std::move(written)),
@@ -135,16 +131,13 @@ class DiskFile : public Stream {
             if (count < 0 && errno == EINTR) {
                 continue;
             }
-            if (count < 0) {
+            if (count <= 0) {
                 moved = static_cast<DWORD>(done);
-                return FALSE;
-            }
-            if (count == 0) {
-                break;
+                return count == 0;
             }
             done += static_cast<std::size_t>(count);
         }
-        moved = static_cast<DWORD>(done);
+        moved = size;
         return TRUE;
     }
 
@@ -176,21 +169,6 @@ class DiskFile : public Stream {
     int error_ = 0;  // of the first write that failed
 };
 
-int OpenFlags(DWORD access) {
-    const bool reads = (access & GENERIC_READ) != 0;
-    const bool writes = (access & GENERIC_WRITE) != 0;
-    return writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY;
-}
-
-std::shared_ptr<Stream> OpenExisting(const std::string& path, const DiskAccess& access) {
-    Descriptor file = OpenLocked(path, OpenFlags(access.Access), access.ShareMode == 0);
-    if (!file) {
-        return nullptr;
-    }
-    return std::make_shared<DiskFile>(std::move(file), access.Access, std::string(), std::string(),
-                                      Descriptor());
-}
-
 // Gives the file the owner, group and mode of the old one. Only root can give a file away: what another user
 // saves is his.
 bool TakeAfter(int file, int old) {
@@ -205,10 +183,7 @@ bool TakeAfter(int file, int old) {
     return fchmod(file, status.st_mode & 0777) == 0;
 }
 
-std::shared_ptr<Stream> CreateAlways(const std::string& path, const DiskAccess& access) {
-    if ((access.Access & GENERIC_WRITE) == 0) {
-        return nullptr;
-    }
+std::shared_ptr<Stream> CreateAlways(const std::string& path, DWORD access) {
     // A link keeps pointing where it does; what it points at is replaced.
     const std::string target = LinkEnd(path);
     bool missing = false;
@@ -217,7 +192,7 @@ std::shared_ptr<Stream> CreateAlways(const std::string& path, const DiskAccess& 
         return nullptr;
     }
     const std::string written = target + ".new";
-    Descriptor file = OpenLocked(written, OpenFlags(access.Access) | O_CREAT | O_NOFOLLOW, true);
+    Descriptor file = OpenLocked(written, O_RDWR | O_CREAT | O_NOFOLLOW, true);
     if (!file || ftruncate(file.Number(), 0) != 0) {
         return nullptr;
     }
@@ -225,20 +200,21 @@ std::shared_ptr<Stream> CreateAlways(const std::string& path, const DiskAccess& 
         unlink(written.c_str());
         return nullptr;
     }
-    return std::make_shared<DiskFile>(std::move(file), access.Access, written, target, std::move(old));
+    return std::make_shared<DiskFile>(std::move(file), access, written, target, std::move(old));
 }
 
 }  // namespace
 
 std::shared_ptr<Stream> OpenDiskFile(const std::string& path, const DiskAccess& access) {
-    switch (access.Disposition) {
-        case OPEN_EXISTING:
-            return OpenExisting(path, access);
-        case CREATE_ALWAYS:
-            return CreateAlways(path, access);
-        default:
-            return nullptr;
+    const bool writes = (access.Access & GENERIC_WRITE) != 0;
+    if (access.Disposition == CREATE_ALWAYS) {
+        return writes ? CreateAlways(path, access.Access) : nullptr;
     }
+    if (access.Disposition != OPEN_EXISTING) {
+        return nullptr;
+    }
+    Descriptor file = OpenLocked(path, writes ? O_RDWR : O_RDONLY, access.ShareMode == 0);
+    return file ? std::make_shared<DiskFile>(std::move(file), access.Access) : nullptr;
 }
 
 }  // namespace layer

@@ -1,7 +1,6 @@
 #include "platform/kernel.h"
 #include "platform/linux/kernel/event.h"
 #include "platform/linux/kernel/local_object.h"
-#include "platform/linux/kernel/named_event.h"
 #include "platform/linux/kernel/thread.h"
 
 namespace layer {
@@ -87,17 +86,9 @@ BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previousCount) {
 BOOL EventModify(HANDLE event, DWORD action) {
     layer::ParkAtEnd();
     const auto found = layer::FindObjectAs<layer::Event>(event);
-    if (found == nullptr) {
+    if (found == nullptr || (action != EVENT_SET && action != EVENT_RESET)) {
         return FALSE;
     }
-    switch (action) {
-        case EVENT_SET:
-            found->Set();
-            return TRUE;
-        case EVENT_RESET:
-            found->Reset();
-            return TRUE;
-        default:
-            return FALSE;
-    }
+    action == EVENT_SET ? found->Set() : found->Reset();
+    return TRUE;
 }

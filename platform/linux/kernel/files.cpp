@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <QRegularExpression>
 #include <cerrno>
 #include <string>
 
@@ -16,17 +17,9 @@ namespace {
 
 // "COM1:" to "COM9:", in any letter case; empty for everything else.
 std::string PortName(LPCWSTR name) {
-    constexpr std::u16string_view upper = u"COM";
-    constexpr std::u16string_view lower = u"com";
-    for (std::size_t i = 0; i < upper.size(); ++i) {
-        if (name[i] != upper[i] && name[i] != lower[i]) {
-            return {};
-        }
-    }
-    if (name[3] < u'1' || name[3] > u'9' || name[4] != u':' || name[5] != 0) {
-        return {};
-    }
-    return std::string("COM") + static_cast<char>(name[3]) + ":";
+    const QString upper = QString::fromUtf16(name).toUpper();
+    static const QRegularExpression port(QStringLiteral("\\ACOM[1-9]:\\z"));
+    return port.match(upper).hasMatch() ? upper.toStdString() : std::string();
 }
 
 std::shared_ptr<Object> OpenByName(LPCWSTR name, const DiskAccess& access) {
@@ -62,28 +55,18 @@ DWORD GetFileAttributesW(LPCWSTR name) {
     return FILE_ATTRIBUTE_NORMAL;
 }
 
-BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
+BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED) {
     layer::ParkAtEnd();
-    DWORD done = 0;
+    *read = 0;
     const auto stream = layer::FindObjectAs<layer::Stream>(file);
-    const bool usable = stream != nullptr && (buffer != nullptr || size == 0) && overlapped == nullptr;
-    const BOOL result = usable ? stream->Read(buffer, size, done) : FALSE;
-    if (read != nullptr) {
-        *read = done;
-    }
-    return result;
+    return stream != nullptr ? stream->Read(buffer, size, *read) : FALSE;
 }
 
-BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED overlapped) {
+BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERLAPPED) {
     layer::ParkAtEnd();
-    DWORD done = 0;
+    *written = 0;
     const auto stream = layer::FindObjectAs<layer::Stream>(file);
-    const bool usable = stream != nullptr && (buffer != nullptr || size == 0) && overlapped == nullptr;
-    const BOOL result = usable ? stream->Write(buffer, size, done) : FALSE;
-    if (written != nullptr) {
-        *written = done;
-    }
-    return result;
+    return stream != nullptr ? stream->Write(buffer, size, *written) : FALSE;
 }
 
 DWORD GetFileSize(HANDLE file, LPDWORD sizeHigh) {

@@ -1,8 +1,8 @@
-#include <dirent.h>
 #include <sys/stat.h>
 
-#include <cstring>
-#include <memory>
+#include <QString>
+#include <algorithm>
+#include <filesystem>
 
 #include "platform/linux/kernel/terminal.h"
 
@@ -10,9 +10,7 @@ namespace layer {
 
 namespace {
 
-bool IsSeparator(char16_t character) {
-    return character == u'\\' || character == u'/';
-}
+constexpr std::u16string_view Separators = u"\\/";
 
 // Characters that no file name of the platform has; a colon belongs to devices.
 bool IsForbidden(char16_t character) {
@@ -21,20 +19,8 @@ bool IsForbidden(char16_t character) {
     return character < u' ' || character == 0x7F || surrogate || odd.find(character) != odd.npos;
 }
 
-char LowerCase(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
-bool SameButForCase(std::string_view left, std::string_view right) {
-    if (left.size() != right.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        if (LowerCase(left[i]) != LowerCase(right[i])) {
-            return false;
-        }
-    }
-    return true;
+bool SameButForCase(const std::string& left, const char* right) {
+    return QString::fromStdString(left).compare(QString::fromUtf8(right), Qt::CaseInsensitive) == 0;
 }
 
 // The name under which a component exists in the folder; of several that differ in case the first in byte
@@ -45,13 +31,11 @@ std::string ExistingName(const std::string& folder, const std::string& component
         return component;
     }
     std::string found;
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), closedir);
-    if (directory != nullptr) {
-        while (const dirent* entry = readdir(directory.get())) {
-            const std::string name = entry->d_name;
-            if (SameButForCase(name, component) && (found.empty() || name < found)) {
-                found = name;
-            }
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
+        const std::string name = entry.path().filename();
+        if (SameButForCase(name, component.c_str()) && (found.empty() || name < found)) {
+            found = name;
         }
     }
     return found.empty() ? component : found;
@@ -60,32 +44,18 @@ std::string ExistingName(const std::string& folder, const std::string& component
 }  // namespace
 
 std::string HostPath(LPCWSTR path) {
-    if (path == nullptr) {
-        return {};
-    }
-    std::size_t length = 0;
-    while (path[length] != 0) {
-        if (++length >= MAX_PATH || (!IsSeparator(path[length - 1]) && IsForbidden(path[length - 1]))) {
-            return {};
-        }
-    }
-    std::u16string_view rest(path, length);
-    if (rest.empty()) {
+    std::u16string_view rest(path != nullptr ? path : u"");
+    if (rest.empty() || rest.size() >= MAX_PATH || std::any_of(rest.begin(), rest.end(), IsForbidden)) {
         return {};
     }
     // All paths start at the root, with the separator or without.
-    if (IsSeparator(rest.front())) {
-        rest.remove_prefix(1);
-    }
+    rest.remove_prefix(Separators.find(rest.front()) != Separators.npos ? 1 : 0);
     const std::string& root = TerminalFolder();
     std::string host = root;
     while (!rest.empty()) {
-        std::size_t end = 0;
-        while (end < rest.size() && !IsSeparator(rest[end])) {
-            ++end;
-        }
+        const std::size_t end = std::min(rest.find_first_of(Separators), rest.size());
         const std::string component = ToUtf8(rest.substr(0, end));
-        rest.remove_prefix(end < rest.size() ? end + 1 : end);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
         if (component.empty() || component == "." || component == "..") {
             return {};
         }

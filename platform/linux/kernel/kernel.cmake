@@ -13,7 +13,6 @@ vantrel_library(vantrel_platform_kernel
   linux/kernel/files.cpp
   linux/kernel/host_path.cpp
   linux/kernel/install_sounds.cpp
-  linux/kernel/local_object.cpp
   linux/kernel/log.cpp
   linux/kernel/message_queue.cpp
   linux/kernel/named_event.cpp

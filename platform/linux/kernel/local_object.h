@@ -1,4 +1,5 @@
-// Objects of this program that can be waited for: unnamed events, semaphores, threads.
+// Objects of this program that can be waited for: unnamed events, semaphores, threads. Closing the handle
+// wakes who waits.
 #pragma once
 
 #include <condition_variable>

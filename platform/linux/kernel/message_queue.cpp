@@ -14,7 +14,6 @@
 #include "platform/linux/kernel/clock.h"
 #include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/object.h"
-#include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/shared_names.h"
 #include "platform/linux/kernel/thread.h"
 
@@ -22,8 +21,7 @@ namespace layer {
 
 namespace {
 
-// A message queue's descriptor is a file descriptor on this host, which is what lets poll wait for it and for
-// the closing of the handle at the same time.
+// A message queue's descriptor is a file descriptor on this host, which poll can wait for.
 class QueueEnd : public Object {
   public:
     QueueEnd(std::shared_ptr<SharedNames> names, mqd_t queue, DWORD maxMessage, bool reads)
@@ -41,22 +39,16 @@ class QueueEnd : public Object {
             return length >= 0;
         });
         read = done ? static_cast<DWORD>(length) : 0;
-        return done ? TRUE : FALSE;
+        return done;
     }
 
     BOOL Write(const void* message, DWORD size, DWORD milliseconds) {
         if (reads_ || size > max_message_) {
             return FALSE;
         }
-        const bool done = WhenReady(POLLOUT, milliseconds, [&, this] {
+        return WhenReady(POLLOUT, milliseconds, [&, this] {
             return mq_send(queue_, static_cast<const char*>(message), size, 0) == 0;
         });
-        return done ? TRUE : FALSE;
-    }
-
-    bool Close() override {
-        closing_.Wake();  // never cleared: every wait from now on ends at once
-        return true;
     }
 
   private:
@@ -66,24 +58,19 @@ class QueueEnd : public Object {
         Clock& clock = CurrentClock();
         const std::uint64_t deadline = clock.DeadlineAfter(milliseconds);
         for (;;) {
-            std::array<pollfd, 2> files{{{closing_.Number(), POLLIN, 0}, {queue_, ready, 0}}};
-            const bool inTime = clock.PollUntil(files, deadline);
-            if (files[0].revents != 0 || !inTime) {
+            std::array<pollfd, 1> files{{{queue_, ready, 0}}};
+            if (!clock.PollUntil(files, deadline)) {
                 return false;
             }
-            if (work()) {
-                return true;
-            }
-            // Another end was quicker, or the queue is broken.
-            if (errno != EAGAIN && errno != EINTR) {
-                return false;
+            // Another end may have been quicker; else the queue is broken.
+            if (const bool done = work(); done || (errno != EAGAIN && errno != EINTR)) {
+                return done;
             }
         }
     }
 
     const std::shared_ptr<SharedNames> names_;
     const mqd_t queue_;
-    const Waker closing_;
     const DWORD max_message_;
     const bool reads_;
 };
@@ -139,7 +126,7 @@ HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options) {
         return nullptr;
     }
     std::shared_ptr<layer::SharedNames> names = layer::JoinSharedNames();
-    const std::string host = names != nullptr ? names->Enter(layer::SharedKind::Queue, name) : std::string();
+    const std::string host = names != nullptr ? names->Enter(layer::QueueKind, name) : std::string();
     if (host.empty()) {
         return nullptr;
     }
@@ -153,22 +140,10 @@ HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options) {
 
 BOOL ReadMsgQueue(HANDLE queue, LPVOID buffer, DWORD size, LPDWORD read, DWORD milliseconds, DWORD* flags) {
     layer::ParkAtEnd();
-    if (read != nullptr) {
-        *read = 0;
-    }
-    if (flags != nullptr) {
-        *flags = 0;
-    }
+    *read = 0;
+    *flags = 0;
     const auto end = layer::FindObjectAs<layer::QueueEnd>(queue);
-    if (end == nullptr || buffer == nullptr) {
-        return FALSE;
-    }
-    DWORD length = 0;
-    const BOOL done = end->Read(buffer, size, length, milliseconds);
-    if (read != nullptr) {
-        *read = length;
-    }
-    return done;
+    return end != nullptr && buffer != nullptr ? end->Read(buffer, size, *read, milliseconds) : FALSE;
 }
 
 BOOL WriteMsgQueue(HANDLE queue, LPVOID message, DWORD size, DWORD milliseconds, DWORD) {

@@ -12,8 +12,8 @@ namespace layer {
 class Object {
   public:
     virtual ~Object() = default;
-    // The handle has been closed: wakes every waiter on the object, whose calls fail. Called once; false when
-    // what was written could not be kept.
+    // The handle has been closed. Called once; false when what was written could not be kept. Objects of this
+    // program and ports wake who waits, whose calls fail.
     virtual bool Close() { return true; }
     // Waits for the object (event, semaphore, thread): a WAIT_ value. Objects that cannot be waited for fail.
     virtual DWORD Wait(DWORD milliseconds);

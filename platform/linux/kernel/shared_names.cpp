@@ -7,8 +7,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <sstream>
 #include <string_view>
 
 #include "platform/linux/kernel/log.h"
@@ -21,10 +22,6 @@ namespace {
 
 constexpr std::size_t MaxFile = 16 * 1024;
 constexpr std::size_t MaxName = 64;
-
-std::string_view Word(SharedKind kind) {
-    return kind == SharedKind::Event ? "event " : "queue ";
-}
 
 bool Usable(char16_t character) {
     return (character >= u'a' && character <= u'z') || (character >= u'A' && character <= u'Z') ||
@@ -39,50 +36,25 @@ std::string ReadWhole(int file) {
     return content;
 }
 
-// Calls `use` with the kind and the host's name on every line that this terminal could have written; the file
-// may hold anything.
-template <class Use>
-void ForEachName(std::string_view content, std::string_view prefix, Use use) {
-    while (!content.empty()) {
-        const std::size_t end = content.find('\n');
-        if (end == std::string_view::npos) {
-            return;
-        }
-        const std::string_view line = content.substr(0, end);
-        content.remove_prefix(end + 1);
-        for (const SharedKind kind : {SharedKind::Event, SharedKind::Queue}) {
-            const std::string_view word = Word(kind);
-            if (!line.starts_with(word)) {
-                continue;
-            }
-            const std::string_view name = line.substr(word.size());
-            if (name.starts_with(prefix) && name.size() <= prefix.size() + MaxName &&
-                name.find('/', 1) == std::string_view::npos && name.find('\0') == std::string_view::npos) {
-                use(kind, name);
-            }
-        }
-    }
-}
-
-// With the exclusive lock held.
+// With the exclusive lock held. The file may hold anything: what this terminal could not have written is
+// passed over.
 void TakeNamesAway(int file, const std::string& prefix) {
-    ForEachName(ReadWhole(file), prefix, [](SharedKind kind, std::string_view name) {
-        const std::string host(name);
-        if (kind == SharedKind::Event) {
-            sem_unlink(host.c_str());
-        } else {
-            mq_unlink(host.c_str());
+    std::istringstream lines(ReadWhole(file));
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t blank = line.find(' ');
+        const std::string name = line.substr(std::min(blank, line.size() - 1) + 1);
+        if (!name.starts_with(prefix) || name.find('/', 1) != std::string::npos) {
+            continue;
         }
-    });
-    if (ftruncate(file, 0) != 0) {
-        return;  // the lines stay; taking the same names away again does no harm
+        line.starts_with(EventKind) ? sem_unlink(name.c_str()) : mq_unlink(name.c_str());
     }
+    // Where the lines stay, taking the same names away again does no harm.
+    [[maybe_unused]] const int cut = ftruncate(file, 0);
 }
 
 struct Membership {
     std::mutex Mutex;
     std::weak_ptr<SharedNames> Names;
-    bool EndRegistered = false;
 };
 
 Membership& Mine() {
@@ -99,36 +71,23 @@ SharedNames::~SharedNames() {
     Leave();
 }
 
-std::string SharedNames::Enter(SharedKind kind, LPCWSTR name) {
-    std::string host = prefix_;
-    std::size_t length = 0;
-    for (; name[length] != 0; ++length) {
-        if (length == MaxName || !Usable(name[length])) {
-            return {};
-        }
-        host.push_back(static_cast<char>(name[length]));
-    }
-    if (length == 0) {
-        return {};
-    }
+std::string SharedNames::Enter(const char* kind, LPCWSTR name) {
+    const std::u16string_view wide(name);
     std::scoped_lock lock(mutex_);
-    if (!file_) {
+    if (!file_ || wide.empty() || wide.size() > MaxName || !std::all_of(wide.begin(), wide.end(), Usable)) {
         return {};
     }
-    const std::string content = ReadWhole(file_.Number());
-    bool known = false;
-    ForEachName(content, prefix_, [&](SharedKind knownKind, std::string_view knownName) {
-        known = known || (knownKind == kind && knownName == host);
-    });
-    if (!known) {
-        std::string line(content.empty() || content.back() == '\n' ? "" : "\n");
-        line.append(Word(kind)).append(host).append("\n");
-        if (content.size() + line.size() > MaxFile ||
-            write(file_.Number(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
-            return {};
-        }
+    const std::string host = prefix_ + std::string(wide.begin(), wide.end());
+    const std::string content = "\n" + ReadWhole(file_.Number());
+    const std::string line = std::string("\n") + kind + " " + host + "\n";
+    if (content.find(line) != std::string::npos) {
+        return host;
     }
-    return host;
+    const std::string_view added = std::string_view(line).substr(content.ends_with('\n') ? 1 : 0);
+    const bool written =
+        content.size() + line.size() <= MaxFile &&
+        write(file_.Number(), added.data(), added.size()) == static_cast<ssize_t>(added.size());
+    return written ? host : std::string();
 }
 
 void SharedNames::Leave() {
@@ -168,21 +127,11 @@ std::shared_ptr<SharedNames> JoinSharedNames() {
     }
     names = std::make_shared<SharedNames>(std::move(file), prefix);
     mine.Names = names;
-    if (!mine.EndRegistered) {
-        mine.EndRegistered = true;
-        AtEnd([] {
-            Membership& ending = Mine();
-            std::shared_ptr<SharedNames> left;
-            {
-                std::scoped_lock endingLock(ending.Mutex);
-                left = ending.Names.lock();
-                ending.EndRegistered = false;
-            }
-            if (left != nullptr) {
-                left->Leave();
-            }
-        });
-    }
+    AtEnd([left = mine.Names] {
+        if (const auto held = left.lock()) {
+            held->Leave();
+        }
+    });
     return names;
 }
 

@@ -17,7 +17,7 @@
 
 namespace layer {
 
-enum class SharedKind { Event, Queue };
+inline constexpr const char *EventKind = "event", *QueueKind = "queue";
 
 class SharedNames {
   public:
@@ -29,7 +29,7 @@ class SharedNames {
 
     // The host's name of a shared object, "/vantrel-IDENTITY-NAME", noted in the file before the object is
     // made. Empty for a name that cannot be used: only letters, digits, '.', '_' and '-' can, at most 64.
-    std::string Enter(SharedKind kind, LPCWSTR name);
+    std::string Enter(const char* kind, LPCWSTR name);
     // Lets go, and takes the names away when no other program holds them. Once.
     void Leave();
 

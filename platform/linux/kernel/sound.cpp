@@ -64,24 +64,16 @@ void RunSounds() {
 }
 
 bool Ask(LPCWSTR name) {
+    const std::u16string_view wanted = name != nullptr ? name : u"";
     SoundDesk& desk = Desk();
     std::scoped_lock lock(desk.Mutex);
-    desk.Name[0] = 0;
-    if (name != nullptr) {
-        std::size_t length = 0;
-        while (name[length] != 0) {
-            if (length + 1 == desk.Name.size()) {
-                desk.Name[0] = 0;
-                return false;
-            }
-            desk.Name[length] = name[length];
-            ++length;
-        }
-        desk.Name[length] = 0;
+    if (wanted.size() >= desk.Name.size()) {
+        return false;
     }
+    *std::copy(wanted.begin(), wanted.end(), desk.Name.begin()) = 0;
     if (!desk.ThreadRuns) {
         // Silence needs no thread when nothing has ever played.
-        if (name == nullptr) {
+        if (wanted.empty()) {
             return true;
         }
         try {

@@ -1,7 +1,6 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstring>
 
 #include "platform/kernel.h"
@@ -51,39 +50,22 @@ void ParkAtEnd() {
 
 }  // namespace layer
 
-HANDLE CreateThread(LPSECURITY_ATTRIBUTES, std::size_t stackSize, LPTHREAD_START_ROUTINE start,
-                    LPVOID parameter, DWORD, LPDWORD threadId) {
-    static std::atomic<DWORD> lastId{0};
+HANDLE CreateThread(LPSECURITY_ATTRIBUTES, std::size_t, LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD,
+                    LPDWORD) {
     layer::ParkAtEnd();
     if (start == nullptr) {
         return nullptr;
     }
     auto thread = std::make_shared<layer::Thread>(start, parameter);
     const HANDLE handle = layer::NewHandle(thread);
-    if (handle == nullptr) {
-        return nullptr;
-    }
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-    // What is asked for is a least size: the host's own libraries need more than a small device's do.
-    std::size_t usual = 0;
-    pthread_attr_getstacksize(&attributes, &usual);
-    if (stackSize > usual) {
-        pthread_attr_setstacksize(&attributes, stackSize);
-    }
     auto* held = new std::shared_ptr<layer::Thread>(std::move(thread));
     pthread_t host;
-    const int failed = pthread_create(&host, &attributes, layer::StartThread, held);
-    pthread_attr_destroy(&attributes);
-    if (failed != 0) {
+    if (const int failed = pthread_create(&host, nullptr, layer::StartThread, held); failed != 0) {
         layer::Say(LogPriority::Error, "a thread cannot be started: %s", std::strerror(failed));
         delete held;
         layer::ReleaseHandle(handle);
         return nullptr;
     }
-    if (threadId != nullptr) {
-        *threadId = ++lastId;
-    }
+    pthread_detach(host);
     return handle;
 }

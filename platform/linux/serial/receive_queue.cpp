@@ -1,39 +1,47 @@
 #include "platform/linux/serial/receive_queue.h"
 
-#include <vector>
+#include <algorithm>
 
 namespace layer {
 
 void ReceiveQueue::Add(std::span<const BYTE> raw, WireTrace* seen) {
     const std::size_t before = count_;
     for (const BYTE byte : raw) {
-        const LineMarks::Result result = marks_.Take(byte);
-        Broke |= result.broke;
-        for (int i = 0; i < result.count && count_ < Size; ++i) {
-            bytes_[(first_ + count_++) % Size] = result.bytes[i];
+        if ((mark_ == 0 && byte == 0xFF) || (mark_ == 1 && byte == 0)) {
+            ++mark_;
+            continue;
         }
+        if (mark_ == 1 && byte != 0xFF) {
+            Put(0xFF);  // no line discipline sends this; losing a byte would be worse than passing both on
+        }
+        if (mark_ == 2 && byte == 0) {
+            Broke = true;
+        } else {
+            Put(byte);
+        }
+        mark_ = 0;
     }
-    if (seen != nullptr && count_ != before) {
-        std::vector<BYTE> added;
-        for (std::size_t at = before; at < count_; ++at) {
-            added.push_back(bytes_[(first_ + at) % Size]);
-        }
-        seen->Received(added);
+    if (seen != nullptr) {
+        seen->Received({bytes_.data() + before, count_ - before});
+    }
+}
+
+void ReceiveQueue::Put(BYTE byte) {
+    if (count_ < Size) {
+        bytes_[count_++] = byte;
     }
 }
 
 DWORD ReceiveQueue::Take(BYTE* buffer, DWORD size) {
-    const DWORD taken = static_cast<DWORD>(std::min<std::size_t>(size, count_));
-    for (DWORD i = 0; i < taken; ++i) {
-        buffer[i] = bytes_[(first_ + i) % Size];
-    }
-    first_ = (first_ + taken) % Size;
+    const std::size_t taken = std::min<std::size_t>(size, count_);
+    std::copy_n(bytes_.begin(), taken, buffer);
+    std::copy(bytes_.begin() + taken, bytes_.begin() + count_, bytes_.begin());
     count_ -= taken;
-    return taken;
+    return static_cast<DWORD>(taken);
 }
 
 void ReceiveQueue::Clear() {
-    marks_.Reset();
+    mark_ = 0;
     count_ = 0;
 }
 

@@ -28,15 +28,14 @@ vantrel_library(vantrel_platform_serial
   linux/keyboard/keyboard_xtest.cpp
   linux/keyboard/layout_keys.cpp
   linux/keyboard/stroke_keyboard.cpp
-  linux/serial/line_marks.cpp
   linux/serial/receive_queue.cpp
   linux/serial/serial.cpp
   linux/serial/tty.cpp
   linux/serial/tty_line.cpp
+  linux/serial/tty_transfer.cpp
   linux/serial/wire_trace.cpp
   linux/keyboard/us_keyboard.cpp
-  linux/keyboard/wayland_connection.cpp
-  linux/kernel/wake_fd.cpp)
+  linux/keyboard/wayland_connection.cpp)
 vantrel_one_by_one(vantrel_platform_serial)
 # Files open ports and ports wait through the kernel's objects: each library needs the other.
 target_link_libraries(vantrel_platform_serial PUBLIC vantrel_platform_kernel PRIVATE PkgConfig::VANTREL_KEYS vantrel_virtual_keyboard)

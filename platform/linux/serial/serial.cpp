@@ -43,22 +43,22 @@ BOOL SetupComm(HANDLE port, DWORD inputQueue, DWORD outputQueue) {
 
 BOOL GetCommState(HANDLE port, DCB* state) {
     const auto found = layer::PortOf(port);
-    return found && state != nullptr && found->GetState(*state);
+    return found && found->GetState(*state);
 }
 
 BOOL SetCommState(HANDLE port, DCB* state) {
     const auto found = layer::PortOf(port);
-    return found && state != nullptr && found->SetState(*state);
+    return found && found->SetState(*state);
 }
 
 BOOL GetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
     const auto found = layer::PortOf(port);
-    return found && timeouts != nullptr && found->GetTimeouts(*timeouts);
+    return found && found->GetTimeouts(*timeouts);
 }
 
 BOOL SetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
     const auto found = layer::PortOf(port);
-    return found && timeouts != nullptr && found->SetTimeouts(*timeouts);
+    return found && found->SetTimeouts(*timeouts);
 }
 
 BOOL PurgeComm(HANDLE port, DWORD flags) {
@@ -71,26 +71,14 @@ BOOL SetCommMask(HANDLE port, DWORD mask) {
     return found && found->SetMask(mask);
 }
 
-BOOL WaitCommEvent(HANDLE port, LPDWORD events, LPOVERLAPPED overlapped) {
+BOOL WaitCommEvent(HANDLE port, LPDWORD events, LPOVERLAPPED) {
     const auto found = layer::PortOf(port);
-    return found && events != nullptr && overlapped == nullptr && found->WaitEvent(*events);
+    return found && found->WaitEvent(*events);
 }
 
 BOOL ClearCommError(HANDLE port, LPDWORD errors, COMSTAT* status) {
     const auto found = layer::PortOf(port);
-    if (!found) {
-        return FALSE;
-    }
-    DWORD errorBits = 0;
-    COMSTAT counts{};
-    const BOOL done = found->ClearError(errorBits, counts);
-    if (errors != nullptr) {
-        *errors = errorBits;
-    }
-    if (status != nullptr) {
-        *status = counts;
-    }
-    return done;
+    return found && found->ClearError(*errors, *status);
 }
 
 BOOL SetCommBreak(HANDLE port) {

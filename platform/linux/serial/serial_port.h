@@ -16,6 +16,7 @@ class SerialPort : public Stream {
     virtual BOOL GetState(DCB& state) = 0;
     virtual BOOL SetState(const DCB& state) = 0;
     virtual BOOL GetTimeouts(COMMTIMEOUTS& timeouts) = 0;
+    // Read interval and write constant; the others must be 0.
     virtual BOOL SetTimeouts(const COMMTIMEOUTS& timeouts) = 0;
     virtual BOOL Purge(DWORD flags) = 0;
     virtual BOOL SetMask(DWORD mask) = 0;
@@ -24,7 +25,7 @@ class SerialPort : public Stream {
     virtual BOOL SetBreak(bool on) = 0;
 };
 
-// Opens the port with the name ("COM1:"); null when it cannot be opened or is open already.
+// Opens the port with the name ("COM1:" to "COM9:"); null when it cannot be opened or is open already.
 using SerialOpener = std::function<std::shared_ptr<SerialPort>(const std::string& name)>;
 std::shared_ptr<SerialPort> OpenTty(const std::string& name);
 // The one place that chooses: OpenTty, or what a test has installed (null: OpenTty again).

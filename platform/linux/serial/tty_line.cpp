@@ -13,9 +13,9 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <climits>
 #include <cstdlib>
-#include <ctime>
+#include <filesystem>
+#include <thread>
 #include <utility>
 
 #ifndef TIOCSER_TEMT
@@ -81,9 +81,7 @@ int OpenSilentLine(int& fd) {
 }
 
 void Pause(DWORD milliseconds) {
-    timespec time{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
-    while (nanosleep(&time, &time) != 0 && errno == EINTR) {
-    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
 }  // namespace
@@ -98,13 +96,8 @@ std::uint64_t LinkIdentity(std::string path) {
               static_cast<std::uint64_t>(status.st_ctim.tv_nsec)}) {
             identity = (identity ^ part) * 1099511628211u;
         }
-        char target[PATH_MAX];
-        const ssize_t length = readlink(path.c_str(), target, sizeof target);
-        if (length <= 0) {
-            break;
-        }
-        const std::string next(target, static_cast<std::size_t>(length));
-        path = next[0] == '/' ? next : path.substr(0, path.rfind('/') + 1) + next;
+        std::error_code ignored;
+        path = std::filesystem::path(path).parent_path() / std::filesystem::read_symlink(path, ignored);
     }
     return identity;
 }
@@ -157,8 +150,7 @@ bool TtyLine::Configure(DWORD speed) {
     settings.c_cflag |= CREAD | CLOCAL | HUPCL;
     settings.c_cc[VMIN] = 1;  // so that a read of nothing means a line that has gone
     settings.c_cc[VTIME] = 0;
-    const SpeedCode* code = FindSpeed(speed);
-    if (code != nullptr) {
+    if (const SpeedCode* code = FindSpeed(speed)) {
         cfsetspeed(&settings, code->code);
     }
     return tcsetattr(fd_, TCSANOW, &settings) == 0;
@@ -169,13 +161,10 @@ DWORD TtyLine::Speed() const {
     if (tcgetattr(fd_, &settings) != 0) {
         return 0;
     }
-    const speed_t code = cfgetospeed(&settings);
-    for (const SpeedCode& known : Speeds) {
-        if (known.code == code) {
-            return known.speed;
-        }
-    }
-    return 0;
+    const auto found =
+        std::find_if(Speeds.begin(), Speeds.end(),
+                     [code = cfgetospeed(&settings)](const SpeedCode& s) { return s.code == code; });
+    return found != Speeds.end() ? found->speed : 0;
 }
 
 bool TtyLine::SetSpeed(DWORD speed) {

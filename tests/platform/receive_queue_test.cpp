@@ -1,4 +1,4 @@
-#include "platform/linux/serial/line_marks.h"
+#include "platform/linux/serial/receive_queue.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,8 @@ namespace {
 
 using Bytes = std::vector<BYTE>;
 
-TEST(LineMarks, BreaksDoubledAndDamagedBytes) {
+// Whole and byte by byte.
+TEST(ReceiveQueue, BreaksDoubledAndDamagedBytes) {
     const struct {
         Bytes In, Out;
         int Breaks;
@@ -22,16 +23,20 @@ TEST(LineMarks, BreaksDoubledAndDamagedBytes) {
         {{0xFF, 0x41}, {0xFF, 0x41}, 0},
     };
     for (const auto& test : cases) {
-        layer::LineMarks marks;
-        Bytes out;
+        layer::ReceiveQueue whole, cut;
         int breaks = 0;
+        whole.Add(test.In, nullptr);
         for (const BYTE byte : test.In) {
-            const auto result = marks.Take(byte);
-            out.insert(out.end(), result.bytes, result.bytes + result.count);
-            breaks += result.broke;
+            cut.Add({&byte, 1}, nullptr);
+            breaks += std::exchange(cut.Broke, false);
         }
-        EXPECT_EQ(out, test.Out);
+        EXPECT_EQ(whole.Broke, test.Breaks > 0);
         EXPECT_EQ(breaks, test.Breaks);
+        for (layer::ReceiveQueue* queue : {&whole, &cut}) {
+            Bytes out(10);
+            out.resize(queue->Take(out.data(), 10));
+            EXPECT_EQ(out, test.Out);
+        }
     }
 }
 
