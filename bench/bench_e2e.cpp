@@ -4,9 +4,7 @@
 // rule.
 #include <fcntl.h>
 #include <poll.h>
-#include <pty.h>
 #include <sys/stat.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,10 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "settings/defaults.h"
-#include "settings/general_fields.h"
-#include "settings/record.h"
-#include "settings/settings_file.h"
+#include "bench/laser.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"
 
@@ -28,98 +23,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// What the program waits by rule, in milliseconds: a packet ends with a pause; its acknowledgement, which
-// leaves before the scan is delivered, has RTS raised before and held after it.
-constexpr double MessageGap = 30, RtsLead = 100, RtsHold = 50;
-constexpr double ByRule = MessageGap + RtsLead + RtsHold;
 constexpr double Allowed = 5;
 constexpr int Scans = 40;
 constexpr int DecodeTime = 60;
-
-std::vector<BYTE> Packet(std::vector<BYTE> bytes) {
-    unsigned sum = 0;
-    bytes.insert(bytes.begin(), static_cast<BYTE>(bytes.size() + 1));
-    for (const BYTE byte : bytes) {
-        sum += byte;
-    }
-    sum = 0x10000 - sum;
-    bytes.push_back(static_cast<BYTE>(sum >> 8));
-    bytes.push_back(static_cast<BYTE>(sum));
-    return bytes;
-}
-
-// A long-range laser that decodes one label for each start.
-class Laser {
-  public:
-    explicit Laser(const TemporaryTerminal& terminal) {
-        char name[128];
-        if (openpty(&master_, &slave_, name, nullptr, nullptr) != 0 ||
-            symlink(name, terminal.Path("COM1").c_str()) != 0) {
-            std::perror("COM1");
-            std::exit(1);
-        }
-        termios raw{};
-        tcgetattr(slave_, &raw);
-        cfmakeraw(&raw);
-        tcsetattr(slave_, TCSANOW, &raw);
-    }
-    int File() const { return master_; }
-    int Starts() const { return starts_; }
-    int Stops() const { return stops_; }
-
-    // Takes what has arrived and acknowledges whole commands.
-    void Listen() {
-        BYTE chunk[512];
-        const ssize_t count = read(master_, chunk, sizeof chunk);
-        pending_.insert(pending_.end(), chunk, chunk + std::max<ssize_t>(count, 0));
-        while (pending_.size() > 1 && pending_.size() >= pending_[0] + 2u) {
-            const BYTE opcode = pending_[1];
-            starts_ += opcode == 0xE4;
-            stops_ += opcode == 0xE5;
-            pending_.erase(pending_.begin(), pending_.begin() + pending_[0] + 2);
-            if (opcode != 0xD0) {
-                Send(Packet({0xD0, 0x00, 0x00}));
-            }
-        }
-    }
-    // The moment after the last byte.
-    Clock::time_point SendLabel() {
-        Send(Packet({0xF3, 0x00, 0x00, 0x01, 'A', 'B', '1', '2'}));
-        return Clock::now();
-    }
-
-  private:
-    void Send(const std::vector<BYTE>& bytes) {
-        if (write(master_, bytes.data(), bytes.size()) < 0) {
-            std::perror("write");
-        }
-    }
-
-    int master_ = -1, slave_ = -1;
-    int starts_ = 0, stops_ = 0;
-    std::vector<BYTE> pending_;
-};
 
 void Trigger(const char* action) {
     ChildProcess({"/bin/sh", "-c",
                   std::string("exec " VANTREL_PROGRAMS "/vantrel-trigger ") + action + " 2>/dev/null"})
         .Wait();
-}
-
-// Serves the reader until the condition holds; false after the time.
-template <class Condition>
-bool Serve(Laser& laser, int milliseconds, const Condition& condition) {
-    const auto until = Clock::now() + std::chrono::milliseconds(milliseconds);
-    while (!condition()) {
-        pollfd file{laser.File(), POLLIN, 0};
-        if (Clock::now() >= until) {
-            return false;
-        }
-        if (poll(&file, 1, 10) > 0) {
-            laser.Listen();
-        }
-    }
-    return true;
 }
 
 // Milliseconds from the label's last byte to the first key event; below 0 when none came.
@@ -130,7 +41,7 @@ double MeasureOne(Laser& laser, int keys) {
         return -1;  // the last scan is still busy
     }
     Serve(laser, DecodeTime, [] { return false; });
-    const auto sent = laser.SendLabel();
+    const auto sent = laser.SendLabel("AB12");
     pollfd file{keys, POLLIN, 0};
     const bool came = poll(&file, 1, 2000) > 0;
     const std::chrono::duration<double, std::milli> time = Clock::now() - sent;
@@ -149,10 +60,7 @@ int main(int count, char** arguments) {
     const bool check = count == 2 && std::strcmp(arguments[1], "--check") == 0;
     const TemporaryTerminal terminal;
     Laser laser(terminal);
-    DeviceFlags = DeviceLaser;
-    ResetSettings(ResetAllGroups);
-    SetValue(general::CheckReaderStatus, '0');
-    SaveSettings();
+    SaveLaserSettings();
     // A pipe in place of a file: an event can be waited for.
     const std::string pipe = terminal.Path("keys");
     mkfifo(pipe.c_str(), 0600);

@@ -13,6 +13,7 @@
 
 namespace {
 
+constexpr int LongestWait = 3000;
 constexpr int QuietTime = 100;  // milliseconds after which nothing more is expected
 
 bool WaitForEvent(Display* display, int milliseconds) {
@@ -55,7 +56,7 @@ XClient::~XClient() {
 std::string XClient::Typed(std::size_t count) {
     std::string text;
     std::size_t keys = 0;
-    while (WaitForEvent(display_, keys < count ? 3000 : QuietTime)) {
+    while (WaitForEvent(display_, keys < count ? LongestWait : QuietTime)) {
         XEvent event;
         XNextEvent(display_, &event);
         if (event.type == MappingNotify)
@@ -81,14 +82,17 @@ std::string XClient::Typed(std::size_t count) {
     return text;
 }
 
-void XClient::Await(std::size_t count) {
+bool XClient::Await(std::size_t count) {
     while (count > 0) {
+        if (!WaitForEvent(display_, LongestWait))
+            return false;
         XEvent event;
         XNextEvent(display_, &event);
         KeySym symbol = NoSymbol;
         if (event.type == KeyPress && (symbol = XLookupKeysym(&event.xkey, 0), !IsModifierKey(symbol)))
             --count;
     }
+    return true;
 }
 
 void XClient::Press(KeySym key, bool down, bool real) {

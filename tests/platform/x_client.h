@@ -18,8 +18,8 @@ class XClient {
     // `count` have come or nothing comes any more. Keys without a character show as <name>, modifiers not at
     // all; Control, Alt and the like show in front: ^C, !A.
     std::string Typed(std::size_t count);
-    // Waits for that many keys and takes them.
-    void Await(std::size_t count);
+    // Waits for that many keys and takes them; false when for 3 s none comes.
+    bool Await(std::size_t count);
 
     // What the user does. On the real keyboard, or on the one that programs use.
     void Hold(KeySym key, bool real = true) { Press(key, true, real); }
