@@ -5,6 +5,7 @@
 #include <chrono>
 #include <climits>
 #include <ctime>
+#include <thread>
 
 #include "platform/kernel.h"
 #include "platform/linux/kernel/thread.h"
@@ -42,6 +43,14 @@ class RealClock : public Clock {
             }
         }
         return true;
+    }
+
+    void Pause(DWORD milliseconds) override {
+        if (milliseconds == INFINITE) {
+            Clock::Pause(milliseconds);
+        } else {
+            std::this_thread::sleep_for(Milliseconds(milliseconds));
+        }
     }
 
     bool PollUntil(std::span<pollfd> files, std::uint64_t deadline) override {
@@ -90,6 +99,13 @@ std::uint64_t Clock::DeadlineAfter(DWORD milliseconds) {
     return milliseconds == INFINITE ? Forever : Now() + milliseconds;
 }
 
+void Clock::Pause(DWORD milliseconds) {
+    std::mutex mutex;
+    std::condition_variable condition;
+    std::unique_lock lock(mutex);
+    WaitUntil(lock, condition, DeadlineAfter(milliseconds), [] { return false; });
+}
+
 Clock& CurrentClock() {
     Clock* clock = Installed.load(std::memory_order_acquire);
     return clock != nullptr ? *clock : TheRealClock;
@@ -103,12 +119,7 @@ void InstallClock(Clock* clock) {
 
 void Sleep(DWORD milliseconds) {
     layer::ParkAtEnd();
-    std::mutex mutex;
-    std::condition_variable condition;
-    std::unique_lock lock(mutex);
-    layer::Clock& clock = layer::CurrentClock();
-    clock.WaitUntil(lock, condition, clock.DeadlineAfter(milliseconds), [] { return false; });
-    lock.unlock();
+    layer::CurrentClock().Pause(milliseconds);
     layer::ParkAtEnd();
 }
 

@@ -27,6 +27,8 @@ class Clock {
     // on a real tty.
     virtual bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& condition,
                            std::uint64_t deadline, const std::function<bool()>& done) = 0;
+    // Waits so long, and not until a tick of the clock.
+    virtual void Pause(DWORD milliseconds);
     // Waits until one of the files is ready (their revents are filled in); false when the deadline has
     // passed.
     virtual bool PollUntil(std::span<pollfd> files, std::uint64_t deadline) = 0;
