@@ -27,7 +27,7 @@ constexpr UINT RfidPowerUp = 1200;  // milliseconds
 
 // Opens the reader that the settings name, without looking for it. A terminal with an RFID reader alone has
 // nothing to open now, but becomes ready like any other.
-DWORD OpenStoredReader() {
+ErrorCode OpenStoredReader() {
     UINT powerUp = RfidPowerUp;
     if (const BarcodeReader* reader = FittedBarcodeReader()) {
         HANDLE port = OpenReaderPort(BarcodePortSelector);
@@ -44,7 +44,7 @@ DWORD OpenStoredReader() {
 
 // The settings are wanted although no barcode reader answers: those of the readers of the last run, or of the
 // 1D reader, whose decoder may have lost its firmware.
-DWORD GoOnWithoutReader(int loaded) {
+ErrorCode GoOnWithoutReader(int loaded) {
     if (!loaded) {
         DeviceFlags = Device1D;
         ResetSettings(ResetAllGroups);
@@ -57,7 +57,7 @@ DWORD GoOnWithoutReader(int loaded) {
     return OpenStoredReader();
 }
 
-DWORD FindReaders(int loaded) {
+ErrorCode FindReaders(int loaded) {
     if (loaded && !IsOn(general::CheckReaderStatus)) {
         return OpenStoredReader();
     }
@@ -65,7 +65,7 @@ DWORD FindReaders(int loaded) {
         ShellState.ReconfigureReaders = 1;
     }
     WORD detected = 0;
-    const DWORD result = DetectReaders(&detected);
+    const ErrorCode result = DetectReaders(&detected);
     if (result != Success) {
         return result;
     }
@@ -85,7 +85,7 @@ DWORD FindReaders(int loaded) {
     return Success;
 }
 
-DWORD ConfigureReaders() {
+ErrorCode ConfigureReaders() {
     if (!ShellState.ReconfigureReaders) {
         return Success;
     }
@@ -102,7 +102,7 @@ DWORD ConfigureReaders() {
     return Success;
 }
 
-DWORD CreateDataQueue() {
+ErrorCode CreateDataQueue() {
     MSGQUEUEOPTIONS options = {};
     options.dwSize = sizeof options;
     options.dwMaxMessages = 1;
@@ -116,7 +116,7 @@ DWORD CreateDataQueue() {
     return writer && reader ? Success : ErrorInitialize;
 }
 
-DWORD Initialize() {
+ErrorCode Initialize() {
     ShellState.InitDone = 0;
     ShellState.ReaderReady = 0;
     ShellState.ReconfigureReaders = 0;
@@ -126,7 +126,7 @@ DWORD Initialize() {
         // Saving would fail as well; nothing is reset that only could not be read.
         return ErrorInitialize;
     }
-    DWORD result = FindReaders(loaded);
+    ErrorCode result = FindReaders(loaded);
     if (result == Success) {
         result = ConfigureReaders();
     }
@@ -151,7 +151,7 @@ bool SettingsAsked = false;
 DWORD WINAPI InitThread(LPVOID) {
     HCURSOR previous = GetCursor();
     SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-    const DWORD result = Initialize();
+    const ErrorCode result = Initialize();
     HWND window = ShellState.MainWindow;
     if (result != Success) {
         SetCursor(previous);

@@ -18,7 +18,7 @@
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
 
-void ReportError(DWORD code) {
+void ReportError(ErrorCode code) {
     SendMessageW(ShellState.MainWindow, WM_SHOWERROR, code, 0);
 }
 
@@ -35,7 +35,7 @@ void OnCreate() {
 }
 
 // Every reported failure ends the program. Whatever else fails while the box is up has nothing to add.
-void OnShowError(HWND window, DWORD code) {
+void OnShowError(HWND window, ErrorCode code) {
     if (ShellState.ErrorShown.Exchange(1)) {
         return;
     }
@@ -52,7 +52,7 @@ void ToggleBarcodeReader() {
         ResumeBarcodeReceiver();
     }
     if (ShellState.BarcodeReadActive) {
-        const DWORD result = BarcodeTrigger(0);
+        const ErrorCode result = BarcodeTrigger(0);
         if (result != Success) {
             ReportError(result);
             return;
@@ -149,7 +149,7 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
             return 0;
         case WM_TIMER:
             KillTimer(window, LOWORD(wParam));
-            if (const DWORD result = HandleTimer(LOWORD(wParam)); result != Success) {
+            if (const ErrorCode result = HandleTimer(LOWORD(wParam)); result != Success) {
                 ReportError(result);
             }
             return 0;
@@ -181,7 +181,7 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
             }
             return 0;
         case WM_SHOWERROR:
-            OnShowError(window, static_cast<DWORD>(wParam));
+            OnShowError(window, static_cast<ErrorCode>(wParam));
             return 0;
         case WM_DESTROY:
             // Not found any more: a start that comes now is the first one.

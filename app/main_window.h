@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/window.h"
+#include "shell/error_messages.h"
 
 // Posted at a start with an open sheet: no decoder answers, perhaps it lacks its firmware.
 inline constexpr UINT WM_OFFERUPGRADE = WM_USER + 10;
@@ -11,4 +12,4 @@ inline constexpr UINT WM_OFFERUPGRADE = WM_USER + 10;
 LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Shows the error of the code and then closes the program: WM_SHOWERROR, sent to the main window. Any thread.
-void ReportError(DWORD code);
+void ReportError(ErrorCode code);

@@ -12,7 +12,7 @@
 namespace {
 
 bool StopBarcodeRead() {
-    const DWORD result = BarcodeTrigger(0);
+    const ErrorCode result = BarcodeTrigger(0);
     if (result != Success) {
         ReportError(result);
         return false;

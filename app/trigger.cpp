@@ -8,7 +8,7 @@
 namespace {
 
 void StartRfid() {
-    DWORD result = OpenRfidChannel();
+    ErrorCode result = OpenRfidChannel();
     if (result == Success) {
         result = StartRfidRead();
     }
@@ -35,7 +35,7 @@ void HandleTrigger(bool pressed) {
     }
     if (!ShellState.TransferBusy) {
         if (ShellState.BarcodeEnabled) {
-            const DWORD result = BarcodeTrigger(pressed ? 1 : 0);
+            const ErrorCode result = BarcodeTrigger(pressed ? 1 : 0);
             if (result != Success) {
                 ReportError(result);
                 return;

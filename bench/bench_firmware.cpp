@@ -68,7 +68,7 @@ bool Measure(const std::string& text, std::uint32_t lineData) {
         return false;
     }
     const auto start = std::chrono::steady_clock::now();
-    const DWORD result = TransferFirmwareFile(nullptr, file);
+    const ErrorCode result = TransferFirmwareFile(nullptr, file);
     const std::chrono::duration<double> all = std::chrono::steady_clock::now() - start;
     CloseHandle(file);
     std::printf("%10u %8zu %8.1f %8.1f %8.1f %9.0f %% %9.0f %%\n", lineData, frames.size(), wire, allowed,

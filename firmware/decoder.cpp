@@ -88,7 +88,7 @@ bool FirmwareExchange(HANDLE port, std::span<const BYTE> bytes, ReaderReply& rep
     return CollectReply(port, EndsInCarriageReturn, ReplyTimeout, reply);
 }
 
-DWORD QueryFirmwareVersion(HANDLE port, DWORD timeout, std::span<BYTE> version) {
+ErrorCode QueryFirmwareVersion(HANDLE port, DWORD timeout, std::span<BYTE> version) {
     if (port == nullptr) {
         return ErrorSetBarcodeReader;
     }
@@ -102,14 +102,14 @@ DWORD QueryFirmwareVersion(HANDLE port, DWORD timeout, std::span<BYTE> version) 
     do {
         const DWORD passed = GetTickCount() - start;
         if (passed > timeout || !CollectReply(port, EndsInCarriageReturn, timeout - passed, reply)) {
-            return 0;
+            return NoResult;
         }
     } while (reply.Length == 0);  // zero bytes alone are no answer
     StoreVersion(reply, version);
     return Success;
 }
 
-DWORD EnterDownloadMode() {
+ErrorCode EnterDownloadMode() {
     const HANDLE port = ShellState.BarcodePort;
     ReaderReply reply;
     if (!RequestReply(port, "DOWNLOAD\r", reply) || !ReplyContains(reply, "OK\r")) {
@@ -134,7 +134,7 @@ DWORD EnterDownloadMode() {
     return erased ? Success : ErrorEraseFlash;
 }
 
-DWORD SendFirmwareFrame(FirmwareFrame& frame) {
+ErrorCode SendFirmwareFrame(FirmwareFrame& frame) {
     const std::span<const BYTE> bytes = SealFrame(frame);
     if (bytes.empty()) {
         return ErrorDownload;

@@ -7,6 +7,7 @@
 
 #include "firmware/firmware_frame.h"
 #include "link/command_exchange.h"
+#include "shell/error_messages.h"
 
 // Whether the fitted reader is one whose firmware can be exchanged.
 bool FirmwareUpgradable();
@@ -16,14 +17,14 @@ bool FirmwareUpgradable();
 // are dropped. False when nothing could be sent or nothing came.
 [[nodiscard]] bool FirmwareExchange(HANDLE port, std::span<const BYTE> bytes, ReaderReply& reply);
 
-// Asks for the version and waits `timeout` milliseconds for the answer. 1 when anything came, 0 when nothing
-// did, ErrorSetBarcodeReader when the request cannot be sent. A version in the answer goes into `version`
-// (which may be empty), cut to its size and without a zero; the caller clears it before.
-DWORD QueryFirmwareVersion(HANDLE port, DWORD timeout, std::span<BYTE> version);
+// Asks for the version and waits `timeout` milliseconds for the answer. Success when anything came, NoResult
+// when nothing did, ErrorSetBarcodeReader when the request cannot be sent. A version in the answer goes into
+// `version` (which may be empty), cut to its size and without a zero; the caller clears it before.
+[[nodiscard]] ErrorCode QueryFirmwareVersion(HANDLE port, DWORD timeout, std::span<BYTE> version);
 
 // Switches the decoder into its download mode and lets it erase its flash. Success, ErrorSetBarcodeReader or
 // ErrorEraseFlash.
-DWORD EnterDownloadMode();
+[[nodiscard]] ErrorCode EnterDownloadMode();
 
 // Sends a started frame, up to four times while the decoder asks for it again. Success or ErrorDownload.
-DWORD SendFirmwareFrame(FirmwareFrame& frame);
+[[nodiscard]] ErrorCode SendFirmwareFrame(FirmwareFrame& frame);

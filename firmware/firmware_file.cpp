@@ -9,7 +9,7 @@ struct Found {
     bool Data, End;  // a data record, the end record
 };
 
-DWORD CheckChunk(SrecordReader& reader, std::span<const BYTE> bytes, Found& found) {
+ErrorCode CheckChunk(SrecordReader& reader, std::span<const BYTE> bytes, Found& found) {
     for (const BYTE received : bytes) {
         const SrecordStep step = FeedSrecord(reader, received);
         if (step == SrecordStep::Bad) {
@@ -24,13 +24,13 @@ DWORD CheckChunk(SrecordReader& reader, std::span<const BYTE> bytes, Found& foun
     return Success;
 }
 
-DWORD CheckRecords(HANDLE file, DWORD size) {
+ErrorCode CheckRecords(HANDLE file, DWORD size) {
     SrecordReader reader{};
     FileChunk chunk;
     Found found{};
     for (DWORD total = 0; total < size && !found.End;) {
         std::span<const BYTE> read;
-        DWORD result = ReadFirmwareChunk(file, chunk, read);
+        ErrorCode result = ReadFirmwareChunk(file, chunk, read);
         if (result == Success) {
             result = CheckChunk(reader, read, found);
         }
@@ -50,7 +50,7 @@ DWORD CheckRecords(HANDLE file, DWORD size) {
 
 }  // namespace
 
-DWORD ReadFirmwareChunk(HANDLE file, FileChunk& chunk, std::span<const BYTE>& read) {
+ErrorCode ReadFirmwareChunk(HANDLE file, FileChunk& chunk, std::span<const BYTE>& read) {
     DWORD count = 0;
     if (!ReadFile(file, chunk.data(), static_cast<DWORD>(chunk.size()), &count, nullptr) || count == 0 ||
         count > chunk.size()) {
@@ -60,12 +60,12 @@ DWORD ReadFirmwareChunk(HANDLE file, FileChunk& chunk, std::span<const BYTE>& re
     return Success;
 }
 
-DWORD CheckFirmwareFile(HANDLE file) {
+ErrorCode CheckFirmwareFile(HANDLE file) {
     const DWORD size = GetFileSize(file, nullptr);
     if (size == INVALID_FILE_SIZE) {
         return ErrorDownload;
     }
-    const DWORD result = CheckRecords(file, size);
+    const ErrorCode result = CheckRecords(file, size);
     if (result != Success) {
         return result;
     }

@@ -40,7 +40,7 @@ void ShowProgress(Progress& progress, DWORD total, DWORD size) {
     }
 }
 
-DWORD SendRecord(FirmwareFrame& frame, const Srecord& record) {
+ErrorCode SendRecord(FirmwareFrame& frame, const Srecord& record) {
     if (MustSendBefore(frame, record)) {
         if (SendFirmwareFrame(frame) != Success) {
             return ErrorDownload;
@@ -58,7 +58,7 @@ DWORD SendRecord(FirmwareFrame& frame, const Srecord& record) {
 }
 
 // Success with `over` set when the end record has been reached.
-DWORD SendChunk(SrecordReader& reader, FirmwareFrame& frame, std::span<const BYTE> bytes, bool& over) {
+ErrorCode SendChunk(SrecordReader& reader, FirmwareFrame& frame, std::span<const BYTE> bytes, bool& over) {
     for (const BYTE byte : bytes) {
         switch (FeedSrecord(reader, byte)) {
             case SrecordStep::Record:
@@ -78,7 +78,7 @@ DWORD SendChunk(SrecordReader& reader, FirmwareFrame& frame, std::span<const BYT
     return Success;
 }
 
-DWORD SendEnd(FirmwareFrame& frame) {
+ErrorCode SendEnd(FirmwareFrame& frame) {
     if (frame.Size != 0 && SendFirmwareFrame(frame) != Success) {
         return ErrorDownload;
     }
@@ -88,7 +88,7 @@ DWORD SendEnd(FirmwareFrame& frame) {
     return FirmwareExchange(ShellState.BarcodePort, EndFrame, reply) ? Success : ErrorDownload;
 }
 
-DWORD SendFile(HANDLE file, Progress& progress) {
+ErrorCode SendFile(HANDLE file, Progress& progress) {
     const DWORD size = GetFileSize(file, nullptr);
     if (size == 0 || size == INVALID_FILE_SIZE) {
         return ErrorDownload;
@@ -102,12 +102,12 @@ DWORD SendFile(HANDLE file, Progress& progress) {
             return ErrorDownload;  // no end record
         }
         std::span<const BYTE> read;
-        if (const DWORD result = ReadFirmwareChunk(file, chunk, read); result != Success) {
+        if (const ErrorCode result = ReadFirmwareChunk(file, chunk, read); result != Success) {
             return result;
         }
         total += static_cast<DWORD>(read.size());
         ShowProgress(progress, total, size);
-        if (const DWORD result = SendChunk(reader, frame, read, over); result != Success) {
+        if (const ErrorCode result = SendChunk(reader, frame, read, over); result != Success) {
             return result;
         }
     }
@@ -116,12 +116,12 @@ DWORD SendFile(HANDLE file, Progress& progress) {
 
 }  // namespace
 
-DWORD TransferFirmwareFile(HWND owner, HANDLE file) {
+ErrorCode TransferFirmwareFile(HWND owner, HANDLE file) {
     Progress progress{OpenProgress(owner), 0};
     if (!progress.Dialog) {
         return ErrorProgressDialog;
     }
-    const DWORD result = SendFile(file, progress);
+    const ErrorCode result = SendFile(file, progress);
     DestroyWindow(progress.Dialog);
     return result;
 }

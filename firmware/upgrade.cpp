@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr DWORD Cancelled = 0;
 constexpr int RestartTries = 30;
 constexpr DWORD RestartTimeout = 500;
 
@@ -44,16 +43,16 @@ class WaitWindow {
     HWND dialog_;
 };
 
-DWORD EraseDecoder(HWND owner) {
+ErrorCode EraseDecoder(HWND owner) {
     const WaitWindow wait(owner, TEXT("The decoder is being erased. Do not turn the power off."));
     return EnterDownloadMode();
 }
 
-DWORD AwaitRestart(HWND owner) {
+ErrorCode AwaitRestart(HWND owner) {
     const WaitWindow wait(owner, TEXT("The decoder is restarting. Do not turn the power off."));
     const HCURSOR cursor = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-    DWORD answer = 0;
-    for (int i = 0; i < RestartTries && answer == 0; ++i) {
+    ErrorCode answer = NoResult;
+    for (int i = 0; i < RestartTries && answer == NoResult; ++i) {
         answer = QueryFirmwareVersion(ShellState.BarcodePort, RestartTimeout, {});
         wait.Paint();
     }
@@ -61,9 +60,9 @@ DWORD AwaitRestart(HWND owner) {
     return answer == Success ? Success : ErrorRebootReader;
 }
 
-DWORD LoadFile(HWND owner, HANDLE file) {
+ErrorCode LoadFile(HWND owner, HANDLE file) {
     // Before the decoder is touched: afterwards it needs a whole firmware.
-    DWORD result = CheckFirmwareFile(file);
+    ErrorCode result = CheckFirmwareFile(file);
     if (result != Success) {
         return result;
     }
@@ -77,12 +76,12 @@ DWORD LoadFile(HWND owner, HANDLE file) {
     return result == Success ? AwaitRestart(owner) : result;
 }
 
-DWORD LoadPath(HWND owner, LPCWSTR path) {
+ErrorCode LoadPath(HWND owner, LPCWSTR path) {
     HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         return ErrorOpenFirmwareFile;
     }
-    const DWORD result = LoadFile(owner, file);
+    const ErrorCode result = LoadFile(owner, file);
     CloseHandle(file);
     return result;
 }
@@ -105,14 +104,14 @@ bool Ask(HWND owner, std::span<WCHAR, FirmwarePathSize> path) {
     return true;
 }
 
-DWORD Upgrade(HWND owner) {
+ErrorCode Upgrade(HWND owner) {
     SetPortTimeouts(ShellState.BarcodePort, MAXDWORD);
     WCHAR path[FirmwarePathSize] = {};
     if (!Ask(owner, path)) {
-        return Cancelled;
+        return NoResult;
     }
     RepaintActiveWindow(owner);
-    const DWORD result = LoadPath(owner, path);
+    const ErrorCode result = LoadPath(owner, path);
     if (result == Success) {
         static_cast<void>(Save1DSettings());  // the upgrade itself has worked, whatever comes of this
     }
@@ -122,9 +121,9 @@ DWORD Upgrade(HWND owner) {
 
 }  // namespace
 
-DWORD UpgradeFirmware(HWND owner) {
+ErrorCode UpgradeFirmware(HWND owner) {
     ShellState.UpgradeActive = 1;
-    const DWORD result = Upgrade(owner);
+    const ErrorCode result = Upgrade(owner);
     ShellState.UpgradeActive = 0;
     return result;
 }

@@ -2,8 +2,10 @@
 #pragma once
 
 #include "platform/window.h"
+#include "shell/error_messages.h"
 
 // Leads through the whole upgrade and returns when it is over; the owner (the settings sheet) owns every
-// window shown. 0 when the user cancelled it, Success, or the error code that has been shown. The settings
-// sheet stays while ShellState.UpgradeActive is set, and may be gone afterwards when the program has ended.
-DWORD UpgradeFirmware(HWND owner);
+// window shown. NoResult when the user cancelled it, Success, or the error code that has been shown. The
+// settings sheet stays while ShellState.UpgradeActive is set, and may be gone afterwards when the program has
+// ended.
+ErrorCode UpgradeFirmware(HWND owner);

@@ -7,7 +7,7 @@
 namespace {
 
 struct ErrorText {
-    DWORD code;
+    ErrorCode code;
     LPCWSTR text;
 };
 
@@ -37,7 +37,7 @@ constexpr ErrorText ErrorTexts[] = {
 
 }  // namespace
 
-int ShowErrorMessage(HWND owner, DWORD code) {
+int ShowErrorMessage(HWND owner, ErrorCode code) {
     WCHAR caption[32];
     lstrcpyW(caption, code == FirmwareUpgradeDone ? TEXT("Firmware Upgrade") : TEXT("Error Msg"));
 

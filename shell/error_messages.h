@@ -5,6 +5,7 @@
 
 // What operations of the reader link, the shell and the firmware upgrade return: Success or what failed.
 enum ErrorCode : DWORD {
+    NoResult = 0,  // neither: the user has cancelled, or nobody has answered
     Success = 1,
     ErrorBarcodeReaderOn = 20001,    // the barcode reader's port cannot be opened
     ErrorRfidReaderOn = 20002,       // the RFID reader's port cannot be opened
@@ -32,4 +33,4 @@ enum ErrorCode : DWORD {
 // Brings the owner to the foreground and shows the message of the code with an "OK" button; returns the
 // message box's result once the user has dismissed it. Where there is no screen no box waits: the message is
 // in the diary, and the program ends with code 1. Any thread; what happens next is the caller's business.
-int ShowErrorMessage(HWND owner, DWORD code);
+int ShowErrorMessage(HWND owner, ErrorCode code);

@@ -61,14 +61,14 @@ class FirmwareTransfer : public testing::Test {
     std::string FirmwarePath() const { return Terminal.Path("DiskOnChip/F.SHX"); }
 
     // What the flow does with a file, without its questions.
-    DWORD Load(const std::string& text) {
+    ErrorCode Load(const std::string& text) {
         WriteWholeFile(FirmwarePath(), text);
         return LoadFile();
     }
-    DWORD LoadFile() {
+    ErrorCode LoadFile() {
         HANDLE file = OpenFirmware();
         EXPECT_NE(file, INVALID_HANDLE_VALUE);
-        DWORD result = CheckFirmwareFile(file);
+        ErrorCode result = CheckFirmwareFile(file);
         if (result == Success) {
             result = EnterDownloadMode();
         }
@@ -257,13 +257,13 @@ TEST_F(FirmwareTransfer, PowerLossAtEveryFrame) {
         EXPECT_EQ(Load(text), ErrorDownload) << frame;
         Wire->Command("power on");
         // The boot loader stays: nothing but a whole firmware brings the decoder back.
-        EXPECT_EQ(QueryFirmwareVersion(ShellState.BarcodePort, 100, {}), 0u);
+        EXPECT_EQ(QueryFirmwareVersion(ShellState.BarcodePort, 100, {}), NoResult);
     }
     Wire->Command("restart-ms 0");
     EXPECT_EQ(Load(text), Success);
     BYTE version[32] = {};
-    DWORD answer = 0;
-    for (int i = 0; i < 20 && answer == 0; ++i) {
+    ErrorCode answer = NoResult;
+    for (int i = 0; i < 20 && answer == NoResult; ++i) {
         answer = QueryFirmwareVersion(ShellState.BarcodePort, 500, version);
     }
     EXPECT_EQ(answer, Success);

@@ -24,10 +24,10 @@
 Outside World;
 
 // What the key sequence leads to is told elsewhere.
-DWORD UpgradeFirmware(HWND owner) {
+ErrorCode UpgradeFirmware(HWND owner) {
     EXPECT_EQ(owner, static_cast<HWND>(ShellState.SettingsSheet));
     ++World.Upgrades;
-    return 0;
+    return NoResult;
 }
 
 namespace {
