@@ -68,6 +68,20 @@ DWORD WorkingRate(WORD type, WORD found) {
     return type == DeviceRfid ? RfidWorkingRate : FindBarcodeReader(found)->WorkingRate;
 }
 
+// Looks for the readers of a port, once more when a call on it failed; false when none was found because of
+// failures.
+template <class Probe>
+bool LookFor(Probe probe, WORD& found) {
+    for (int tries = 0; tries < 2; ++tries) {
+        const DWORD failures = PortFailures();
+        found = probe();
+        if (found != 0 || PortFailures() == failures) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 ErrorCode DetectReaders(WORD* deviceMask) {
@@ -84,11 +98,21 @@ ErrorCode DetectReaders(WORD* deviceMask) {
 
     PowerUpDelay(RfidPowerUp);
     SetPortLine(rfidPort, 0);
-    WORD mask = ProbeReaderRates(rfidPort, DeviceRfid) != 0 ? DeviceRfid : WORD{0};
+    WORD rfid = 0, barcode = 0;
+    if (!LookFor([&] { return ProbeReaderRates(rfidPort, DeviceRfid); }, rfid)) {
+        CloseReaderPort(barcodePort);
+        CloseReaderPort(rfidPort);
+        return ErrorRfidReaderOn;
+    }
 
     ShellState.ReaderReady = 0;
     PowerUpDelay(BarcodePowerUp);
-    mask = static_cast<WORD>(mask | ProbeBarcodeReader(barcodePort));
+    if (!LookFor([&] { return ProbeBarcodeReader(barcodePort); }, barcode)) {
+        CloseReaderPort(barcodePort);
+        CloseReaderPort(rfidPort);
+        return ErrorBarcodeReaderOn;
+    }
+    const WORD mask = static_cast<WORD>((rfid != 0 ? DeviceRfid : 0) | barcode);
 
     if (mask & DeviceBarcodeMask) {
         ShellState.BarcodePort = HANDLE{barcodePort};

@@ -11,19 +11,32 @@ constexpr DWORD OtherWriteTimeout = 10;
 constexpr DWORD RtsLead = 100;  // the reader wakes up by RTS and needs this long before it listens
 constexpr DWORD RtsTail = 50;   // the last bytes are still on their way when a write returns
 
+Relaxed<DWORD> Failures;
+
+BOOL Counted(BOOL done) {
+    if (!done) {
+        Failures.Add(1);
+    }
+    return done;
+}
+
 // Changes the line state field by field: what the driver has set up otherwise stays.
 template <class Change>
 BOOL ChangeLine(HANDLE port, Change change) {
     DCB state{};
     state.DCBlength = sizeof state;
-    if (!GetCommState(port, &state)) {
+    if (!Counted(GetCommState(port, &state))) {
         return FALSE;
     }
     change(state);
-    return SetCommState(port, &state);
+    return Counted(SetCommState(port, &state));
 }
 
 }  // namespace
+
+DWORD PortFailures() {
+    return Failures;
+}
 
 HANDLE OpenReaderPort(DWORD selector) {
     LPCWSTR name = selector == BarcodePortSelector ? TEXT("COM1:") : TEXT("COM2:");
@@ -108,7 +121,7 @@ void PurgePort(HANDLE port) {
 
 DWORD ReadPort(HANDLE port, BYTE* buffer, DWORD size) {
     DWORD read = 0;
-    if (!ReadFile(port, buffer, size, &read, nullptr)) {
+    if (!Counted(ReadFile(port, buffer, size, &read, nullptr))) {
         return 0;
     }
     return read <= size ? read : size;
@@ -116,7 +129,7 @@ DWORD ReadPort(HANDLE port, BYTE* buffer, DWORD size) {
 
 bool WritePort(HANDLE port, const BYTE* bytes, DWORD size) {
     DWORD written = 0;
-    return WriteFile(port, bytes, size, &written, nullptr) && written > 0;
+    return Counted(WriteFile(port, bytes, size, &written, nullptr)) && written > 0;
 }
 
 bool WriteWithRetries(HANDLE port, const BYTE* bytes, DWORD size) {

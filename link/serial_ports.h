@@ -41,6 +41,10 @@ BOOL RaiseRts(HANDLE port);
 // gets FALSE.
 BOOL CloseReaderPort(Relaxed<HANDLE>& port);
 
+// How many calls that read, write or change the line of a port have failed so far. Who compares two counts
+// knows whether silence came from the reader.
+DWORD PortFailures();
+
 // Throws away what is queued in both directions.
 void PurgePort(HANDLE port);
 // One read of at most `size` bytes; 0 when it fails or brings nothing.

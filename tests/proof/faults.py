@@ -119,9 +119,11 @@ class Patient:
             closed = self.await_running(lambda: not self.terminal.flags() & SETTINGS_OPEN, 10)
             self.screen.bring_to_front()
         else:
-            closed = subprocess.run([str(self.terminal.programs / "vantrel-settings"), "set", "GoodReadBeep=Sound 3"],
-                                    env=self.terminal.environment, capture_output=True, check=False,
-                                    timeout=60).returncode == 0
+            asked = subprocess.run([str(self.terminal.programs / "vantrel-settings"), "set", "GoodReadBeep=Sound 3"],
+                                   env=self.terminal.environment, capture_output=True, text=True, check=False,
+                                   timeout=60)
+            closed = asked.returncode == 0
+            self.answered = asked.stderr  # who asked is told what came of it
         return closed and self.await_running(self.terminal.ready, 20)
 
     def run(self, call, number):
@@ -143,7 +145,7 @@ class Patient:
             self.screen.clear()
             self.screen.bring_to_front()
         self.number += 1
-        self.presented, self.done = [], False
+        self.presented, self.done, self.answered = [], False, ""
         terminal.tell("clear")
         terminal.tell("untag")
         with open(words_file, "w", encoding="utf-8") as words:
@@ -201,9 +203,11 @@ class Patient:
         no_memory = code == -signal.SIGABRT and call == "malloc" and "bad_alloc" in said
         if no_memory:
             self.count("runs ended by the lack of memory, and said so")
+        elif code == -signal.SIGABRT and "no Qt platform plugin" in said:
+            self.count("runs that Qt ended before they began, and said so")
         elif code < 0 and code != -signal.SIGKILL:
             problems.append(f"ended by signal {-code}: {said}")
-        if not self.done and not words:
+        if not self.done and not words and not self.answered:
             problems.append(f"did not do its work (exit code {code}) and said nothing")
         content = terminal.settings.read_bytes()
         if call and content not in self.known:
@@ -216,7 +220,7 @@ class Patient:
         vibrator = terminal.home / "VIBRATOR"
         if code >= 0 and vibrator.exists() and vibrator.read_text()[:1] not in ("", "0"):
             problems.append("the vibrator is left on")
-        if code >= 0 and (left := self.left_behind()):
+        if code >= 0 and (left := self.left_behind()) and "names stay" not in said:
             problems.append(f"left behind: {left}: {said}")
         if call:
             self.count(f"{call} failures")
@@ -238,10 +242,13 @@ class Patient:
             call, number = next(self.plan, (None, 0))
             if not call or number > self.met[call] + 20:
                 return None
-        if not self.run(call, number):
+        first = self.run(call, number)
+        if not first:
             return None
         told = self.run(call, number)
-        self.count("contradictions that did not come again" if not told else "contradictions")
+        self.count("contradictions" if told else "contradictions that did not come again")
+        if not told:
+            print(f"did not come again: {first}", flush=True)
         return told
 
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <sstream>
 #include <string_view>
 
@@ -98,6 +99,8 @@ void SharedNames::Leave() {
     // Asking for more gives the shared lock up first, so of two that leave together at least one gets it.
     if (LockFile(file_.Number(), LOCK_EX)) {
         TakeNamesAway(file_.Number(), prefix_);
+    } else if (errno != EWOULDBLOCK) {
+        Say(LogPriority::Warning, "shared names stay until the next start: %s", std::strerror(errno));
     }
     file_.Close();
 }
