@@ -166,6 +166,7 @@ DWORD WINAPI InitThread(LPVOID) {
     ShellState.InitDone = 1;
     ReportReady(TEXT("The readers are ready"));
     SetWindowPos(window, HWND_TOP, 0, 0, 240, 294, SWP_NOACTIVATE | SWP_SHOWWINDOW);
+    SetCursor(previous);  // before another thread keeps the pointer that it finds
     if (SettingsAsked || GetForegroundWindow() == window) {
         ShellState.Applying = 0;
         SendMessageW(window, WM_OPENSETTINGS, 0, 0);
@@ -175,6 +176,5 @@ DWORD WINAPI InitThread(LPVOID) {
     } else {
         SendMessageW(window, WM_APPLYSETTINGS, 0, 0);
     }
-    SetCursor(previous);
     return 0;
 }

@@ -76,16 +76,6 @@ ErrorCode LoadFile(HWND owner, HANDLE file) {
     return result == Success ? AwaitRestart(owner) : result;
 }
 
-ErrorCode LoadPath(HWND owner, LPCWSTR path) {
-    HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        return ErrorOpenFirmwareFile;
-    }
-    const ErrorCode result = LoadFile(owner, file);
-    CloseHandle(file);
-    return result;
-}
-
 // Whether the user went on. The program may be closed while a dialog is up.
 bool Ask(HWND owner, std::span<WCHAR, FirmwarePathSize> path) {
     if (DialogBoxParamW(ShellState.Instance, MAKEINTRESOURCEW(IDD_CAUTION), owner, CautionDlgProc, 0) !=
@@ -111,7 +101,7 @@ ErrorCode Upgrade(HWND owner) {
         return NoResult;
     }
     RepaintActiveWindow(owner);
-    const ErrorCode result = LoadPath(owner, path);
+    const ErrorCode result = LoadFirmware(owner, path);
     if (result == Success) {
         static_cast<void>(Save1DSettings());  // the upgrade itself has worked, whatever comes of this
     }
@@ -120,6 +110,16 @@ ErrorCode Upgrade(HWND owner) {
 }
 
 }  // namespace
+
+ErrorCode LoadFirmware(HWND owner, LPCWSTR path) {
+    HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return ErrorOpenFirmwareFile;
+    }
+    const ErrorCode result = LoadFile(owner, file);
+    CloseHandle(file);
+    return result;
+}
 
 ErrorCode UpgradeFirmware(HWND owner) {
     ShellState.UpgradeActive = 1;

@@ -9,3 +9,7 @@
 // settings sheet stays while ShellState.UpgradeActive is set, and may be gone afterwards when the program has
 // ended.
 ErrorCode UpgradeFirmware(HWND owner);
+
+// The upgrade without its questions and its last word, on a port whose reads return at once: checks the file,
+// has the decoder erase its flash, sends the file and waits for the restart. Success, or the error code.
+ErrorCode LoadFirmware(HWND owner, LPCWSTR path);

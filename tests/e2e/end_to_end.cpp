@@ -22,7 +22,7 @@ const char* const StopCommands[] = {"rx com1 04 E5", "command com1 OFF"};
 
 EndToEnd::EndToEnd() {
     // Qt says a word about a machine that has none.
-    setenv("XDG_RUNTIME_DIR", Terminal.Folder().c_str(), 0);
+    setenv("XDG_RUNTIME_DIR", Terminal.Folder().c_str(), 1);
 }
 
 void EndToEnd::TearDown() {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/e2e/accessibility.h"
+
 // The pixels of a part of the screen, a 24-bit word each.
 struct Picture {
     int Width = 0, Height = 0;
@@ -42,10 +44,17 @@ class TestScreen {
     // Waits until a window with the title is there and gets the keys.
     bool WaitForFocus(const std::string& title, int milliseconds = 10000);
 
+    // What the windows, or those with the title, say to a screen reader. X only.
+    virtual std::vector<Accessible> Hear(const std::string& /*title*/ = "") { return {}; }
+    // The texts that a window shows, one after the other.
+    virtual std::vector<std::string> TextsOf(const ScreenWindow& window) = 0;
+
     // The width of the main window, which has the settings' title and is smaller.
     virtual int MainWidth() const { return 300; }
 
     virtual Picture Capture(int x, int y, int width, int height) = 0;
+    // The mouse pointer as it looks now. X only.
+    virtual Picture Pointer() { return {}; }
     // Writes the whole screen as a PPM file.
     void Save(const std::string& path);
 

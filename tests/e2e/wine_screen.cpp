@@ -177,6 +177,14 @@ std::vector<ScreenWindow> WineScreen::Windows() {
     return found;
 }
 
+std::vector<std::string> WineScreen::TextsOf(const ScreenWindow& window) {
+    std::vector<std::string> texts;
+    for (const std::string& line : WineSession::Current().Ask("text " + std::to_string(window.Id))) {
+        texts.push_back(line.substr(std::string("text ").size()));
+    }
+    return texts;
+}
+
 Picture WineScreen::Capture(int, int, int, int) {
     return {};
 }

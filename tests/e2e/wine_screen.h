@@ -39,6 +39,7 @@ class WineScreen : public TestScreen {
     void BringToFront() override;
     void Focus(unsigned long window) override;
     std::vector<ScreenWindow> Windows() override;
+    std::vector<std::string> TextsOf(const ScreenWindow& window) override;
     int MainWidth() const override { return 240; }
     Picture Capture(int x, int y, int width, int height) override;
     void Press(unsigned long symbol, bool control) override;

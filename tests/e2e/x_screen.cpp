@@ -4,6 +4,7 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
+#include <X11/extensions/Xfixes.h>
 #include <X11/keysym.h>
 #include <poll.h>
 
@@ -117,6 +118,24 @@ std::vector<ScreenWindow> XScreen::Windows() {
     return found;
 }
 
+std::vector<Accessible> XScreen::Hear(const std::string& title) {
+    std::vector<Accessible> windows = voices_.Windows();
+    std::erase_if(windows, [&](const Accessible& window) { return !title.empty() && window.Name != title; });
+    return windows;
+}
+
+std::vector<std::string> XScreen::TextsOf(const ScreenWindow& window) {
+    std::vector<std::string> texts;
+    for (const Accessible& heard : Hear(window.Title)) {
+        heard.Visit([&](const Accessible& part) {
+            if (part.Role == "label") {
+                texts.push_back(part.Name);
+            }
+        });
+    }
+    return texts;
+}
+
 Picture XScreen::Capture(int x, int y, int width, int height) {
     Picture picture{width, height, {}};
     XImage* image = XGetImage(display_, DefaultRootWindow(display_), x, y, static_cast<unsigned>(width),
@@ -130,6 +149,17 @@ Picture XScreen::Capture(int x, int y, int width, int height) {
         }
     }
     XDestroyImage(image);
+    return picture;
+}
+
+Picture XScreen::Pointer() {
+    XFixesCursorImage* image = XFixesGetCursorImage(display_);
+    if (image == nullptr) {
+        return {};
+    }
+    Picture picture{image->width, image->height, {}};
+    picture.Pixels.assign(image->pixels, image->pixels + picture.Width * picture.Height);
+    XFree(image);
     return picture;
 }
 

@@ -17,13 +17,17 @@ class XScreen : public TestScreen {
     void Focus(unsigned long window) override;
     bool HasFocus(unsigned long window) override;
     std::vector<ScreenWindow> Windows() override;
+    std::vector<Accessible> Hear(const std::string& title = "") override;
+    std::vector<std::string> TextsOf(const ScreenWindow& window) override;
     Picture Capture(int x, int y, int width, int height) override;
+    Picture Pointer() override;
     void Press(unsigned long symbol, bool control) override;
     void Click(int x, int y) override;
     bool KeysAreUp() override;
 
   private:
     XServer server_;
+    AccessibilityBus voices_;
     _XDisplay* display_ = nullptr;
     unsigned long client_ = 0;
 };
