@@ -8,6 +8,7 @@
 namespace engine {
 
 using describe::Extended;
+using describe::NewIn;
 using describe::Parameter;
 
 struct Words {

@@ -7,6 +7,7 @@
 namespace general {
 
 using describe::Extended;
+using describe::NewIn;
 using describe::Parameter;
 using describe::Place;
 using describe::Places;

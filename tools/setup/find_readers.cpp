@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "link/detection.h"
+#include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "platform/kernel.h"
 #include "platform/linux/kernel/terminal.h"
@@ -104,22 +105,11 @@ std::vector<FoundReader> AskDevices(const std::vector<std::string>& paths) {
 }
 
 std::string Describe(const FoundReader& reader) {
-    std::string name;
-    switch (reader.Device) {
-        case Device1D:
-            name = "a 1D reader";
-            break;
-        case DeviceLaser:
-            name = "a 1D long-range laser";
-            break;
-        case DeviceImager:
-            name = "a 2D imager";
-            break;
-        case DeviceRfid:
-            name = "an RFID reader, model " + std::to_string(reader.RfidModel);
-            break;
-        default:
-            return reader.Opened ? "no reader answers" : "cannot be opened";
+    if (reader.Device == 0) {
+        return reader.Opened ? "no reader answers" : "cannot be opened";
     }
+    const BarcodeReader* barcode = FindBarcodeReader(reader.Device);
+    const std::string name = barcode ? "a " + layer::ToUtf8(barcode->Name)
+                                     : "an RFID reader, model " + std::to_string(reader.RfidModel);
     return name + ", at " + std::to_string(reader.Rate) + " bits per second";
 }
