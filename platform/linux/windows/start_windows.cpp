@@ -19,9 +19,9 @@
 #include "platform/linux/windows/window_object.h"
 
 #if defined(__SANITIZE_ADDRESS__)
-// The font library keeps what it has read for the whole run, out of sight.
+// The libraries of fonts and of the session's bus keep what they have read for the whole run, out of sight.
 extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig";
+    return "leak:libfontconfig\nleak:libdbus-1";
 }
 #endif
 
