@@ -65,6 +65,7 @@ await() { # SECONDS COMMAND...
   done
 }
 booted() {
+  kill -0 $namespaces 2>/dev/null || not_here "no namespaces are given"
   init=$(pgrep -P $namespaces) && [ "$(inside systemctl is-system-running 2>/dev/null)" = running ]
 }
 await 40 booted || not_here "systemd does not come up in namespaces of its own"
