@@ -60,7 +60,8 @@ def main(programs, target):
         plot(LEFT + 2 * step, "Over 100,000 scans", "scans so far",
              [("microseconds, median", blue, series("scans", 1)),
               ("memory, MB", red, [(x, kilobytes / 1024) for x, kilobytes in series("scans", 4)])], False)]
-    caption = (f"{time.strftime('%Y-%m-%d')}, {os.cpu_count()} processors, load {os.getloadavg()[0]:.1f}; queue, event, "
+    preset = pathlib.Path(programs).resolve().parent.name
+    caption = (f"Preset {preset}, {time.strftime('%Y-%m-%d')}, {os.cpu_count()} processors, load {os.getloadavg()[0]:.1f}; queue, event, "
                "broadcast and keys to a trace; 200 scans a point, in the last diagram 5,000; memory is what the whole "
                "measuring program holds")
     target.write_text(
