@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -27,9 +28,14 @@ constexpr double Allowed = 5;
 constexpr int Scans = 40;
 constexpr int DecodeTime = 60;
 
+// Those of this build, or of another one.
+std::string Programs() {
+    const char* folder = std::getenv("VANTREL_PROGRAMS");
+    return folder != nullptr ? folder : VANTREL_PROGRAMS;
+}
+
 void Trigger(const char* action) {
-    ChildProcess({"/bin/sh", "-c",
-                  std::string("exec " VANTREL_PROGRAMS "/vantrel-trigger ") + action + " 2>/dev/null"})
+    ChildProcess({"/bin/sh", "-c", "exec " + Programs() + "/vantrel-trigger " + action + " 2>/dev/null"})
         .Wait();
 }
 
@@ -66,7 +72,7 @@ int main(int count, char** arguments) {
     mkfifo(pipe.c_str(), 0600);
     const int keys = open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
 
-    ChildProcess program({VANTREL_PROGRAMS "/vantrel"},
+    ChildProcess program({Programs() + "/vantrel"},
                          {"QT_QPA_PLATFORM=offscreen", "VANTREL_KEYBOARD=trace:" + pipe,
                           "XDG_RUNTIME_DIR=" + terminal.Folder()});
     const bool ready = Serve(laser, 20000, [&] {

@@ -11,6 +11,11 @@ if(VANTREL_SANITIZE)
   target_compile_options(vantrel_options INTERFACE
     -fsanitize=${VANTREL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(vantrel_options INTERFACE -fsanitize=${VANTREL_SANITIZE})
+  # Programs with sanitizers are large, and the tests are many.
+  find_program(VANTREL_MOLD mold)
+  if(VANTREL_MOLD)
+    target_link_options(vantrel_options INTERFACE -fuse-ld=mold)
+  endif()
 endif()
 
 # With VANTREL_UNITY several sources are compiled as one: a build from nothing takes less than half the time. A library
@@ -22,6 +27,12 @@ function(vantrel_together name)
 endfunction()
 function(vantrel_one_by_one name)
   set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
+endfunction()
+# Tests put parts of their own in the place of single sources, so those must be members of their library by themselves.
+function(vantrel_replaceable name)
+  if(VANTREL_TESTS)
+    vantrel_one_by_one(${name})
+  endif()
 endfunction()
 
 # vantrel_library(NAME SOURCES...): a static library with the project's options.

@@ -5,9 +5,6 @@
 namespace readers {
 namespace {
 
-// The buffer of a usual UART: its reader is told after so many bytes, not after each.
-constexpr std::size_t Burst = 16;
-
 std::chrono::microseconds WireTime(std::size_t bytes, unsigned rate) {
     return std::chrono::microseconds(bytes * 10'000'000 / rate);
 }
@@ -135,45 +132,37 @@ void Line::Pump() {
             });
             return;
         }
-        const std::size_t count = std::min(Burst, next.Message.size() - next.Done);
-        LineFree = std::max(LineFree, Clock::now()) + WireTime(count, ReaderRate);
+        // It arrives at once when its last byte would: in pieces, a machine that is busy just then would tear
+        // gaps into it that no line has.
+        LineFree = std::max(LineFree, Clock::now()) + WireTime(next.Message.size(), ReaderRate);
         Pending = Loop.At(LineFree, [this] {
             Pending = 0;
-            SendBurst();
+            SendFirst();
             Pump();
         });
     }
 }
 
-void Line::SendBurst() {
-    Item& item = Outgoing.front();
-    const std::size_t count = std::min(Burst, item.Message.size() - item.Done);
-    Bytes burst(item.Message.begin() + static_cast<std::ptrdiff_t>(item.Done),
-                item.Message.begin() + static_cast<std::ptrdiff_t>(item.Done + count));
-    item.Done += count;
+void Line::SendFirst() {
+    const Item item = std::move(Outgoing.front());
+    Outgoing.pop_front();
+    Bytes bytes = item.Message;
+    const char* lost = nullptr;
     bool arrives = Port.IsOpen();
     if (!arrives) {
-        item.Lost = "closed";
+        lost = "closed";
     } else if (Port.HostRate() != ReaderRate) {
-        item.Lost = "speed";
+        lost = "speed";
         arrives = Armed.Take("garbage").has_value();
-        for (std::uint8_t& byte : burst) {
+        for (std::uint8_t& byte : bytes) {
             byte = static_cast<std::uint8_t>((byte << 3 | 0x85) ^ (byte >> 2));
         }
     }
-    if (arrives && !Port.Write(burst)) {
-        item.Lost = "overrun";
+    if (arrives && !Port.Write(bytes)) {
+        lost = "overrun";
     }
-    if (item.Done == item.Message.size()) {
-        FinishMessage();
-    }
-}
-
-void Line::FinishMessage() {
-    const Item item = std::move(Outgoing.front());
-    Outgoing.pop_front();
-    if (item.Lost) {
-        Print("lost " + PortName + ' ' + item.Lost + ' ' + HexText(item.Message));
+    if (lost) {
+        Print("lost " + PortName + ' ' + lost + ' ' + HexText(item.Message));
     } else if (WireShown) {
         Print("tx " + PortName + ' ' + HexText(item.Message));
     }

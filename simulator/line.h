@@ -44,16 +44,13 @@ class Line : public Wire {
   private:
     struct Item {
         Bytes Message{};
-        std::size_t Done = 0;
         Milliseconds Pause{0};
         std::function<void()> Action{};
-        const char* Lost = nullptr;  // why a byte of the message did not arrive
     };
 
     void Queue(Bytes message);
     void Pump();
-    void SendBurst();
-    void FinishMessage();
+    void SendFirst();
     void PortOpened();
     void PortClosed();
     void Received(std::span<const std::uint8_t> bytes);

@@ -240,88 +240,73 @@ void WireStage::Call(const WireCommand& command) {
 }
 
 DWORD WireStage::CallByName(const Words& words) {
-    const std::string& name = At(words, 1);
-    const auto argument = [&](std::size_t i) { return static_cast<int>(ToNumber(At(words, i + 1))); };
-    if (name == "SendReaderCommand") {
-        const auto bytes = ReadWireBytes(words, 3);
-        return static_cast<DWORD>(SendReaderCommand(PortOf(At(words, 2)), bytes));
-    }
-    if (name == "RequestReply") {
-        const auto bytes = ReadWireBytes(words, 3);
-        return static_cast<DWORD>(RequestReply(PortOf(At(words, 2)), bytes, reply_));
-    }
-    if (name == "ReadRfidRegister") {
-        char value[RegisterTextLimit + 1] = "untouched";
-        const int result = ReadRfidRegister(static_cast<BYTE>(argument(1)), ToNumber(At(words, 3)), value);
-        value_ = value;
-        return static_cast<DWORD>(result);
-    }
-    if (name == "BarcodeReceiver") {
-        ShellState.BarcodeThreadRun = 1;
-        return BarcodeReceiveThread(nullptr);
-    }
-    if (name == "RfidReceiver") {
-        ShellState.RfidThreadRun = 1;
-        const DWORD channel = BeginRfidChannel();
-        BeginRfidLines();
-        return RfidReceiveThread(reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(channel)));
-    }
-    if (name == "BarcodeTrigger")
-        return BarcodeTrigger(argument(1));
-    if (name == "OpenRfidChannel")
-        return OpenRfidChannel();
-    if (name == "CloseRfidChannel")
-        return CloseRfidChannel(), Success;
-    if (name == "StartRfidRead")
-        return StartRfidRead();
-    if (name == "DetectReaders")
-        return DetectReaders(&mask_);
-    if (name == "ProbeReaderRates")
-        return ProbeReaderRates(PortOf(At(words, 2)), static_cast<WORD>(argument(2)));
-    if (name == "InitializeReader") {
-        const int type = argument(1);
-        return InitializeReader(type == DeviceRfid ? ShellState.RfidPort : ShellState.BarcodePort,
-                                static_cast<WORD>(type));
-    }
-    if (name == "Save1DSettings")
-        return static_cast<DWORD>(Save1DSettings());
-    if (name == "DownloadLaserSettings")
-        return static_cast<DWORD>(DownloadLaserSettings());
-    if (name == "DownloadImagerSettings")
-        return static_cast<DWORD>(DownloadImagerSettings());
-    if (name == "FirmwareExchange") {
-        const auto bytes = ReadWireBytes(words, 2);
-        return static_cast<DWORD>(FirmwareExchange(ShellState.BarcodePort, bytes, reply_));
-    }
-    if (name == "QueryFirmwareVersion") {
-        std::array<BYTE, 32> version{};
-        const DWORD result = QueryFirmwareVersion(ShellState.BarcodePort, ToNumber(At(words, 2)), version);
-        const std::string_view all(reinterpret_cast<const char*>(version.data()), version.size());
-        value_ = all.substr(0, all.find('\0'));
-        return result;
-    }
-    if (name == "EnterDownloadMode")
-        return EnterDownloadMode();
-    if (name == "SendFirmwareFrame") {
-        FirmwareFrame frame{};
-        const auto bytes = ReadWireBytes(words, 2);
-        frame.Size = bytes.size();
-        std::copy(bytes.begin(), bytes.end(), frame.Bytes.begin());
-        return SendFirmwareFrame(frame);
-    }
-    if (name == "SetRts") {
-        SetRts(PortOf(At(words, 2)), argument(2) != 0);
-        return 0;
-    }
-    if (name == "SetPortTimeouts")
-        return static_cast<DWORD>(SetPortTimeouts(PortOf(At(words, 2)), ToNumber(At(words, 3))));
-    if (name == "SetPortLine")
-        return static_cast<DWORD>(SetPortLine(PortOf(At(words, 2)), ToNumber(At(words, 3))));
-    if (name == "wait") {
-        Let(ToNumber(At(words, 2)));
-        return result_;  // of a timer's work
-    }
-    throw std::runtime_error("unknown call: " + name);
+    const auto number = [&](std::size_t i) { return ToNumber(At(words, i + 1)); };
+    const auto port = [&] { return PortOf(At(words, 2)); };
+    const auto result = [](auto value) { return static_cast<DWORD>(value); };
+    const std::map<std::string, std::function<DWORD()>> calls{
+        {"SendReaderCommand", [&] { return result(SendReaderCommand(port(), ReadWireBytes(words, 3))); }},
+        {"RequestReply", [&] { return result(RequestReply(port(), ReadWireBytes(words, 3), reply_)); }},
+        {"ReadRfidRegister",
+         [&] {
+             char value[RegisterTextLimit + 1] = "untouched";
+             const int read = ReadRfidRegister(static_cast<BYTE>(number(1)), number(2), value);
+             value_ = value;
+             return result(read);
+         }},
+        {"BarcodeReceiver",
+         [] {
+             ShellState.BarcodeThreadRun = 1;
+             return BarcodeReceiveThread(nullptr);
+         }},
+        {"RfidReceiver",
+         [] {
+             ShellState.RfidThreadRun = 1;
+             const DWORD channel = BeginRfidChannel();
+             BeginRfidLines();
+             return RfidReceiveThread(reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(channel)));
+         }},
+        {"BarcodeTrigger", [&] { return result(BarcodeTrigger(static_cast<int>(number(1)))); }},
+        {"OpenRfidChannel", [&] { return result(OpenRfidChannel()); }},
+        {"CloseRfidChannel", [] { return CloseRfidChannel(), DWORD{Success}; }},
+        {"StartRfidRead", [&] { return result(StartRfidRead()); }},
+        {"DetectReaders", [&] { return result(DetectReaders(&mask_)); }},
+        {"ProbeReaderRates", [&] { return result(ProbeReaderRates(port(), static_cast<WORD>(number(2)))); }},
+        {"InitializeReader",
+         [&] {
+             const auto type = static_cast<WORD>(number(1));
+             return result(InitializeReader(PortOf(type == DeviceRfid ? "2" : "1"), type));
+         }},
+        {"Save1DSettings", [&] { return result(Save1DSettings()); }},
+        {"DownloadLaserSettings", [&] { return result(DownloadLaserSettings()); }},
+        {"DownloadImagerSettings", [&] { return result(DownloadImagerSettings()); }},
+        {"FirmwareExchange",
+         [&] { return result(FirmwareExchange(ShellState.BarcodePort, ReadWireBytes(words, 2), reply_)); }},
+        {"QueryFirmwareVersion",
+         [&] {
+             std::array<BYTE, 32> version{};
+             const DWORD queried = QueryFirmwareVersion(ShellState.BarcodePort, number(1), version);
+             const std::string_view all(reinterpret_cast<const char*>(version.data()), version.size());
+             value_ = all.substr(0, all.find('\0'));
+             return queried;
+         }},
+        {"EnterDownloadMode", [&] { return result(EnterDownloadMode()); }},
+        {"SendFirmwareFrame",
+         [&] {
+             FirmwareFrame frame{};
+             const auto bytes = ReadWireBytes(words, 2);
+             frame.Size = bytes.size();
+             std::copy(bytes.begin(), bytes.end(), frame.Bytes.begin());
+             return result(SendFirmwareFrame(frame));
+         }},
+        {"SetRts", [&] { return SetRts(port(), number(2) != 0), DWORD{0}; }},
+        {"SetPortTimeouts", [&] { return result(SetPortTimeouts(port(), number(2))); }},
+        {"SetPortLine", [&] { return result(SetPortLine(port(), number(2))); }},
+        {"wait", [&] { return Let(number(1)), result_; }},  // of a timer's work
+    };
+    const auto found = calls.find(At(words, 1));
+    if (found == calls.end())
+        throw std::runtime_error("unknown call: " + words[1]);
+    return found->second();
 }
 
 void WireStage::Step(std::uint64_t limit) {

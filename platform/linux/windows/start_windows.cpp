@@ -18,13 +18,6 @@
 #include "platform/linux/windows/user_window.h"
 #include "platform/linux/windows/window_object.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-// The libraries of fonts and of the session's bus keep what they have read for the whole run, out of sight.
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig\nleak:libdbus-1";
-}
-#endif
-
 namespace layer {
 
 namespace {

@@ -41,6 +41,9 @@ include(linux/controls/controls.cmake)
 set_source_files_properties(linux/windows/window_manager.cpp linux/windows/menus.cpp
   linux/controls/sheet_window.cpp linux/controls/tree_widget.cpp linux/controls/updown_control.cpp
   PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+if(VANTREL_TESTS)
+  set_source_files_properties(linux/windows/timers.cpp linux/windows/cursors.cpp PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endif()
 # Qt's headers take longer than all else.
 target_precompile_headers(vantrel_platform_windows PRIVATE
   <functional> <map> <memory> <string> <vector>
