@@ -1,12 +1,14 @@
 // Every way to an end, from every state: it comes soon, with code 0, and leaves nothing behind that the next
 // start would stumble over.
 #include <csignal>
+#include <cstdlib>
 #include <functional>
 #include <thread>
 
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
 #include "tests/e2e/error_box.h"
+#include "tests/support/x_server.h"
 
 namespace {
 
@@ -141,6 +143,37 @@ TEST_F(Ending, AStartRightAfterAKillComesUp) {
     EXPECT_EQ(Scan("1 NEXT", 5), "NEXT\n");
     EXPECT_TRUE(Running->End());
     ExpectNothingLeft();
+}
+
+// The display goes while the program runs, and at every moment of its own end: never a crash, and always in
+// order.
+TEST_F(Ending, WithItsDisplayAtTheSameInstant) {
+    if (OnWine()) {
+        GTEST_SKIP() << "there the display is Wine's, which ends its programs";
+    }
+    FitLaser({{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 30}});
+    const std::string usual = std::getenv("DISPLAY");
+    for (int round = 0; round < 6; ++round) {
+        auto display = std::make_unique<XServer>();
+        Running = std::make_unique<Vantrel>();
+        ASSERT_TRUE(WaitUntilReady()) << "round " << round;
+        Wire->Forget();
+        Wire->Command("label 1 AB");
+        ASSERT_TRUE(PressTrigger());
+        ASSERT_TRUE(Within(5000, [&] { return ReadWholeFile(Terminal.Path("VIBRATOR")).starts_with("1"); }));
+        if (round > 0) {
+            Running->Signal(SIGTERM);
+            Pause(12 * (round - 1));
+        }
+        display.reset();
+        const int code = Running->Ended();
+        EXPECT_TRUE(code == 1 || (round > 0 && code == 0)) << code << " in round " << round;
+        EXPECT_TRUE(ReadWholeFile(Terminal.Path("VIBRATOR")).starts_with("0")) << "round " << round;
+        ExpectNothingShared();
+        EXPECT_TRUE(Wire->Saw("event closed com1"));
+    }
+    setenv("DISPLAY", usual.c_str(), 1);
+    ExpectNextStart();
 }
 
 TEST_F(Ending, OfStartsAtTheSameInstantOneStays) {

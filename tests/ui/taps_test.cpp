@@ -16,6 +16,7 @@ constexpr WORD BothReaders = Device1D | DeviceRfid;
 // ---- switches
 
 struct SwitchCase {
+    const char* Name;
     WORD Devices;
     const char* Page;
     DWORD Item;
@@ -23,6 +24,10 @@ struct SwitchCase {
     const char* Before;
     const char* After;
 };
+
+void PrintTo(const SwitchCase& tested, std::ostream* out) {
+    *out << tested.Name;
+}
 
 class SwitchTest : public SheetTest, public testing::WithParamInterface<SwitchCase> {};
 
@@ -49,20 +54,21 @@ TEST_P(SwitchTest, SwitchesOnItsImageOnly) {
 INSTANTIATE_TEST_SUITE_P(
     Kinds, SwitchTest,
     testing::Values(
-        SwitchCase{Device1D, "1D", 1100, decoder1d::ItalianPharmacodeEnabled,
+        SwitchCase{"Pharmacode", Device1D, "1D", 1100, decoder1d::ItalianPharmacodeEnabled,
                    "[ ] 1100 Italian Pharmacode :  Disabled", "[x] 1100 Italian Pharmacode :  Enabled"},
-        SwitchCase{Device1D, "1D", 2600, decoder1d::Code93Enabled, "[x] 2600 Code 93 :  Enabled",
+        SwitchCase{"Code93", Device1D, "1D", 2600, decoder1d::Code93Enabled, "[x] 2600 Code 93 :  Enabled",
                    "[ ] 2600 Code 93 :  Disabled"},
-        SwitchCase{Device1D, "1D", 1103, decoder1d::ItalianPharmacodeTransmitChecksum,
+        SwitchCase{"Checksum", Device1D, "1D", 1103, decoder1d::ItalianPharmacodeTransmitChecksum,
                    "[x] 1103 Transmit Checksum :  ON", "[ ] 1103 Transmit Checksum :  OFF"},
-        SwitchCase{DeviceLaser, "1D", 0x1506, engine::EnableInterleaved25,
+        SwitchCase{"LaserSymbology", DeviceLaser, "1D", 0x1506, engine::EnableInterleaved25,
                    "[x] 0x1506 Enable Interleaved 25 :  YES", "[ ] 0x1506 Enable Interleaved 25 :  NO"},
-        SwitchCase{DeviceImager, "2D", 0x1506, engine::EnableInterleaved25,
+        SwitchCase{"ImagerSymbology", DeviceImager, "2D", 0x1506, engine::EnableInterleaved25,
                    "[x] 0x1506 Enable Interleaved 25 :  YES", "[ ] 0x1506 Enable Interleaved 25 :  NO"},
-        SwitchCase{DeviceImager, "General", 14130, general::DecodingAimingPattern,
+        SwitchCase{"Aiming", DeviceImager, "General", 14130, general::DecodingAimingPattern,
                    "[x] 14130 Decoding Aiming Pattern :  ON", "[ ] 14130 Decoding Aiming Pattern :  OFF"},
-        SwitchCase{DeviceRfid, "General", 11002, general::ReadRfidData,
-                   "[ ] 11002 Read data of RFID tag :  NO", "[x] 11002 Read data of RFID tag :  YES"}));
+        SwitchCase{"TagData", DeviceRfid, "General", 11002, general::ReadRfidData,
+                   "[ ] 11002 Read data of RFID tag :  NO", "[x] 11002 Read data of RFID tag :  YES"}),
+    [](const auto& tested) { return tested.param.Name; });
 
 // ---- bit sets
 
@@ -163,12 +169,17 @@ TEST_F(SheetTest, HeadingsOnlyTakeTheSelection) {
 // ---- length modes
 
 struct LengthGroup {
+    const char* Name;
     WORD Devices;
     const char* Page;
     DWORD Mode, First, Second;
     const char* FirstHex;
     const char* SecondHex;
 };
+
+void PrintTo(const LengthGroup& tested, std::ostream* out) {
+    *out << tested.Name;
+}
 
 class LengthModeTest : public SheetTest, public testing::WithParamInterface<LengthGroup> {};
 
@@ -207,11 +218,13 @@ TEST_P(LengthModeTest, ShowsTheLengthsThatCountFromEveryModeToEveryOther) {
 
 INSTANTIATE_TEST_SUITE_P(
     Groups, LengthModeTest,
-    testing::Values(LengthGroup{DeviceLaser, "1D", 0x12FF, 0x1213, 0x1212, "0x1213", "0x1212"},
-                    LengthGroup{DeviceLaser, "1D", 0x18FF, 0x181F, 0x181E, "0x181F", "0x181E"},
-                    LengthGroup{DeviceImager, "2D", 0x14FF, 0x141D, 0x141C, "0x141D", "0x141C"},
-                    // Nothing comes behind these lengths.
-                    LengthGroup{DeviceImager, "2D", 0x13FF, 0x131B, 0x131A, "0x131B", "0x131A"}));
+    testing::Values(
+        LengthGroup{"LaserCode39", DeviceLaser, "1D", 0x12FF, 0x1213, 0x1212, "0x1213", "0x1212"},
+        LengthGroup{"LaserMsi", DeviceLaser, "1D", 0x18FF, 0x181F, 0x181E, "0x181F", "0x181E"},
+        LengthGroup{"ImagerCode11", DeviceImager, "2D", 0x14FF, 0x141D, 0x141C, "0x141D", "0x141C"},
+        // Nothing comes behind these lengths.
+        LengthGroup{"ImagerCode93", DeviceImager, "2D", 0x13FF, 0x131B, 0x131A, "0x131B", "0x131A"}),
+    [](const auto& tested) { return tested.param.Name; });
 
 TEST_F(SheetTest, LengthsOfThe1DReaderChangeTheirNames) {
     Open(Device1D);
@@ -241,13 +254,14 @@ TEST_F(SheetTest, SpaceAndEnterTapTheImageOfTheSelectedItem) {
 }
 
 struct KeySequence {
+    const char* Name;
     WORD Devices;
     const char* Keys;  // "," waits until the time for the second key is just not over, ";" until it is
     int Upgrades;
 };
 
-void PrintTo(const KeySequence& sequence, std::ostream* out) {
-    *out << sequence.Devices << " " << sequence.Keys;
+void PrintTo(const KeySequence& tested, std::ostream* out) {
+    *out << tested.Name;
 }
 
 class UpgradeKeysTest : public SheetTest, public testing::WithParamInterface<KeySequence> {
@@ -280,12 +294,17 @@ TEST_P(UpgradeKeysTest, StartTheFirmwareUpgrade) {
     EXPECT_EQ(World.Upgrades, GetParam().Upgrades);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Sequences, UpgradeKeysTest,
-    testing::Values(KeySequence{Device1D, "[F2][F7]", 1}, KeySequence{Device1D, "[F2],[F7]", 1},
-                    KeySequence{Device1D, "[F2];[F7]", 0}, KeySequence{Device1D, "[F2],[F2],[F7]", 1},
-                    KeySequence{Device1D, "[F2][Down][F7]", 0}, KeySequence{Device1D, "[F7][F2]", 0},
-                    KeySequence{Device1D, "[F2][F7][F7]", 1}, KeySequence{BothReaders, "[F2][F7]", 1},
-                    KeySequence{DeviceImager, "[F2][F7]", 0}, KeySequence{DeviceRfid, "[F2][F7]", 0}));
+INSTANTIATE_TEST_SUITE_P(Sequences, UpgradeKeysTest,
+                         testing::Values(KeySequence{"Both", Device1D, "[F2][F7]", 1},
+                                         KeySequence{"JustInTime", Device1D, "[F2],[F7]", 1},
+                                         KeySequence{"TooLate", Device1D, "[F2];[F7]", 0},
+                                         KeySequence{"FirstKeyAgain", Device1D, "[F2],[F2],[F7]", 1},
+                                         KeySequence{"AnotherBetween", Device1D, "[F2][Down][F7]", 0},
+                                         KeySequence{"WrongOrder", Device1D, "[F7][F2]", 0},
+                                         KeySequence{"SecondAgain", Device1D, "[F2][F7][F7]", 1},
+                                         KeySequence{"BesideRfid", BothReaders, "[F2][F7]", 1},
+                                         KeySequence{"Imager", DeviceImager, "[F2][F7]", 0},
+                                         KeySequence{"RfidAlone", DeviceRfid, "[F2][F7]", 0}),
+                         [](const auto& tested) { return tested.param.Name; });
 
 }  // namespace

@@ -90,13 +90,11 @@ void NoteSignal(int) {
     errno = saved;
 }
 
-// Qt ends the program by exit() when the display server dies. Threads still run then: do what the end does,
-// and leave without touching what they use.
+// Qt ends the program by exit() when the display server dies, at any moment, that of the program's own end
+// included. Threads still run then: do what is left of the end, and leave without touching what they use.
 void EndAtOnce() {
-    if (!Ending()) {
-        BeginEnd();
-        _exit(1);
-    }
+    BeginEnd();
+    _exit(1);
 }
 
 // A service manager that watches is told of every turn of the message loop, so that a program that hangs is
