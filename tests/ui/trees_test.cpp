@@ -1,5 +1,10 @@
 // What the pages list: every item, its number, its text and its image, against a reviewed file.
+#include <QImage>
+#include <QPalette>
+#include <algorithm>
+#include <cmath>
 #include <fstream>
+#include <map>
 
 #include "platform/linux/windows/message_loop.h"
 #include "settings/all_fields.h"
@@ -9,6 +14,19 @@
 #include "ui/page_tree.h"
 
 namespace {
+
+double Luminance(QRgb colour) {
+    const auto linear = [](int channel) {
+        const double value = channel / 255.0;
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(qRed(colour)) + 0.7152 * linear(qGreen(colour)) + 0.0722 * linear(qBlue(colour));
+}
+
+double Contrast(QRgb one, QRgb other) {
+    const auto [darker, lighter] = std::minmax(Luminance(one), Luminance(other));
+    return (lighter + 0.05) / (darker + 0.05);
+}
 
 // The lines of the file that a terminal shows.
 std::string Reviewed(const std::string& terminal) {
@@ -49,6 +67,36 @@ TEST_F(SheetTest, PagesShowTheItemsOfTheReaders) {
         layer::PumpMessages();
     }
 }
+
+// As it is painted: what is not the tree's background is the mark, and the writing stands out in it.
+TEST_F(SheetTest, ASelectedRowCanBeReadAndTold) {
+    Open(Device1D);
+    HWND tree = ShowPage("General");
+    Tap(tree, FindItem(tree, 10004), Spot::Label);
+    QAbstractItemView* view = ViewOf(tree);
+    ASSERT_TRUE(view->hasFocus());
+    const QImage shown = view->viewport()->grab(view->visualRect(view->currentIndex())).toImage();
+    const QRgb around = view->palette().color(QPalette::Base).rgb();
+    std::map<QRgb, int> colours;
+    for (int x = 0; x < shown.width(); ++x) {
+        ++colours[shown.pixel(x, shown.height() / 4)];  // above the letters
+    }
+    colours.erase(around);
+    const auto fewer = [](const auto& one, const auto& other) { return one.second < other.second; };
+    ASSERT_FALSE(colours.empty());
+    const QRgb mark = std::max_element(colours.begin(), colours.end(), fewer)->first;
+    EXPECT_GE(Contrast(mark, around), 4.5);
+    double writing = 0;
+    for (int x = 1; x + 1 < shown.width(); ++x) {
+        const int y = shown.height() / 2;
+        // Between two pixels of the mark, so that what lies beside it does not count.
+        if (shown.pixel(x, shown.height() / 4) == mark && shown.pixel(x, shown.height() - 3) == mark) {
+            writing = std::max(writing, Contrast(shown.pixel(x, y), mark));
+        }
+    }
+    EXPECT_GE(writing, 4.5);
+}
+
 // Values that no editor makes, as a damaged file brings them.
 TEST_F(SheetTest, ItemsWithImpossibleValuesAreShown) {
     Fit(DeviceLaser);

@@ -33,6 +33,7 @@ DialogWidget::DialogWidget(QWidget* owner, WindowObject& window, DWORD style, bo
             if (closable_) {
                 auto* button = new QToolButton(bar_);
                 button->setText(QStringLiteral("\u00D7"));
+                button->setAccessibleName(QStringLiteral("Close"));
                 button->setFocusPolicy(Qt::NoFocus);
                 QObject::connect(button, &QToolButton::clicked, this, [this] { Close(); });
                 row->addWidget(button);
