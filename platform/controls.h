@@ -5,7 +5,7 @@
 
 #ifdef _WIN32
 #include <commctrl.h>
-#include <prsht.h>
+#include "platform/win32/renamed.h"
 #else
 
 struct IMAGELIST_TAG;

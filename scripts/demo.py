@@ -107,6 +107,8 @@ def settings_file():
 class Terminal:
     """Everything that runs, and its end."""
 
+    FRONT = "typed into the xterm"
+
     def __init__(self, programs, reader):
         self.programs = pathlib.Path(programs).resolve()
         self.reader = reader
@@ -119,11 +121,13 @@ class Terminal:
         self.own_display = False
 
     def start(self, command, **options):
-        if (self.programs / command[0]).exists():
-            command = [str(self.programs / command[0])] + command[1:]
-        process = subprocess.Popen(command, env=self.environment, text=True, start_new_session=True, **options)
+        process = subprocess.Popen(self.command(command[0]) + command[1:], env=self.environment, text=True, start_new_session=True, **options)
         self.running.append(process)
         return process
+
+    def command(self, name):
+        """How a program is started: one of the project's, or one of the machine."""
+        return [str(self.programs / name) if (self.programs / name).exists() else name]
 
     def ask(self, command):
         return subprocess.run(command, env=self.environment, text=True, capture_output=True, check=False)
@@ -192,7 +196,7 @@ class Terminal:
         return [line for line in lines if not line.startswith(("rx", "tx", "event"))] + [last]
 
     def trigger(self, *words):
-        return self.ask([str(self.programs / "vantrel-trigger"), *words]).returncode == 0
+        return self.ask([*self.command("vantrel-trigger"), *words]).returncode == 0
 
     def open_system(self):
         (self.folder / "DiskOnChip").mkdir()
@@ -216,7 +220,7 @@ class Terminal:
     def read(self, rows):
         """Holds the trigger until `rows` scans were typed (at least one, if none is said); all that arrived."""
         self.focus()
-        typed_before = self.typed_file.stat().st_size
+        typed_before = len(self.typed(0))
         event, messages, wire = self.event.mark(), self.messages.mark(), self.readers.mark()
         until = time.monotonic() + READ_TIME
         started = ("event decoding com1 on", "event command com1 ON")
@@ -271,8 +275,8 @@ def record_text(record):
 class Table:
     WIDTHS = (33, 24, 29)
 
-    def __init__(self):
-        self.row("presented", "typed into the xterm", "record: type, length, data")
+    def __init__(self, front):
+        self.row("presented", front, "record: type, length, data")
         self.row(*("-" * width for width in self.WIDTHS))
 
     def row(self, *cells):
@@ -303,7 +307,7 @@ def take(items, fits):
 
 def show_labels(terminal):
     """Three labels, the first together with a tag; whether all arrived."""
-    table = Table()
+    table = Table(terminal.FRONT)
     good = True
     kind, letter, uid = TAG
     terminal.tell(f"tag {letter} {uid}")
@@ -397,10 +401,15 @@ def take_commands(terminal):
 def main():
     parser = argparse.ArgumentParser(description="Shows a simulated terminal at work.")
     parser.add_argument("--programs", required=True, help="folder of the built programs")
+    parser.add_argument("--windows", help="build folder of the Windows programs: shows those, under Wine")
     parser.add_argument("reader", choices=READERS)
     options = parser.parse_args()
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
-    terminal = Terminal(options.programs, options.reader)
+    if options.windows:
+        from windows_terminal import WindowsTerminal
+        terminal = WindowsTerminal(options.programs, options.reader, options.windows)
+    else:
+        terminal = Terminal(options.programs, options.reader)
     try:
         terminal.open_display()
         where = "a display of its own" if terminal.own_display else "the display " + terminal.environment["DISPLAY"]
@@ -428,4 +437,5 @@ def main():
 
 
 if __name__ == "__main__":
+    sys.modules["demo"] = sys.modules["__main__"]  # for the terminal with the Windows programs
     sys.exit(main())

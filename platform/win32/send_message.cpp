@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "platform/win32/sheet.h"
 #include "platform/win32/terminal.h"
-#include "platform/win32/wrapped.h"
 
 namespace {
 
@@ -64,6 +64,9 @@ LRESULT WINAPI TerminalSendMessageW(HWND window, UINT message, WPARAM wParam, LP
     if (window == HWND_BROADCAST) {
         Broadcast(message, wParam, lParam);
         return 1;
+    }
+    if (message == PSM_ISDIALOGMESSAGE) {
+        return layer::SheetTakes(window, reinterpret_cast<MSG*>(lParam));
     }
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);

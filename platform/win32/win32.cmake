@@ -11,6 +11,7 @@ vantrel_library(vantrel_platform
   win32/send_message.cpp
   win32/serial.cpp
   win32/serial_port.cpp
+  win32/sheet.cpp
   win32/shell.cpp
   win32/show_window.cpp
   win32/terminal.cpp)

@@ -25,6 +25,13 @@ EndToEnd::EndToEnd() {
     setenv("XDG_RUNTIME_DIR", Terminal.Folder().c_str(), 1);
 }
 
+void EndToEnd::SetUp() {
+    const char* const test = testing::UnitTest::GetInstance()->current_test_info()->name();
+    if (const char* const reason = OnWine() ? WhyNotOnWine(test) : nullptr) {
+        GTEST_SKIP() << reason;
+    }
+}
+
 void EndToEnd::TearDown() {
     if (HasFailure()) {
         const auto* test = testing::UnitTest::GetInstance()->current_test_info();
@@ -144,13 +151,13 @@ void EndToEnd::ExpectNothingLeft() {
     EXPECT_TRUE(vibrator.empty() || vibrator.starts_with("0")) << "the vibrator is on: " << vibrator;
     EXPECT_TRUE(Desktop.KeysAreUp());
     EXPECT_TRUE(Desktop.WaitUntilGone("Vantrel v1.29", 1000));
-    EXPECT_TRUE(Desktop.WaitUntilGone("Notification icon", 1000));
+    EXPECT_TRUE(Desktop.WaitUntilGone("Notification icon", 5000));
     EXPECT_FALSE(Desktop.WaitForWindow(ErrorBoxTitle, 0));
 }
 
 void EndToEnd::ExpectNothingShared() {
     if (OnWine()) {
-        EXPECT_EQ(WineSession::Current().Ask("shared " + WineQueueName()),
+        EXPECT_EQ(WineSession::Current().Ask("shared " + WineSharedNames()),
                   std::vector<std::string>{"shared 0"});
         return;
     }

@@ -21,6 +21,8 @@ using SettingValue = std::pair<const Setting*, WORD>;
 class EndToEnd : public testing::Test {
   protected:
     EndToEnd();
+    // Skips what the desktop cannot do.
+    void SetUp() override;
     // A failure leaves the readers' log and a picture of the screen in the folder e2e-failures.
     void TearDown() override;
 

@@ -51,6 +51,10 @@ class TestScreen {
 
     // The width of the main window, which has the settings' title and is smaller.
     virtual int MainWidth() const { return 300; }
+    // Whether programs learn where their notification icon is: its menu opens there.
+    virtual bool TellsIconPlace() const { return true; }
+    // Whether a message that its sender no longer waits for still arrives.
+    virtual bool KeepsLateMessages() const { return true; }
 
     virtual Picture Capture(int x, int y, int width, int height) = 0;
     // The mouse pointer as it looks now. X only.

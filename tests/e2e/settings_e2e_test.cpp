@@ -97,6 +97,10 @@ class SettingsFromIcon : public SettingsByHand, public testing::WithParamInterfa
             return std::ranges::find(before, window.Id, &ScreenWindow::Id) == before.end();
         };
         ASSERT_TRUE(Within(5000, [&] { return std::ranges::any_of(Desktop.Windows(), isNew); })) << "no menu";
+        if (!Desktop.TellsIconPlace()) {
+            Pause(500);  // the new window may be the icon's text
+            return;
+        }
         for (const ScreenWindow& window : Desktop.Windows()) {
             if (isNew(window)) {
                 EXPECT_NEAR(window.X + window.Width, icon->X + icon->Width, 30)

@@ -11,9 +11,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
+#include <string_view>
 #include <thread>
 
 #include "tests/e2e/program.h"
+#include "tests/e2e/x_screen.h"
 
 namespace {
 
@@ -21,10 +23,29 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds Quiet{150};  // in which nothing more is expected
 
 constexpr const char* Wine = "/usr/lib/wine/wine64";
+constexpr const char* Server = "/usr/lib/wine/wineserver64";
 
 std::string TerminalFolder() {
     return std::getenv("VANTREL_TERMINAL");
 }
+
+// The notification area is at the taskbar's end. Its icons have no windows: the first one's place is looked
+// at.
+constexpr int IconX = 616, IconY = 457, IconSize = 26;
+
+bool ShowsIcon() {
+    const Picture place = CaptureDisplay(IconX + 8, IconY + 8, 10, 10);
+    return !place.Pixels.empty() && std::ranges::count(place.Pixels, place.Pixels.front()) < 90;
+}
+
+constexpr struct {
+    std::string_view Test;
+    const char* Reason;
+} NotHere[] = {
+    {"EveryCharacterIsTypedIntoATerminalProgram", "types into an X client: the keys go to Windows programs"},
+    {"ChangesReachTheReaderTheFileAndTheNextScan/InATray", "taps an icon in an X notification area"},
+    {"WithoutADisplayAFailureIsSaidAndEndsTheProgram", "a Windows session always has a screen"},
+};
 
 // The virtual key of an X symbol.
 int VirtualKey(unsigned long symbol) {
@@ -67,14 +88,17 @@ WineSession::WineSession() {
     prefix_ = fs::weakly_canonical(home / ("run-" + std::to_string(getpid())));
     setenv("WINEPREFIX", prefix_.c_str(), 1);
     setenv("WINEDEBUG", "-all", 0);
-    setenv("WINESERVER", "/usr/lib/wine/wineserver64", 1);
+    setenv("WINESERVER", Server, 1);
     // Neither downloads nor menu entries.
     setenv("WINEDLLOVERRIDES", "mscoree=;mshtml=;winemenubuilder.exe=", 1);
     // The prefix that was made once is shared, but for what a session changes.
     if (RunProgram("sh", {"-c", "cp -al \"$0\" \"$1\" && sed -i \"s|PORTS|$1/ports|\" \"$1/system.reg\"",
                           home / "prefix", prefix_}) != 0) {
-        ADD_FAILURE() << "there is no Wine prefix in " << home << ": run ./test windows";
+        ADD_FAILURE() << "there is no Wine prefix in " << home << ": run ./test wine";
     }
+    // All programs of the session end with their server, and that with the test, whatever becomes of it. What
+    // the server says is a list of what programs left open.
+    wineServer_ = StartProgram("sh", {"-c", "exec \"$0\" -f -p 2>/dev/null", Server});
     hands_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{Wine, std::string(VANTREL_WINDOWS_PROGRAMS) + "/vantrel-hands.exe"},
         std::vector<std::string>{});
@@ -85,8 +109,8 @@ WineSession::WineSession() {
 WineSession::~WineSession() {
     hands_->WriteLine("quit");
     hands_->Wait(5000);
-    RunProgram("/usr/lib/wine/wineserver64", {"-k"});
-    RunProgram("/usr/lib/wine/wineserver64", {"-w"});
+    RunProgram(Server, {"-k"});
+    wineServer_->Wait(10000);
     std::error_code ignored;
     std::filesystem::remove_all(prefix_, ignored);
 }
@@ -106,7 +130,18 @@ std::vector<std::string> WineSession::Ask(const std::string& command) {
 
 std::vector<std::string> WineCommand(const std::string& program) {
     WineSession::Current();
-    return {Wine, std::string(VANTREL_WINDOWS_PROGRAMS) + "/" + program + ".exe"};
+    const char* const installed = std::getenv("VANTREL_WINDOWS_INSTALLED");
+    return {Wine, std::string(installed != nullptr ? installed : VANTREL_WINDOWS_PROGRAMS) + "/" + program +
+                      ".exe"};
+}
+
+const char* WhyNotOnWine(std::string_view test) {
+    for (const auto& entry : NotHere) {
+        if (entry.Test == test) {
+            return entry.Reason;
+        }
+    }
+    return nullptr;
 }
 
 std::string WineTerminal() {
@@ -115,7 +150,7 @@ std::string WineTerminal() {
     return folder;
 }
 
-std::string WineQueueName() {
+std::string WineSharedNames() {
     std::uint64_t hash = 0xCBF29CE484222325u;
     for (const char letter : WineTerminal()) {
         const char lower = static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
@@ -123,8 +158,7 @@ std::string WineQueueName() {
         hash = hash * 0x100000001B3u;  // the high byte is zero
     }
     char name[64];
-    std::snprintf(name, sizeof name, "Local\\vantrel-%016llx-QuenraDataQueue",
-                  static_cast<unsigned long long>(hash));
+    std::snprintf(name, sizeof name, "Local\\vantrel-%016llx-", static_cast<unsigned long long>(hash));
     return name;
 }
 
@@ -174,6 +208,9 @@ std::vector<ScreenWindow> WineScreen::Windows() {
         std::getline(fields, window.Title);
         found.push_back(window);
     }
+    if (ShowsIcon()) {
+        found.push_back({0, IconX, IconY, IconSize, IconSize, "Notification icon"});
+    }
     return found;
 }
 
@@ -185,8 +222,8 @@ std::vector<std::string> WineScreen::TextsOf(const ScreenWindow& window) {
     return texts;
 }
 
-Picture WineScreen::Capture(int, int, int, int) {
-    return {};
+Picture WineScreen::Capture(int x, int y, int width, int height) {
+    return CaptureDisplay(x, y, width, height);
 }
 
 void WineScreen::Press(unsigned long symbol, bool control) {

@@ -1,6 +1,8 @@
 // A Windows desktop under Wine, worked by the program vantrel-hands inside it.
 #pragma once
 
+#include <string_view>
+
 #include "tests/e2e/screen.h"
 #include "tests/support/child_process.h"
 #include "tests/support/x_server.h"
@@ -22,14 +24,17 @@ class WineSession {
 
     std::string prefix_;
     XServer server_;
-    std::unique_ptr<ChildProcess> hands_;
+    std::unique_ptr<ChildProcess> wineServer_, hands_;
 };
 
+// Why a test (its name without its suite's) cannot run there; null when it can. Serial lines are
+// pseudo-terminals everywhere: what only a real line has (modem lines, break) is in no end-to-end test.
+const char* WhyNotOnWine(std::string_view test);
 // The command that runs a Windows program of the project, and what it needs in its environment.
 std::vector<std::string> WineCommand(const std::string& program);
 std::string WineTerminal();
-// The name under which the terminal's message queue is shared.
-std::string WineQueueName();
+// How the names of the terminal's shared objects begin.
+std::string WineSharedNames();
 
 class WineScreen : public TestScreen {
   public:
@@ -45,4 +50,6 @@ class WineScreen : public TestScreen {
     void Press(unsigned long symbol, bool control) override;
     void Click(int x, int y) override;
     bool KeysAreUp() override;
+    bool TellsIconPlace() const override { return false; }
+    bool KeepsLateMessages() const override { return false; }
 };

@@ -136,20 +136,29 @@ std::vector<std::string> XScreen::TextsOf(const ScreenWindow& window) {
     return texts;
 }
 
-Picture XScreen::Capture(int x, int y, int width, int height) {
+Picture CaptureDisplay(int x, int y, int width, int height) {
     Picture picture{width, height, {}};
-    XImage* image = XGetImage(display_, DefaultRootWindow(display_), x, y, static_cast<unsigned>(width),
-                              static_cast<unsigned>(height), AllPlanes, ZPixmap);
-    if (image == nullptr) {
-        return {};
-    }
-    for (int row = 0; row < height; ++row) {
+    Display* const display = XOpenDisplay(nullptr);
+    XImage* image = display == nullptr
+                        ? nullptr
+                        : XGetImage(display, DefaultRootWindow(display), x, y, static_cast<unsigned>(width),
+                                    static_cast<unsigned>(height), AllPlanes, ZPixmap);
+    for (int row = 0; image != nullptr && row < height; ++row) {
         for (int column = 0; column < width; ++column) {
             picture.Pixels.push_back(static_cast<unsigned>(XGetPixel(image, column, row)) & 0xFFFFFF);
         }
     }
-    XDestroyImage(image);
-    return picture;
+    if (image != nullptr) {
+        XDestroyImage(image);
+    }
+    if (display != nullptr) {
+        XCloseDisplay(display);
+    }
+    return image != nullptr ? picture : Picture{};
+}
+
+Picture XScreen::Capture(int x, int y, int width, int height) {
+    return CaptureDisplay(x, y, width, height);
 }
 
 Picture XScreen::Pointer() {

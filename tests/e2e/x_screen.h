@@ -6,6 +6,9 @@
 
 struct _XDisplay;  // of the X library, whose names stay out of the tests
 
+// A part of what $DISPLAY shows; empty when there is none.
+Picture CaptureDisplay(int x, int y, int width, int height);
+
 class XScreen : public TestScreen {
   public:
     // Starts the server and puts the client in front.

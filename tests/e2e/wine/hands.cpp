@@ -2,15 +2,16 @@
 // standard input, one a line, and answers each on standard output. It has a window that notes what is typed
 // into it.
 //
-//   typed                what the window has got since the last time, as "typed" and hexadecimal digits
-//   front [WINDOW]       brings the note window, or another one, to the front
-//   windows              a line per visible top-level window, the lowest first: "window ID X Y WIDTH HEIGHT
-//   TITLE" icons                the same for the icons in the notification area text WINDOW          "text"
-//   and the text of a message box, or a window's own press KEY...         presses virtual keys (decimal), all
-//   down in order and up again click X Y            taps the screen keys                 "keys up" when none
-//   is down and no lock is on, else "keys down" close                asks the main window to close, as the
-//   end of a session does shared               "shared N": how many of the shared objects named in vantrel's
-//   terminal exist quit
+//   typed          what the window has got since the last time: "typed" and hexadecimal digits
+//   front [WINDOW] brings the note window, or another one, to the front
+//   windows        a line per visible top-level window, the lowest first: "window ID X Y WIDTH HEIGHT TITLE"
+//   text WINDOW    "text" and a line for each line of a message box, an editor, or a window's own text
+//   press KEY...   presses virtual keys (decimal), all down in order and up again
+//   click X Y      taps the screen
+//   keys           "keys up" when none is down and no lock is on, else "keys down"
+//   close          asks the main window to close, as the end of a session does
+//   shared PREFIX  "shared N": how many of the terminal's shared objects exist, by the beginning of their
+//   names quit
 //
 // Every answer ends with a line "ok", or "error" and why.
 #include <windows.h>
@@ -27,7 +28,7 @@ std::string Noted;
 SRWLOCK NotedLock = SRWLOCK_INIT;
 
 std::string ToUtf8(const wchar_t* text) {
-    char bytes[2048];
+    char bytes[3 * 4096];
     const int length = WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, nullptr, nullptr);
     return length > 0 ? bytes : "";
 }
@@ -73,31 +74,22 @@ void SayWindows() {
     }
 }
 
-void SayIcons() {
-    std::vector<HWND> found;
-    if (const HWND tray = FindWindowW(L"Shell_TrayWnd", nullptr)) {
-        EnumChildWindows(tray, AddVisible, reinterpret_cast<LPARAM>(&found));
-    }
-    for (const HWND icon : found) {
-        wchar_t name[64] = {};
-        GetClassNameW(icon, name, 64);
-        if (lstrcmpW(name, L"Button") != 0 && lstrcmpW(name, L"Static") != 0) {
-            SayWindow(icon);
-        }
-    }
-}
-
 HWND WindowOf(const std::string& argument) {
     return reinterpret_cast<HWND>(static_cast<ULONG_PTR>(std::strtoul(argument.c_str(), nullptr, 10)));
 }
 
 void SayText(HWND window) {
     constexpr int MessageText = 0xFFFF;
-    wchar_t text[1024] = {};
-    const HWND label = GetDlgItem(window, MessageText);
-    SendMessageTimeoutW(label != nullptr ? label : window, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(text),
+    wchar_t text[4096] = {};
+    HWND source = GetDlgItem(window, MessageText);
+    source = source != nullptr ? source : FindWindowExW(window, nullptr, L"Edit", nullptr);
+    SendMessageTimeoutW(source != nullptr ? source : window, WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text),
                         SMTO_ABORTIFHUNG, 2000, nullptr);
-    std::printf("text %s\n", ToUtf8(text).c_str());
+    std::string line = "text ";
+    for (const char letter : ToUtf8(text)) {
+        line += letter == '\n' ? "\ntext " : std::string(letter != '\r', letter);
+    }
+    std::puts(line.c_str());
 }
 
 void PressKeys(const std::string& keys) {
@@ -161,14 +153,14 @@ void SayTyped() {
     std::printf("typed %s\n", digits.c_str());
 }
 
-void SayShared(const std::string& queue) {
+void SayShared(const std::string& prefix) {
     int found = 0;
+    const std::wstring name(prefix.begin(), prefix.end());
     if (const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, L"DecodeEvent")) {
         CloseHandle(event);
         ++found;
     }
-    const std::wstring name(queue.begin(), queue.end());
-    if (const HANDLE mapping = OpenFileMappingW(FILE_MAP_READ, FALSE, name.c_str())) {
+    if (const HANDLE mapping = OpenFileMappingW(FILE_MAP_READ, FALSE, (name + L"QuenraDataQueue").c_str())) {
         CloseHandle(mapping);
         ++found;
     }
@@ -183,8 +175,6 @@ void Obey(const std::string& word, const std::string& rest) {
         SendMessageW(Note, WM_APP, reinterpret_cast<WPARAM>(window), 0);
     } else if (word == "windows") {
         SayWindows();
-    } else if (word == "icons") {
-        SayIcons();
     } else if (word == "text") {
         SayText(WindowOf(rest));
     } else if (word == "press") {
