@@ -236,6 +236,11 @@ void WineScreen::Click(int x, int y) {
     WineSession::Current().Ask("click " + std::to_string(x) + " " + std::to_string(y));
 }
 
+bool WineScreen::HasFocus(unsigned long window) {
+    return WineSession::Current().Ask("foreground") ==
+           std::vector<std::string>{"foreground " + std::to_string(window)};
+}
+
 bool WineScreen::KeysAreUp() {
     return WineSession::Current().Ask("keys") == std::vector<std::string>{"keys up"};
 }

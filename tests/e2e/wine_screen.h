@@ -49,6 +49,7 @@ class WineScreen : public TestScreen {
     Picture Capture(int x, int y, int width, int height) override;
     void Press(unsigned long symbol, bool control) override;
     void Click(int x, int y) override;
+    bool HasFocus(unsigned long window) override;
     bool KeysAreUp() override;
     bool TellsIconPlace() const override { return false; }
     bool KeepsLateMessages() const override { return false; }

@@ -4,6 +4,7 @@
 //
 //   typed          what the window has got since the last time: "typed" and hexadecimal digits
 //   front [WINDOW] brings the note window, or another one, to the front
+//   foreground     "foreground ID" of the window in front
 //   windows        a line per visible top-level window, the lowest first: "window ID X Y WIDTH HEIGHT TITLE"
 //   text WINDOW    "text" and a line for each line of a message box, an editor, or a window's own text
 //   press KEY...   presses virtual keys (decimal), all down in order and up again
@@ -173,6 +174,9 @@ void Obey(const std::string& word, const std::string& rest) {
     } else if (word == "front") {
         const HWND window = rest.empty() ? Note : WindowOf(rest);
         SendMessageW(Note, WM_APP, reinterpret_cast<WPARAM>(window), 0);
+    } else if (word == "foreground") {
+        std::printf("foreground %lu\n",
+                    static_cast<unsigned long>(reinterpret_cast<ULONG_PTR>(GetForegroundWindow())));
     } else if (word == "windows") {
         SayWindows();
     } else if (word == "text") {
