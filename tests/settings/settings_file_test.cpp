@@ -121,7 +121,8 @@ TEST_F(SettingsFileTest, WithoutAWholeFileTheRecordStays) {
     EXPECT_EQ(LoadSettings(), -1) << "a folder in its place";
     EXPECT_EQ(SaveSettings(), 0) << "a folder in its place";
     std::filesystem::remove(file_);
-    std::filesystem::create_symlink("/proc/self/mem", file_);  // can be opened, and not be read from its start
+    std::filesystem::create_symlink("/proc/self/mem",
+                                    file_);  // can be opened, and not be read from its start
     EXPECT_EQ(LoadSettings(), -1) << "a disk that fails";
     std::filesystem::remove_all(terminal_.Path("DiskOnChip"));
     EXPECT_EQ(SaveSettings(), 0) << "nowhere to go";
