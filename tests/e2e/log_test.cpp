@@ -1,7 +1,9 @@
 // What the program says of itself: a line, with its priority, for each event that matters, and no scanned
 // data in it.
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,10 +15,37 @@
 
 namespace {
 
+// The service manager's end of NOTIFY_SOCKET.
+class Manager {
+  public:
+    explicit Manager(const std::string& path) : socket_(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_un address{AF_UNIX, {}};
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        EXPECT_EQ(bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    }
+    ~Manager() { close(socket_); }
+    Manager(const Manager&) = delete;
+    // How many words with this beginning have come until now. It has to be asked before ten wait.
+    int Count(const std::string& beginning) {
+        char word[200];
+        for (ssize_t size = 0; (size = recv(socket_, word, sizeof word, MSG_DONTWAIT)) > 0;) {
+            words_.emplace_back(word, static_cast<std::size_t>(size));
+        }
+        return static_cast<int>(std::count_if(words_.begin(), words_.end(), [&](const std::string& each) {
+            return each.starts_with(beginning);
+        }));
+    }
+
+  private:
+    int socket_;
+    std::vector<std::string> words_;
+};
+
 TEST_F(EndToEnd, WhatMattersIsInTheLog) {
     const auto consumer = StartProgram("vantrel-watch", {"--messages"});
     const std::string com1 = Terminal.Path("COM1"), path = Terminal.Path("log"),
                       trace = Terminal.Path("trace");
+    Manager manager(Terminal.Path("notify"));
     FitReaders("imager");
     Wire->Command("fault nak-params 2");
     WriteSettings(DeviceImager, {{&general::DataOutput, '7'}});
@@ -36,7 +65,8 @@ TEST_F(EndToEnd, WhatMattersIsInTheLog) {
              const int standard = dup(STDERR_FILENO);
              const int log = open(path.c_str(), O_CREAT | O_APPEND | O_WRONLY, 0600);
              dup2(log, STDERR_FILENO);
-             Start({"JOURNAL_STREAM=8:1", "VANTREL_TRACE=" + trace});
+             Start({"JOURNAL_STREAM=8:1", "VANTREL_TRACE=" + trace,
+                    "NOTIFY_SOCKET=" + Terminal.Path("notify"), "WATCHDOG_USEC=8000000"});
              dup2(standard, STDERR_FILENO);
              close(log), close(standard);
          }},
@@ -58,6 +88,7 @@ TEST_F(EndToEnd, WhatMattersIsInTheLog) {
         cause();
         const bool said = Within(8000, [&, &text = line] {
             log = ReadWholeFile(path);
+            manager.Count("");
             return log.find(text, at) != std::string::npos;
         });
         ASSERT_TRUE(said) << line << " comes not in turn in\n" << log;
@@ -65,6 +96,8 @@ TEST_F(EndToEnd, WhatMattersIsInTheLog) {
     }
     EXPECT_LE(std::count(log.begin(), log.end(), '\n'), 20) << log;
     EXPECT_EQ(log.find("SECRET"), std::string::npos);
+    EXPECT_EQ(manager.Count("READY=1\nSTATUS=The readers are ready"), 1);
+    EXPECT_TRUE(Within(6000, [&] { return manager.Count("WATCHDOG=1") >= 3; })) << "also under a box";
     // The trace holds the scans, and nobody else reads it.
     struct stat status {};
     ASSERT_EQ(stat(trace.c_str(), &status), 0);
