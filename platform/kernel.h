@@ -46,12 +46,10 @@ DWORD GetTickCount();
 // What desktop Windows lacks.
 
 #ifndef EVENT_SET
-#define EVENT_PULSE 1
-#define EVENT_RESET 2
 #define EVENT_SET 3
 #endif
 
-// Acts on an event by EVENT_SET or EVENT_RESET.
+// Sets an event (EVENT_SET).
 BOOL EventModify(HANDLE event, DWORD action);
 
 // Kernel control calls of the terminal's maker. IOCTL_VIBRATOR (scan/read_feedback.h) takes a DWORD, 1 or 0;

@@ -12,14 +12,7 @@ constexpr DWORD VibratorCode = 0x24321015;
 }  // namespace
 
 BOOL EventModify(HANDLE event, DWORD action) {
-    switch (action) {
-        case EVENT_SET:
-            return SetEvent(event);
-        case EVENT_RESET:
-            return ResetEvent(event);
-        default:
-            return FALSE;
-    }
+    return action == EVENT_SET && SetEvent(event);
 }
 
 // The vibrator is a file: `1` while it runs, else `0`.

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/start_windows.h"
 
@@ -10,7 +11,7 @@ std::function<void(UINT, WPARAM, LPARAM)> OnControl;
 namespace {
 
 LRESULT CALLBACK HolderProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if ((message == WM_NOTIFY || message == WM_COMMAND) && OnControl) {
+    if ((message == WM_NOTIFY || message == WM_COMMAND || message == WM_TIMER) && OnControl) {
         OnControl(message, wParam, lParam);
         return 1;
     }

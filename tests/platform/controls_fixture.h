@@ -27,5 +27,5 @@ class ControlsTest : public testing::Test {
     HWND window_ = nullptr;
 };
 
-// What the window does with WM_NOTIFY and WM_COMMAND; emptied before each test.
+// What the window does with WM_NOTIFY, WM_COMMAND and WM_TIMER; emptied before each test.
 extern std::function<void(UINT, WPARAM, LPARAM)> OnControl;

@@ -122,10 +122,6 @@ TEST_F(FileDialogTest, AFileIsChosenByHand) {
                   Press("OK");
               }),
               "\\DiskOnChip\\notes.txt");
-    EXPECT_EQ(wanted_.nFilterIndex, 2u);
-    EXPECT_EQ(wanted_.nFileOffset, 12);
-    EXPECT_EQ(wanted_.nFileExtension, 18);
-
     EXPECT_EQ(Ask([] {
                   List()->setFocus();
                   QTest::keyClick(List(), Qt::Key_End);
@@ -188,7 +184,6 @@ TEST_F(FileDialogTest, EveryWayOutEndsIt) {
     }
     EXPECT_EQ(Ask([] { PostQuitMessage(3); }), "");
     EXPECT_TRUE(layer::QuitPending());
-    EXPECT_FALSE(GetOpenFileNameW(nullptr));
 }
 
 }  // namespace

@@ -75,7 +75,6 @@ TEST_F(Files, PathsStayInTheTerminal) {
         EXPECT_EQ(host, each.Host == "-" ? "" : Terminal.Folder() + each.Host)
             << layer::ToUtf8(each.Platform);
     }
-    EXPECT_EQ(layer::HostPath(nullptr), "");
 }
 
 TEST_F(Files, LinksInTheFolderAreFollowedAndSurviveASave) {

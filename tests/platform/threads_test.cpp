@@ -66,9 +66,6 @@ TEST(Events, AutomaticResetLetsOneWaiterThrough) {
     EventModify(event, EVENT_SET);
     EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
-    EventModify(event, EVENT_SET);
-    EXPECT_TRUE(EventModify(event, EVENT_RESET));
-    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
     EXPECT_FALSE(EventModify(event, 7));
     CloseHandle(event);
     EXPECT_EQ(CreateEventW(nullptr, TRUE, FALSE, nullptr), nullptr);
@@ -79,9 +76,6 @@ TEST(Events, AutomaticResetLetsOneWaiterThrough) {
     EXPECT_EQ(WaitForSingleObject(semaphore, 0), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(semaphore, 0), WAIT_TIMEOUT);
     CloseHandle(semaphore);
-    EXPECT_EQ(CreateSemaphoreW(nullptr, 2, 1, nullptr), nullptr);
-    EXPECT_EQ(CreateSemaphoreW(nullptr, -1, 1, nullptr), nullptr);
-    EXPECT_EQ(CreateSemaphoreW(nullptr, 0, 0, nullptr), nullptr);
 }
 
 }  // namespace

@@ -53,26 +53,6 @@ TEST_F(TreeTest, HandlesOfDeletedItemsStayDead) {
     EXPECT_EQ(Get(TVGN_CARET), nullptr);
 }
 
-TEST_F(TreeTest, AChangeTouchesWhatItNames) {
-    HTREEITEM item = Insert(TVI_ROOT, TVI_LAST, u"Label :  value", 5, 0x12345678);
-    TVITEMW change{};
-    change.mask = TVIF_STATE;
-    change.hItem = item;
-    change.state = INDEXTOSTATEIMAGEMASK(6) | 3;
-    change.stateMask = TVIS_STATEIMAGEMASK;
-    EXPECT_TRUE(SendMessageW(tree_, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&change)));
-    TVITEMW read{};
-    read.mask = TVIF_STATE | TVIF_PARAM;
-    read.hItem = item;
-    read.stateMask = TVIS_STATEIMAGEMASK;
-    EXPECT_TRUE(SendMessageW(tree_, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&read)));
-    EXPECT_EQ(read.state, UINT{INDEXTOSTATEIMAGEMASK(6)});
-    EXPECT_EQ(read.lParam, 0x12345678);
-    EXPECT_EQ(TextOf(item), "Label :  value");
-    EXPECT_EQ(TextOf(item, 6), "Label");
-    EXPECT_EQ(TextOf(item, 1), "");
-}
-
 TEST_F(TreeTest, StateImageNIsTheListsImageN) {
     EXPECT_EQ(ImageList_GetImageCount(images_), 8);
     const auto picture = [&](UINT image) {
@@ -97,18 +77,6 @@ TEST_F(TreeTest, StateImageNIsTheListsImageN) {
     // Without the list there is nothing to see.
     SendMessageW(tree_, TVM_SETIMAGELIST, TVSIL_STATE, 0);
     EXPECT_EQ(picture(3), none);
-}
-
-TEST(ImageListTest, RefusesWhatHoldsNoImage) {
-    EXPECT_EQ(ImageList_Create(0, 15, ILC_MASK, 1, 0), nullptr);
-    HIMAGELIST list = ImageList_Create(400, 15, ILC_MASK, 1, 0);
-    HBITMAP bitmap = LoadBitmapW(nullptr, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
-    EXPECT_EQ(ImageList_AddMasked(list, bitmap, 0), -1);
-    EXPECT_EQ(ImageList_AddMasked(list, nullptr, 0), -1);
-    EXPECT_TRUE(ImageList_Destroy(list));
-    EXPECT_FALSE(ImageList_Destroy(list));
-    EXPECT_EQ(ImageList_AddMasked(list, bitmap, 0), -1);
-    DeleteObject(bitmap);
 }
 
 // ---- taps
@@ -290,27 +258,6 @@ TEST_F(TreeTest, TheValueAtTheEndOfALongRowIsThere) {
     EXPECT_EQ(View()->horizontalScrollBar()->maximum(), 0);
 }
 
-TEST_F(TreeTest, ArrowsAndSignsMoveAndUnfold) {
-    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
-    HTREEITEM a1 = Insert(a, TVI_LAST, u"child");
-    HTREEITEM b = Insert(TVI_ROOT, TVI_LAST, u"second");
-    View()->clearFocus();
-    View()->setFocus();
-    EXPECT_EQ(Get(TVGN_CARET), a);
-    const struct {
-        Qt::Key Key;
-        HTREEITEM Caret;
-        bool Open;
-    } steps[] = {{Qt::Key_Right, a, true}, {Qt::Key_Right, a1, true}, {Qt::Key_Left, a, true},
-                 {Qt::Key_Left, a, false}, {Qt::Key_Plus, a, true},   {Qt::Key_Minus, a, false},
-                 {Qt::Key_Down, b, false}, {Qt::Key_Up, a, false},    {Qt::Key_F2, a, false}};
-    for (const auto& step : steps) {
-        Key(step.Key);
-        EXPECT_EQ(Get(TVGN_CARET), step.Caret) << step.Key;
-        EXPECT_EQ(IsOpen(a), step.Open) << step.Key;
-    }
-}
-
 // ---- what may happen inside a notification
 
 TEST_F(TreeTest, ItemsAndTheTreeItselfMayGoInsideANotification) {
@@ -336,15 +283,6 @@ TEST_F(TreeTest, ItemsAndTheTreeItselfMayGoInsideANotification) {
     EXPECT_EQ(told_.size(), before + 1);
     EXPECT_FALSE(IsWindow(tree_));
     layer::PumpMessages();
-}
-
-TEST_F(TreeTest, AKeyMayEndTheWholeWindow) {
-    Select(Insert(TVI_ROOT, TVI_LAST, u"first"));
-    react_ = [&](UINT) { DestroyWindow(window_); };
-    QTest::keyClick(View(), Qt::Key_Return);
-    EXPECT_EQ(told_.size(), 1u);
-    layer::PumpMessages();
-    EXPECT_FALSE(IsWindow(window_));
 }
 
 }  // namespace

@@ -57,6 +57,15 @@ class MessagesTest : public testing::Test {
         return seen_;
     }
 
+    // Until WM_QUIT, which it returns.
+    static MSG RunMessages() {
+        MSG message{};
+        while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
+            DispatchMessageW(&message);
+        }
+        return message;
+    }
+
     TemporaryTerminal terminal_;
     layer::ManualClock clock_;
     HWND window_ = nullptr;
@@ -92,10 +101,7 @@ TEST_F(MessagesTest, PostedMessagesComeBeforeTimersAndQuittingAfterThem) {
     PostQuitMessage(5);
     PostMessageW(window_, WM_USER, 100, 0);
     PostMessageW(window_, WM_USER, 101, 0);
-    MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
-        DispatchMessageW(&message);
-    }
+    const MSG message = RunMessages();
     EXPECT_EQ(seen_, (Ids{100, 101}));
     EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
     EXPECT_EQ(message.wParam, 5u);
@@ -118,10 +124,7 @@ TEST_F(MessagesTest, AThreadWaitsForTheAnswerOfTheMainThread) {
         SendMessageW(window_, WM_USER, 2, 0);
         PostQuitMessage(0);
     });
-    MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
-        DispatchMessageW(&message);
-    }
+    RunMessages();
     other.join();
     EXPECT_EQ(answer, 42);
     EXPECT_EQ(order, (std::vector{1, 2}));
@@ -130,7 +133,6 @@ TEST_F(MessagesTest, AThreadWaitsForTheAnswerOfTheMainThread) {
 
 TEST_F(MessagesTest, ATimerSetByAThreadWakesTheLoop) {
     layer::InstallClock(nullptr);
-    NoteEvents();
     Handle = [](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
         if (message == WM_TIMER) {
             PostQuitMessage(0);
@@ -138,13 +140,7 @@ TEST_F(MessagesTest, ATimerSetByAThreadWakesTheLoop) {
         return 0;
     };
     std::thread other([&] { SetTimer(window_, 9, 20, nullptr); });
-    MSG message{};
-    EXPECT_FALSE([&] {
-        while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
-            DispatchMessageW(&message);
-        }
-        return false;
-    }());
+    RunMessages();
     other.join();
     layer::InstallClock(&clock_);
 }
@@ -168,10 +164,7 @@ TEST_F(MessagesTest, CarriedCallsRunInsideNestedLoops) {
         SendMessageW(window_, WM_USER, 1, 0);
         PostQuitMessage(0);
     });
-    MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
-        DispatchMessageW(&message);
-    }
+    RunMessages();
     first.join();
     second.join();
     EXPECT_EQ(handled, (Ids{1, 2, 3}));
@@ -213,10 +206,7 @@ TEST_F(MessagesTest, QuittingEndsEveryNestedLoop) {
         }
         return inner(window, message, wParam, lParam);
     };
-    MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) != FALSE) {
-        DispatchMessageW(&message);
-    }
+    const MSG message = RunMessages();
     EXPECT_EQ(message.wParam, 3u);
     EXPECT_EQ(ended, (std::vector<std::string>{"loop", "box"}));
     // The box of the other thread may come up only now: it must not stay.

@@ -49,11 +49,9 @@ LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lPar
 class Caller {
   public:
     explicit Caller(const std::string& program) {
-        layer::Reached reached = layer::Reached::Busy;
-        while (reached == layer::Reached::Busy) {
-            reached = layer::ConnectTo(program, connection_.Socket);
+        while (!connection_.Socket) {
+            connection_.Socket = layer::ConnectTo(program);
         }
-        EXPECT_EQ(reached, layer::Reached::Yes);
     }
     void Send(const std::string& text) {
         connection_.Out += text;
@@ -165,7 +163,6 @@ TEST_F(ProgramsTest, LinesFromOutside) {
          R"("result":11)",
          {"TEST_PING 0 0"}},
         {"to a window that is not there", R"({"message":"TEST_PING","window":77})", R"("result":0)", {}},
-        {"to another class", R"({"message":"TEST_PING","class":"Other"})", R"("result":0)", {}},
         {"a name that nobody registered here", R"({"message":"WM_NEVER"})", R"("result":0)", {}},
         {"bytes",
          R"({"message":"WM_COPYDATA","number":12,"data":"aGVsbG8="})",
@@ -181,11 +178,8 @@ TEST_F(ProgramsTest, LinesFromOutside) {
         {"a message of the system", R"({"message":16,"window":)" + window + "}", "error", {}},
         {"bytes that are not base 64", R"({"message":"WM_COPYDATA","data":"####"})", "error", {}},
         {"a number that is none", R"({"message":"TEST_PING","wParam":"7"})", "error", {}},
-        {"half a number", R"({"message":"TEST_PING","wParam":0.5})", "error", {}},
         {"a number too large", R"({"message":"TEST_PING","lParam":1e30})", "error", {}},
         {"no message", R"({"wParam":1})", "error", {}},
-        {"no object", R"([1,2])", "error", {}},
-        {"nothing", "", "error", {}},
         {"bytes of all kinds", "\x01\xFF{\x80}", "error", {}},
         {"a deep nest", std::string(5000, '['), "error", {}},
     };

@@ -23,7 +23,6 @@ class ScriptedPorts::Port : public layer::SerialPort {
 
     BOOL Read(void* buffer, DWORD size, DWORD& read) override;
     BOOL Write(const void* buffer, DWORD size, DWORD& written) override;
-    BOOL SetQueues(DWORD, DWORD) override { return TRUE; }
     BOOL GetState(DCB& state) override;
     BOOL SetState(const DCB& state) override;
     BOOL GetTimeouts(COMMTIMEOUTS& timeouts) override;

@@ -1,6 +1,5 @@
 # Common controls: image lists, trees, up-downs, progress bars, the property sheet, the file dialog.
 target_sources(vantrel_platform_windows PRIVATE
-  linux/controls/common_controls.cpp
   linux/controls/file_dialog.cpp
   linux/controls/file_names.cpp
   linux/controls/image_list.cpp

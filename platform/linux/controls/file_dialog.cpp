@@ -34,7 +34,6 @@ class FileDialog : public WindowObject {
     LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam) override;
     bool Done() const { return Gone() || done_; }
     const std::u16string& Chosen() const { return chosen_; }  // empty: cancelled
-    DWORD FilterNumber() const { return filterNumber_; }      // counted from 1; 0 without filters
 
   private:
     void Build();
@@ -54,27 +53,21 @@ class FileDialog : public WindowObject {
 
     std::vector<FileFilter> filters_;
     std::u16string extension_;
-    DWORD flags_;
-    DWORD filterNumber_ = 0;
     std::u16string folder_, chosen_;
     bool done_ = false;
 };
 
 FileDialog::FileDialog(const WindowInit& init, const OPENFILENAMEW& wanted)
-    : WindowObject(init), filters_(ReadFilters(wanted.lpstrFilter)), flags_(wanted.Flags) {
+    : WindowObject(init), filters_(ReadFilters(wanted.lpstrFilter)), extension_(wanted.lpstrDefExt) {
     QWidget* owner =
         init.Parent != nullptr && init.Parent->Visible() ? init.Parent->Widget()->window() : nullptr;
     frame_ = new DialogWidget(owner, *this, init.Style, true);
     frame_->SetCaption(Shown(init.Text));
     SetWidget(frame_, frame_->Client());
-    extension_ = wanted.lpstrDefExt != nullptr ? wanted.lpstrDefExt : u"";
     Build();
-    if (wanted.nFilterIndex >= 1 && wanted.nFilterIndex <= filters_.size()) {
-        filter_->setCurrentIndex(static_cast<int>(wanted.nFilterIndex) - 1);
-    }
+    filter_->setCurrentIndex(static_cast<int>(wanted.nFilterIndex) - 1);
     name_->setText(QString::fromUtf16(wanted.lpstrFile));
-    const std::u16string start =
-        wanted.lpstrInitialDir != nullptr ? ResolveTyped(u"", wanted.lpstrInitialDir) : u"";
+    const std::u16string start = ResolveTyped(u"", wanted.lpstrInitialDir);
     OpenFolder(KindOfPath(start) == PathKind::Folder ? start : u"");
     Place();
 }
@@ -100,7 +93,6 @@ void FileDialog::Build() {
     for (const FileFilter& filter : filters_) {
         filter_->addItem(Shown(filter.Label));
     }
-    filter_->setVisible(!filters_.empty());
     message_ = new QLabel;
     message_->setWordWrap(true);
     message_->hide();
@@ -156,9 +148,8 @@ void FileDialog::OpenFolder(const std::u16string& folder) {
 
 void FileDialog::List() {
     list_->clear();
-    filterNumber_ = static_cast<DWORD>(filter_->currentIndex() + 1);
-    const std::u16string patterns = filterNumber_ == 0 ? u"*.*" : filters_[filterNumber_ - 1].Patterns;
-    for (const FolderEntry& entry : ListFolder(folder_, patterns)) {
+    const FileFilter& filter = filters_[static_cast<std::size_t>(filter_->currentIndex())];
+    for (const FolderEntry& entry : ListFolder(folder_, filter.Patterns)) {
         auto* item = new QListWidgetItem(Shown(entry.Name), list_);
         item->setIcon(frame_->style()->standardIcon(entry.Folder ? QStyle::SP_DirIcon : QStyle::SP_FileIcon));
         item->setToolTip(item->text().toHtmlEscaped());
@@ -200,8 +191,7 @@ void FileDialog::Accept() {
             Say("This is no file.");
             return;
         case PathKind::Missing:
-            if (namesFolder ||
-                ((flags_ & OFN_PATHMUSTEXIST) != 0 && KindOfPath(ParentFolder(path)) != PathKind::Folder)) {
+            if (namesFolder || KindOfPath(ParentFolder(path)) != PathKind::Folder) {
                 Say("There is no such folder.");
                 return;
             }
@@ -222,47 +212,24 @@ LRESULT FileDialog::Message(UINT message, WPARAM wParam, LPARAM lParam) {
     return WindowObject::Message(message, wParam, lParam);
 }
 
-void CopyText(std::u16string_view text, LPWSTR buffer) {
-    std::copy(text.begin(), text.end(), buffer);
-    buffer[text.size()] = 0;
-}
-
-bool GiveBack(const std::u16string& path, OPENFILENAMEW& dialog) {
-    if (path.empty() || path.size() >= dialog.nMaxFile) {
-        return false;
-    }
-    CopyText(path, dialog.lpstrFile);
-    const std::size_t name = path.rfind(u'\\') + 1;
-    const std::size_t dot = path.rfind(u'.');
-    dialog.nFileOffset = static_cast<WORD>(name);
-    dialog.nFileExtension = static_cast<WORD>(dot == path.npos || dot < name ? path.size()
-                                              : dot + 1 == path.size()       ? 0
-                                                                             : dot + 1);
-    if (dialog.lpstrFileTitle != nullptr && dialog.nMaxFileTitle > 0) {
-        CopyText(std::u16string_view(path).substr(name, dialog.nMaxFileTitle - 1), dialog.lpstrFileTitle);
-    }
-    return true;
-}
-
 BOOL AskForFile(OPENFILENAMEW& dialog) {
     const WindowPtr asker = FindWindowObject(dialog.hwndOwner);
     WindowInit init;
     init.Parent = asker.get();
     init.ClassName = u"Dialog";
-    init.Text = dialog.lpstrTitle != nullptr ? dialog.lpstrTitle : u"Open";
+    init.Text = u"Open";
     init.Style = StyleCaption | StyleSystemMenu;
     const auto window = std::make_shared<FileDialog>(init, dialog);
     Adopt(window);
     window->SetVisible(true);
     window->Activate();
     RunModalLoop([&] { return window->Done(); });
-    const DWORD filter = window->FilterNumber();
     const std::u16string chosen = window->Chosen();
     Destroy(*window);
-    if (!GiveBack(chosen, dialog)) {
+    if (chosen.empty() || chosen.size() >= dialog.nMaxFile) {
         return FALSE;
     }
-    dialog.nFilterIndex = filter;
+    *std::copy(chosen.begin(), chosen.end(), dialog.lpstrFile) = 0;
     return TRUE;
 }
 
@@ -271,9 +238,6 @@ BOOL AskForFile(OPENFILENAMEW& dialog) {
 }  // namespace layer
 
 BOOL GetOpenFileNameW(OPENFILENAMEW* dialog) {
-    return layer::OnMain([=] {
-        const bool usable = dialog != nullptr && dialog->lStructSize == sizeof *dialog &&
-                            dialog->lpstrFile != nullptr && dialog->nMaxFile > 0;
-        return usable ? layer::AskForFile(*dialog) : FALSE;
-    });
+    return layer::OnMain(
+        [=] { return dialog->lStructSize == sizeof *dialog ? layer::AskForFile(*dialog) : FALSE; });
 }

@@ -18,7 +18,7 @@ QFileInfo InfoOf(const std::u16string& path) {
 
 std::vector<FileFilter> ReadFilters(LPCWSTR pairs) {
     std::vector<FileFilter> filters;
-    while (pairs != nullptr && *pairs != 0) {
+    while (*pairs != 0) {
         FileFilter filter;
         filter.Label = pairs;
         pairs += filter.Label.size() + 1;

@@ -14,7 +14,7 @@ struct FileFilter {
     std::u16string Label;
     std::u16string Patterns;  // "*.A;*.B"
 };
-// Pairs of zero-ended texts, ended by an empty one; null is none.
+// Pairs of zero-ended texts, ended by an empty one.
 std::vector<FileFilter> ReadFilters(LPCWSTR pairs);
 struct FolderEntry {
     std::u16string Name;

@@ -1,5 +1,7 @@
 #include "platform/linux/controls/image_list.h"
 
+#include <QBitmap>
+
 #include "platform/linux/kernel/handle_table.h"
 #include "platform/linux/windows/images.h"
 #include "platform/linux/windows/on_main.h"
@@ -9,22 +11,10 @@ namespace layer {
 namespace {
 
 constexpr int LargestSide = 1024;
-constexpr COLORREF CornerColour = 0xFF000000;  // instead of a colour: that of the bitmap's first pixel
 
 HandleTable<HIMAGELIST, std::shared_ptr<ImageListData>>& Table() {
     static auto* table = new HandleTable<HIMAGELIST, std::shared_ptr<ImageListData>>(0x30000);
     return *table;
-}
-
-void ClearColour(QImage& image, QRgb colour) {
-    for (int y = 0; y < image.height(); ++y) {
-        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
-        for (int x = 0; x < image.width(); ++x) {
-            if ((line[x] & RGB_MASK) == (colour & RGB_MASK)) {
-                line[x] = 0;
-            }
-        }
-    }
 }
 
 // The new images' first position; -1 when the bitmap holds none.
@@ -33,15 +23,13 @@ int AddImages(ImageListData& list, const QImage& bitmap, COLORREF mask) {
     if (bitmap.isNull() || count == 0 || bitmap.height() < list.Size.height()) {
         return -1;
     }
-    QImage image = bitmap.convertToFormat(QImage::Format_ARGB32);
-    // A colour has its red in the lowest byte, a pixel its blue.
-    const QRgb colour =
-        mask == CornerColour ? image.pixel(0, 0) : qRgb(mask & 0xFF, (mask >> 8) & 0xFF, (mask >> 16) & 0xFF);
-    ClearColour(image, colour);
+    QPixmap image = QPixmap::fromImage(bitmap);
+    // A colour has its red in the lowest byte.
+    image.setMask(image.createMaskFromColor(QColor(mask & 0xFF, (mask >> 8) & 0xFF, (mask >> 16) & 0xFF)));
     const int first = static_cast<int>(list.Images.size());
     for (int i = 0; i < count; ++i) {
         const QRect part(QPoint(i * list.Size.width(), 0), list.Size);
-        list.Images.push_back(QPixmap::fromImage(image.copy(part)));
+        list.Images.push_back(image.copy(part));
     }
     return first;
 }

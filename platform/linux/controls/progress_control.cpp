@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "platform/controls.h"
-#include "platform/linux/controls/controls.h"
+#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/start_windows.h"
 
 namespace layer {
@@ -33,27 +33,19 @@ class ProgressControl : public WindowObject {
 
   private:
     LRESULT SetRange(int low, int high) {
-        const LRESULT before = MAKELONG(bar_->minimum(), bar_->maximum());
-        const int position = bar_->value();
         // Without a range Qt's bar would run to and fro.
         bar_->setRange(low, std::max(high, low + 1));
-        bar_->setValue(std::clamp(position, bar_->minimum(), bar_->maximum()));
-        Paint();
-        return before;
+        return SetPosition(bar_->value());
     }
 
     LRESULT SetPosition(int position) {
         const int before = bar_->value();
         bar_->setValue(std::clamp(position, bar_->minimum(), bar_->maximum()));
-        Paint();
-        TellWatchdog();
-        return before;
-    }
-
-    void Paint() {
         if (Visible()) {
             PaintNow(bar_);
         }
+        TellWatchdog();
+        return before;
     }
 
     QProgressBar* bar_;

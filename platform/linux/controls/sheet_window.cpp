@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "platform/linux/controls/sheet_layout.h"
+#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/dialogs.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
@@ -36,17 +37,6 @@ QString Shown(const WindowPtr& button) {
     return QString::fromStdU16String(button->Text());
 }
 
-QString TitleOf(const PROPSHEETPAGEW& page) {
-    if ((page.dwFlags & PSP_USETITLE) != 0 && page.pszTitle != nullptr) {
-        if (const WORD number = ResourceNumber(page.pszTitle); number != 0) {
-            return QString::fromStdU16String(resource::FindString(ProgramResources(), number));
-        }
-        return QString::fromUtf16(page.pszTitle);
-    }
-    const auto dialog = resource::FindDialog(ProgramResources(), ResourceNumber(page.pszTemplate));
-    return dialog ? QString::fromStdU16String(dialog->Title) : QString();
-}
-
 }  // namespace
 
 SheetWindow::SheetWindow(const WindowInit& init, const PROPSHEETHEADERW& header)
@@ -55,8 +45,7 @@ SheetWindow::SheetWindow(const WindowInit& init, const PROPSHEETHEADERW& header)
     // A terminal has no room for a caption that nobody needs.
     const DWORD caption = fills_ && !HasWindowManager() ? 0 : StyleCaption;
     frame_ = new DialogWidget(owner, *this, StyleSystemMenu | caption, false);
-    frame_->SetCaption(QString::fromStdU16String(
-        init.Text.empty() && init.Parent != nullptr ? init.Parent->Text() : init.Text));
+    frame_->SetCaption(QString::fromStdU16String(init.Text));
     SetWidget(frame_, frame_->Client());
     ReportSizes();
     for (UINT i = 0; i < header.nPages; ++i) {
@@ -89,7 +78,7 @@ bool SheetWindow::MakeControls() {
         return false;
     }
     for (const Page& page : pages_) {
-        tabs_->Bar()->addTab(TitleOf(page.Record));
+        tabs_->Bar()->addTab(QString::fromUtf16(page.Record.pszTitle));
     }
     tabs_->StyleChanged = [this] { Layout(); };
     QObject::connect(tabs_->Bar(), &QTabBar::currentChanged, frame_,
@@ -251,37 +240,29 @@ void SheetWindow::Cancel() {
 
 namespace {
 
-constexpr UINT MostPages = 100;
-
 bool MakesSense(const PROPSHEETHEADERW* header) {
-    constexpr DWORD needed = PSH_PROPSHEETPAGE | PSH_MODELESS;
-    return header != nullptr && header->dwSize == sizeof *header && (header->dwFlags & needed) == needed &&
-           header->nPages > 0 && header->nPages <= MostPages && header->ppsp != nullptr;
+    constexpr DWORD needed = PSH_PROPSHEETPAGE | PSH_MODELESS | PSH_USECALLBACK;
+    return header->dwSize == sizeof *header && (header->dwFlags & needed) == needed &&
+           header->nStartPage < header->nPages;
 }
 
 INT_PTR MakeSheet(const PROPSHEETHEADERW& header) {
-    const bool asked = (header.dwFlags & PSH_USECALLBACK) != 0 && header.pfnCallback != nullptr;
-    if (asked) {
-        // There is one version of the controls here, whichever is wanted.
-        header.pfnCallback(nullptr, PSCB_GETVERSION, 0);
-    }
+    // There is one version of the controls here, whichever is wanted.
+    header.pfnCallback(nullptr, PSCB_GETVERSION, 0);
     const WindowPtr owner = FindWindowObject(header.hwndParent);
     WindowInit init;
     init.Parent = owner.get();
     init.ClassName = u"Dialog";
     init.Style = StyleCaption | StyleSystemMenu;
-    if (header.pszCaption != nullptr && ResourceNumber(header.pszCaption) == 0) {
-        init.Text = header.pszCaption;
-    }
+    init.Text = header.pszCaption;
     const auto sheet = std::make_shared<SheetWindow>(init, header);
     Adopt(sheet);
     sheet->Place();
     bool made = sheet->MakeControls();
-    if (made && asked) {
+    if (made) {
         header.pfnCallback(sheet->Handle(), PSCB_INITIALIZED, 0);
     }
-    const UINT start = header.nStartPage < header.nPages ? header.nStartPage : 0;
-    made = made && !sheet->Gone() && sheet->ShowPage(static_cast<int>(start));
+    made = made && !sheet->Gone() && sheet->ShowPage(static_cast<int>(header.nStartPage));
     if (!made) {
         Destroy(*sheet);
         return -1;

@@ -1,6 +1,5 @@
 #include "platform/linux/controls/tab_control.h"
-
-#include "platform/linux/controls/controls.h"
+#include "platform/linux/windows/control_classes.h"
 
 namespace layer {
 

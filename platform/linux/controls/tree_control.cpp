@@ -1,6 +1,6 @@
-#include "platform/linux/controls/controls.h"
 #include "platform/linux/controls/image_list.h"
 #include "platform/linux/controls/tree_widget.h"
+#include "platform/linux/windows/control_classes.h"
 
 namespace layer {
 
@@ -9,7 +9,7 @@ namespace {
 class TreeControl : public WindowObject {
   public:
     explicit TreeControl(const WindowInit& init)
-        : WindowObject(init), tree_(new TreeWidget(init.Parent->Client(), init.Style)) {
+        : WindowObject(init), tree_(new TreeWidget(init.Parent->Client())) {
         tree_->Tapped = [this](const QPoint& position) { OnTap(position); };
         tree_->KeyPressed = [this](WORD key) { return OnKey(key); };
         SetWidget(tree_, tree_->viewport());

@@ -59,9 +59,6 @@ void TreeItem::Get(TVITEMW& record) const {
         const UINT shown = (isSelected() ? StateSelected : 0) | (isExpanded() ? StateExpanded : 0);
         record.state = ((state_ & ~(StateSelected | StateExpanded)) | shown) & record.stateMask;
     }
-    if ((record.mask & TVIF_CHILDREN) != 0) {
-        record.cChildren = HasButton() ? 1 : 0;
-    }
 }
 
 }  // namespace layer

@@ -14,7 +14,6 @@ namespace layer {
 namespace {
 
 constexpr UINT HitNowhere = 0x0001, HitIndent = 0x0008, HitButton = 0x0010, HitRight = 0x0020;
-constexpr DWORD StyleLinesAtRoot = 0x0004;
 
 constexpr int SmallestRow = 26;  // pixels; what a finger finds
 constexpr int Indent = 20;
@@ -36,7 +35,7 @@ class TreeDelegate : public QStyledItemDelegate {
     explicit TreeDelegate(TreeWidget& tree) : QStyledItemDelegate(&tree), tree_(tree) {}
 
     QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const override {
-        int left = tree_.rootIsDecorated() ? Indent : 0;
+        int left = Indent;
         for (QModelIndex above = index.parent(); above.isValid(); above = above.parent()) {
             left += Indent;
         }
@@ -68,7 +67,7 @@ class TreeDelegate : public QStyledItemDelegate {
     TreeWidget& tree_;
 };
 
-TreeWidget::TreeWidget(QWidget* parent, DWORD style) : QTreeWidget(parent) {
+TreeWidget::TreeWidget(QWidget* parent) : QTreeWidget(parent) {
     // Lines, and a box with a plus or a minus in front of what unfolds.
     static QStyle* const lines = QStyleFactory::create(QStringLiteral("Windows"));
     setStyle(lines);
@@ -77,7 +76,6 @@ TreeWidget::TreeWidget(QWidget* parent, DWORD style) : QTreeWidget(parent) {
     setHeaderHidden(true);
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(QHeaderView::Fixed);
-    setRootIsDecorated((style & StyleLinesAtRoot) != 0);
     setIndentation(Indent);
     setUniformRowHeights(true);
     setItemDelegate(new TreeDelegate(*this));

@@ -19,7 +19,7 @@ struct TreeHit {
 // and minus move about, Space and Enter tap the image of the current item.
 class TreeWidget : public QTreeWidget {
   public:
-    TreeWidget(QWidget* parent, DWORD style);
+    explicit TreeWidget(QWidget* parent);
 
     // Called on a tap at a position on the screen; the widget may be gone from the screen afterwards.
     std::function<void(const QPoint&)> Tapped;

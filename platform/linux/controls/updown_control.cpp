@@ -3,16 +3,13 @@
 #include <QKeyEvent>
 #include <QToolButton>
 #include <algorithm>
-#include <charconv>
 
 #include "platform/controls.h"
-#include "platform/linux/controls/controls.h"
+#include "platform/linux/windows/control_classes.h"
 
 namespace layer {
 
 namespace {
-
-constexpr DWORD SetsBuddy = 0x0002, AlignedRight = 0x0004, TakesNeighbour = 0x0010, TakesArrowKeys = 0x0020;
 
 constexpr int SmallestButton = 16, LargestButton = 32;  // pixels
 constexpr int RoomForDigits = 4;                        // that the buddy keeps
@@ -56,11 +53,9 @@ UpDownControl::UpDownControl(const WindowInit& init) : WindowObject(init) {
     SetWidget(widget);
     // The control made before this one.
     const auto& neighbours = init.Parent->Children();
-    if ((init.Style & TakesNeighbour) != 0 && !neighbours.empty()) {
+    if (!neighbours.empty()) {
         buddy_ = neighbours.back();
-        if ((init.Style & TakesArrowKeys) != 0) {
-            new KeyWatcher(*this, neighbours.back()->Widget());
-        }
+        new KeyWatcher(*this, neighbours.back()->Widget());
     }
 }
 
@@ -78,16 +73,16 @@ QToolButton* UpDownControl::AddButton(QLayout* row, Qt::ArrowType arrow, int dir
 LRESULT UpDownControl::Message(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == UDM_SETRANGE32) {
         low_ = static_cast<int>(wParam);
-        high_ = static_cast<int>(lParam);
+        high_ = std::max<std::int64_t>(low_, static_cast<int>(lParam));
         return 0;
     }
     return WindowObject::Message(message, wParam, lParam);
 }
 
-// An aligned one takes the end of its buddy's place instead of the one it was given.
+// It takes the end of its buddy's place instead of the one it was given.
 void UpDownControl::SetPlace(const QRect& place) {
     const WindowPtr buddy = buddy_.lock();
-    if (buddy == nullptr || (Style() & AlignedRight) == 0) {
+    if (buddy == nullptr) {
         WindowObject::SetPlace(place);
         return;
     }
@@ -112,18 +107,12 @@ bool UpDownControl::KeyWatcher::eventFilter(QObject*, QEvent* event) {
     return true;
 }
 
+// What is no number leaves the position where it was.
 void UpDownControl::ReadBuddy() {
     const WindowPtr buddy = buddy_.lock();
-    if (buddy == nullptr || (Style() & SetsBuddy) == 0) {
-        return;
-    }
-    const std::string text = QString::fromStdU16String(buddy->Text()).trimmed().toStdString();
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    // What is no number leaves the position where it was.
-    if (error == std::errc() && end == text.data() + text.size()) {
-        position_ = number;
-    }
+    bool good = false;
+    const int number = buddy != nullptr ? QString::fromStdU16String(buddy->Text()).toInt(&good) : 0;
+    position_ = good ? number : position_;
 }
 
 void UpDownControl::Step(int direction) {
@@ -132,17 +121,13 @@ void UpDownControl::Step(int direction) {
         return;
     }
     ReadBuddy();
-    // A range that is given the wrong way round counts down.
-    const int step = low_ <= high_ ? direction : -direction;
-    const auto [least, most] = std::minmax(low_, high_);
-    position_ = std::clamp(std::clamp(position_, least, most) + step, least, most);
+    position_ = std::clamp(std::clamp(position_, low_, high_) + direction, low_, high_);
     const WindowPtr buddy = buddy_.lock();
-    if (buddy == nullptr || buddy->Gone() || (Style() & SetsBuddy) == 0) {
+    if (buddy == nullptr || buddy->Gone()) {
         return;
     }
     buddy->Activate();
-    const std::string digits = std::to_string(position_);
-    buddy->SetText(std::u16string(digits.begin(), digits.end()));
+    buddy->SetText(QString::number(position_).toStdU16String());
 }
 
 }  // namespace

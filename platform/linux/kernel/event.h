@@ -9,7 +9,6 @@ class Event {
   public:
     virtual ~Event() = default;
     virtual void Set() = 0;
-    virtual void Reset() = 0;
 };
 
 // Creates or opens an event that programs of one terminal share; null for a name that cannot be used, or when

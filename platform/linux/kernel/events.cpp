@@ -7,42 +7,18 @@ namespace layer {
 
 namespace {
 
-class LocalEvent : public LocalObject, public Event {
-  public:
-    explicit LocalEvent(bool set) : set_(set) {}
-
-    void Set() override {
-        std::scoped_lock lock(mutex_);
-        set_ = true;
-        changed_.notify_all();
-    }
-    void Reset() override {
-        std::scoped_lock lock(mutex_);
-        set_ = false;
-    }
-
-  private:
-    bool Ready() const override { return set_; }
-    void Take() override { set_ = false; }
-
-    bool set_;
-};
-
 class Semaphore : public LocalObject {
   public:
     Semaphore(LONG count, LONG most) : count_(count), most_(most) {}
 
-    BOOL Release(LONG count, LONG* previous) {
+    bool Release(LONG count) {
         std::scoped_lock lock(mutex_);
         if (count < 1 || count > most_ - count_) {
-            return FALSE;
-        }
-        if (previous != nullptr) {
-            *previous = count_;
+            return false;
         }
         count_ += count;
         changed_.notify_all();
-        return TRUE;
+        return true;
     }
 
   private:
@@ -51,6 +27,13 @@ class Semaphore : public LocalObject {
 
     LONG count_;
     const LONG most_;
+};
+
+// With automatic reset it is a semaphore that holds at most one.
+class LocalEvent : public Semaphore, public Event {
+  public:
+    explicit LocalEvent(bool set) : Semaphore(set ? 1 : 0, 1) {}
+    void Set() override { Release(1); }
 };
 
 }  // namespace
@@ -62,33 +45,29 @@ HANDLE CreateEventW(LPSECURITY_ATTRIBUTES, BOOL manualReset, BOOL initialState, 
     if (manualReset) {
         return nullptr;
     }
-    if (name != nullptr && name[0] != 0) {
+    if (name != nullptr) {
         return layer::NewHandle(layer::OpenNamedEvent(name, initialState != FALSE));
     }
     return layer::NewHandle(std::make_shared<layer::LocalEvent>(initialState != FALSE));
 }
 
-HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG initialCount, LONG maximumCount, LPCWSTR name) {
+HANDLE CreateSemaphoreW(LPSECURITY_ATTRIBUTES, LONG initialCount, LONG maximumCount, LPCWSTR) {
     layer::ParkAtEnd();
-    const bool named = name != nullptr && name[0] != 0;
-    if (named || initialCount < 0 || maximumCount < 1 || initialCount > maximumCount) {
-        return nullptr;
-    }
     return layer::NewHandle(std::make_shared<layer::Semaphore>(initialCount, maximumCount));
 }
 
-BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previousCount) {
+BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG*) {
     layer::ParkAtEnd();
     const auto found = layer::FindObjectAs<layer::Semaphore>(semaphore);
-    return found != nullptr ? found->Release(count, previousCount) : FALSE;
+    return found != nullptr && found->Release(count);
 }
 
 BOOL EventModify(HANDLE event, DWORD action) {
     layer::ParkAtEnd();
     const auto found = layer::FindObjectAs<layer::Event>(event);
-    if (found == nullptr || (action != EVENT_SET && action != EVENT_RESET)) {
+    if (found == nullptr || action != EVENT_SET) {
         return FALSE;
     }
-    action == EVENT_SET ? found->Set() : found->Reset();
+    found->Set();
     return TRUE;
 }

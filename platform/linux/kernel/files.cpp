@@ -69,21 +69,15 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written, LPOVERL
     return stream != nullptr ? stream->Write(buffer, size, *written) : FALSE;
 }
 
-DWORD GetFileSize(HANDLE file, LPDWORD sizeHigh) {
+DWORD GetFileSize(HANDLE file, LPDWORD) {
     layer::ParkAtEnd();
-    if (sizeHigh != nullptr) {
-        *sizeHigh = 0;
-    }
     const auto stream = layer::FindObjectAs<layer::Stream>(file);
     return stream != nullptr ? stream->Size() : INVALID_FILE_SIZE;
 }
 
-DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) {
+DWORD SetFilePointer(HANDLE file, LONG distance, LONG*, DWORD) {
     layer::ParkAtEnd();
     const auto stream = layer::FindObjectAs<layer::Stream>(file);
-    if (stream == nullptr || distance < 0 || distanceHigh != nullptr || method != FILE_BEGIN) {
-        return INVALID_SET_FILE_POINTER;
-    }
     const DWORD position = static_cast<DWORD>(distance);
-    return stream->MoveTo(position) ? position : INVALID_SET_FILE_POINTER;
+    return stream != nullptr && stream->MoveTo(position) ? position : INVALID_SET_FILE_POINTER;
 }

@@ -33,11 +33,6 @@ class NamedEvent : public Object, public Event {
         }
     }
 
-    void Reset() override {
-        while (sem_trywait(semaphore_) == 0) {
-        }
-    }
-
     DWORD Wait(DWORD milliseconds) override {
         Clock& clock = CurrentClock();
         const std::uint64_t deadline = clock.DeadlineAfter(milliseconds);

@@ -1,10 +1,9 @@
 #include "platform/linux/kernel/terminal.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QString>
+#include <QDir>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -19,8 +18,7 @@ namespace layer {
 namespace {
 
 struct Terminal {
-    std::string Folder;
-    std::string Identity;
+    std::string Folder, Identity;
 };
 
 struct Terminals {
@@ -39,15 +37,6 @@ std::string Variable(const char* name) {
     return value != nullptr ? value : "";
 }
 
-std::string HomeFolder() {
-    std::string home = Variable("HOME");
-    if (home.empty()) {
-        const passwd* user = getpwuid(getuid());
-        home = user != nullptr ? user->pw_dir : "/";
-    }
-    return home;
-}
-
 std::string ChosenFolder() {
     const std::string chosen = Variable("VANTREL_TERMINAL");
     if (!chosen.empty()) {
@@ -56,7 +45,7 @@ std::string ChosenFolder() {
     std::string data = Variable("XDG_DATA_HOME");
     // The base directory convention ignores relative values.
     if (data.empty() || data.front() != '/') {
-        data = HomeFolder() + "/.local/share";
+        data = QDir::homePath().toStdString() + "/.local/share";
     }
     return data + "/vantrel/terminal";
 }
@@ -71,8 +60,7 @@ void MakeFolders(const std::string& path) {
 }
 
 bool IsFolder(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    return QFileInfo(QString::fromStdString(path)).isDir();
 }
 
 std::string Identify(const std::string& folder) {
@@ -105,10 +93,8 @@ std::unique_ptr<Terminal> OpenTerminal(std::string folder) {
     } else {
         Say(LogPriority::Error, "the terminal folder %s cannot be made", folder.c_str());
     }
-    auto terminal = std::make_unique<Terminal>();
-    terminal->Identity = Identify(folder);
-    terminal->Folder = std::move(folder);
-    return terminal;
+    const std::string identity = Identify(folder);
+    return std::make_unique<Terminal>(Terminal{std::move(folder), identity});
 }
 
 const Terminal& CurrentTerminal() {

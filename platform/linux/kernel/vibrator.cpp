@@ -39,16 +39,13 @@ BOOL WriteState(char state) {
 
 }  // namespace layer
 
-BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID, DWORD, LPDWORD returned) {
+BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID, DWORD, LPDWORD) {
     layer::ParkAtEnd();
     DWORD value;
-    if (code != layer::VibratorCode || input == nullptr || inputSize < sizeof value) {
+    if (code != layer::VibratorCode || inputSize < sizeof value) {
         return FALSE;
     }
     std::memcpy(&value, input, sizeof value);
-    if (returned != nullptr) {
-        *returned = 0;
-    }
     std::scoped_lock lock(layer::VibratorMutex);
     // Asked inside the lock: once the end has switched it off, no thread switches it on again.
     if (layer::Ending()) {

@@ -36,9 +36,8 @@ void InstallSerialOpener(SerialOpener opener) {
 
 }  // namespace layer
 
-BOOL SetupComm(HANDLE port, DWORD inputQueue, DWORD outputQueue) {
-    const auto found = layer::PortOf(port);
-    return found && found->SetQueues(inputQueue, outputQueue);
+BOOL SetupComm(HANDLE port, DWORD, DWORD) {
+    return layer::PortOf(port) != nullptr;
 }
 
 BOOL GetCommState(HANDLE port, DCB* state) {

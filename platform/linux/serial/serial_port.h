@@ -12,7 +12,6 @@ namespace layer {
 
 class SerialPort : public Stream {
   public:
-    virtual BOOL SetQueues(DWORD input, DWORD output) = 0;
     virtual BOOL GetState(DCB& state) = 0;
     virtual BOOL SetState(const DCB& state) = 0;
     virtual BOOL GetTimeouts(COMMTIMEOUTS& timeouts) = 0;

@@ -22,7 +22,6 @@ class Tty : public SerialPort {
 
     BOOL Read(void* buffer, DWORD size, DWORD& read) override;
     BOOL Write(const void* buffer, DWORD size, DWORD& written) override;
-    BOOL SetQueues(DWORD input, DWORD output) override { return input != 0 && output != 0; }
     BOOL GetState(DCB& state) override;
     BOOL SetState(const DCB& state) override;
     BOOL GetTimeouts(COMMTIMEOUTS& timeouts) override;

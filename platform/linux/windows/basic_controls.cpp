@@ -2,6 +2,7 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/edit_control.h"
 #include "platform/linux/windows/images.h"
 #include "platform/linux/windows/styles.h"
@@ -24,10 +25,7 @@ class StaticControl : public WindowObject {
             label_->setMinimumSize(side, side);
         }
         label_->setTextFormat(Qt::PlainText);
-        const Qt::Alignment across = kind == StaticCentred ? Qt::AlignHCenter
-                                     : kind == StaticRight ? Qt::AlignRight
-                                                           : Qt::AlignLeft;
-        label_->setAlignment(across | Qt::AlignTop);
+        label_->setAlignment((kind == StaticCentred ? Qt::AlignHCenter : Qt::AlignLeft) | Qt::AlignTop);
         SetWidget(label_);
         if (kind != StaticIcon) {
             Show(init.Text, init.Place.size());
@@ -73,21 +71,19 @@ class ButtonControl : public WindowObject {
 
 }  // namespace
 
-void RegisterBasicControls() {
-    RegisterControlClass(u"Static", [](const WindowInit& init) -> WindowPtr {
-        const DWORD kind = init.Style & StaticKind;
-        return kind <= StaticIcon ? std::make_shared<StaticControl>(init) : nullptr;
-    });
-    RegisterControlClass(u"Button", [](const WindowInit& init) -> WindowPtr {
-        const DWORD kind = init.Style & ButtonKind;
-        return kind <= ButtonDefault ? std::make_shared<ButtonControl>(init) : nullptr;
-    });
-    RegisterControlClass(u"Edit", [](const WindowInit& init) -> WindowPtr {
-        if ((init.Style & EditMultiLine) != 0) {
-            return std::make_shared<TextControl>(init);
-        }
-        return std::make_shared<EditControl>(init);
-    });
+WindowPtr MakeStaticControl(const WindowInit& init) {
+    return std::make_shared<StaticControl>(init);
+}
+
+WindowPtr MakeButtonControl(const WindowInit& init) {
+    return std::make_shared<ButtonControl>(init);
+}
+
+WindowPtr MakeEditControl(const WindowInit& init) {
+    if ((init.Style & EditMultiLine) != 0) {
+        return std::make_shared<TextControl>(init);
+    }
+    return std::make_shared<EditControl>(init);
 }
 
 }  // namespace layer

@@ -1,40 +1,38 @@
-#include <map>
+#include "platform/linux/windows/control_classes.h"
 
+#include "platform/controls.h"
 #include "platform/linux/windows/styles.h"
-#include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
 
 namespace layer {
 
-namespace {
-
-std::vector<std::pair<std::u16string, ControlMaker>>& Classes() {
-    static auto* classes = new std::vector<std::pair<std::u16string, ControlMaker>>;
-    return *classes;
-}
-
-}  // namespace
-
-void RegisterControlClass(std::u16string_view className, ControlMaker maker) {
-    std::erase_if(Classes(), [&](const auto& known) { return SameClass(known.first, className); });
-    Classes().emplace_back(className, std::move(maker));
-}
-
 WindowPtr MakeControl(const WindowInit& init) {
-    for (const auto& [className, maker] : Classes()) {
-        if (!SameClass(className, init.ClassName)) {
-            continue;
-        }
-        const WindowPtr control = maker(init);
-        if (control != nullptr) {
+    static constexpr struct {
+        std::u16string_view Name;
+        WindowPtr (*Make)(const WindowInit&);
+    } classes[] = {{u"Static", MakeStaticControl},
+                   {u"Button", MakeButtonControl},
+                   {u"Edit", MakeEditControl},
+                   {u"SysTreeView32", MakeTreeControl},
+                   {u"msctls_updown32", MakeUpDownControl},
+                   {u"msctls_progress32", MakeProgressControl},
+                   {u"SysTabControl32", MakeTabControl}};
+    for (const auto& [name, make] : classes) {
+        if (SameClass(name, init.ClassName)) {
+            const WindowPtr control = make(init);
             control->SetPlace(init.Place);
             control->Widget()->setEnabled((init.Style & StyleDisabled) == 0);
             control->Widget()->setVisible((init.Style & WS_VISIBLE) != 0);
             Adopt(control);
+            return control;
         }
-        return control;
     }
     return nullptr;
 }
 
 }  // namespace layer
+
+// The classes are there from the start.
+BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* classes) {
+    return classes->dwSize == sizeof *classes;
+}

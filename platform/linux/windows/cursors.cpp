@@ -2,30 +2,23 @@
 #include <QApplication>
 #include <atomic>
 
-#include "platform/linux/kernel/main_thread.h"
 #include "platform/linux/kernel/thread.h"
+#include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
 
 namespace layer {
 
 namespace {
 
-constexpr std::uintptr_t ArrowNumber = 0x30001;
-
-HCURSOR WaitCursor() {
-    return reinterpret_cast<HCURSOR>(ArrowNumber + 1);
-}
+constexpr std::uintptr_t ArrowNumber = 0x30001, WaitNumber = 0x30002;
 
 std::atomic<std::uintptr_t> Current{ArrowNumber};
 
 void ShowCursor() {
-    const auto cursor = reinterpret_cast<HCURSOR>(Current.load());
     QApplication::restoreOverrideCursor();
     // Whoever shows it waiting may be about to keep the main thread: no later event is needed.
-    if (cursor == WaitCursor()) {
+    if (Current == WaitNumber) {
         QApplication::setOverrideCursor(Qt::WaitCursor);
-    } else if (cursor == nullptr) {
-        QApplication::setOverrideCursor(Qt::BlankCursor);
     }
 }
 
@@ -35,7 +28,8 @@ void ShowCursor() {
 
 HCURSOR LoadCursorW(HINSTANCE, LPCWSTR name) {
     layer::ParkAtEnd();
-    return layer::ResourceNumber(name) == layer::ResourceNumber(IDC_WAIT) ? layer::WaitCursor() : nullptr;
+    const bool wait = layer::ResourceNumber(name) == layer::ResourceNumber(IDC_WAIT);
+    return wait ? reinterpret_cast<HCURSOR>(layer::WaitNumber) : nullptr;
 }
 
 HCURSOR GetCursor() {

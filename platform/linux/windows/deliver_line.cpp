@@ -7,18 +7,6 @@ namespace layer {
 
 namespace {
 
-std::vector<WindowPtr> Targets(const WindowLine& line) {
-    std::vector<WindowPtr> targets;
-    const auto* className = line.ClassName ? &*line.ClassName : nullptr;
-    const auto* title = line.Title ? &*line.Title : nullptr;
-    for (const WindowEntry& entry : OwnTopLevelWindows(className, title)) {
-        if (line.Window == 0 || line.Window == reinterpret_cast<std::uintptr_t>(entry.Handle)) {
-            targets.push_back(FindWindowObject(entry.Handle));
-        }
-    }
-    return targets;
-}
-
 LRESULT SendData(WindowObject& window, const WindowLine& line) {
     // The bytes are the receiver's for the time of the call, and it may write into them.
     std::vector<BYTE> bytes = line.Data;
@@ -35,20 +23,19 @@ LRESULT SendData(WindowObject& window, const WindowLine& line) {
 
 AnswerLine DeliverLine(const WindowLine& line) {
     AnswerLine answer;
-    UINT message = line.Message;
+    const UINT message = line.Message != 0 ? line.Message : RegisteredNumber(line.Name);
     if (message == 0) {
-        message = RegisteredNumber(line.Name);
-        if (message == 0) {
-            // No window of this program waits for a name that the program has not registered.
-            return answer;
-        }
+        // No window of this program waits for a name that the program has not registered.
+        return answer;
     }
     if (message == OpenSettingsRequest && line.Window == 0 && !line.ClassName) {
         answer.Refusal = "this message needs a window";
         return answer;
     }
-    for (const WindowPtr& window : Targets(line)) {
-        if (window == nullptr || window->Gone()) {
+    for (const HWND handle : OwnTopLevelWindows(line.ClassName, line.Title)) {
+        const WindowPtr window = FindWindowObject(handle);
+        if (window == nullptr ||
+            (line.Window != 0 && line.Window != reinterpret_cast<std::uintptr_t>(handle))) {
             continue;
         }
         if (message == WM_COPYDATA) {

@@ -13,24 +13,6 @@ WindowObject* Item(HWND dialog, int id) {
     return window != nullptr ? window->FindChild(id) : nullptr;
 }
 
-// The number that the text begins with, blanks aside; false without one or when it does not fit.
-bool ReadNumber(const std::u16string& text, bool isSigned, UINT& number) {
-    auto at = std::find_if(text.begin(), text.end(), [](char16_t c) { return c != u' ' && c != u'\t'; });
-    const bool negative = isSigned && at != text.end() && *at == u'-';
-    at += negative ? 1 : 0;
-    const auto first = at;
-    std::uint64_t value = 0;
-    const std::uint64_t most = !isSigned ? 0xFFFFFFFFu : negative ? 0x80000000u : 0x7FFFFFFFu;
-    for (; at != text.end() && *at >= u'0' && *at <= u'9'; ++at) {
-        value = value * 10 + static_cast<unsigned>(*at - u'0');
-        if (value > most) {
-            return false;
-        }
-    }
-    number = static_cast<UINT>(negative ? 0 - value : value);
-    return at != first;
-}
-
 }  // namespace
 
 }  // namespace layer
@@ -60,21 +42,19 @@ UINT GetDlgItemTextW(HWND dialog, int id, LPWSTR text, int size) {
     });
 }
 
-BOOL SetDlgItemInt(HWND dialog, int id, UINT value, BOOL isSigned) {
-    const std::string digits =
-        isSigned != FALSE ? std::to_string(static_cast<int>(value)) : std::to_string(value);
-    return SetDlgItemTextW(dialog, id, std::u16string(digits.begin(), digits.end()).c_str());
+BOOL SetDlgItemInt(HWND dialog, int id, UINT value, BOOL) {
+    return SetDlgItemTextW(dialog, id, QString::number(value).toStdU16String().c_str());
 }
 
-UINT GetDlgItemInt(HWND dialog, int id, BOOL* translated, BOOL isSigned) {
+UINT GetDlgItemInt(HWND dialog, int id, BOOL* translated, BOOL) {
     return layer::OnMain([=]() -> UINT {
         const layer::WindowObject* item = layer::Item(dialog, id);
-        UINT number = 0;
-        const bool good = item != nullptr && layer::ReadNumber(item->Text(), isSigned != FALSE, number);
+        bool good = false;
+        const UINT number = item != nullptr ? QString::fromStdU16String(item->Text()).toUInt(&good) : 0;
         if (translated != nullptr) {
-            *translated = good ? TRUE : FALSE;
+            *translated = good;
         }
-        return good ? number : 0;
+        return number;
     });
 }
 

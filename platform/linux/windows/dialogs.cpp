@@ -1,8 +1,11 @@
 #include "platform/linux/windows/dialogs.h"
 
+#include <QApplication>
+#include <QFontDatabase>
 #include <QLineEdit>
+#include <cmath>
 
-#include "platform/linux/windows/dialog_units.h"
+#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
@@ -12,12 +15,39 @@ namespace layer {
 
 namespace {
 
-// Dialogs are owned by top-level windows, whichever child asks.
-WindowObject* TopOf(WindowObject* window) {
-    while (window != nullptr && window->IsChild()) {
-        window = window->Parent();
+// Pixels for the units of templates: a quarter of the font's average character wide, an eighth of its height
+// high.
+class DialogUnits {
+  public:
+    explicit DialogUnits(const QFont& font) {
+        const QFontMetrics metrics(font);
+        const QString letters = QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
+        width_ = static_cast<int>(std::lround(metrics.horizontalAdvance(letters) / 52.0));
+        height_ = metrics.height();
     }
-    return window;
+    int X(int units) const { return (units * width_ + 2) / 4; }
+    int Y(int units) const { return (units * height_ + 4) / 8; }
+
+  private:
+    int width_, height_;
+};
+
+// The template's font, or one that exists in its place; made smaller when the dialog would not fit into the
+// width.
+QFont DialogFont(const resource::Dialog& dialog, int mostWidth) {
+    constexpr qreal smallest = 5, step = 0.5;  // points
+    QFont font = QApplication::font();
+    const QString family = QString::fromStdU16String(dialog.FontName);
+    if (QFontDatabase::hasFamily(family)) {
+        font.setFamily(family);
+    }
+    if (dialog.FontPoints > 0) {
+        font.setPointSizeF(dialog.FontPoints);
+    }
+    while (DialogUnits(font).X(dialog.Width) > mostWidth && font.pointSizeF() > smallest) {
+        font.setPointSizeF(font.pointSizeF() - step);
+    }
+    return font;
 }
 
 // Nothing where the dialog belongs in the middle.
@@ -46,7 +76,8 @@ std::shared_ptr<DialogWindow> MakeDialog(WORD number, WindowObject* parent, Dial
     init.ClassName = u"Dialog";
     init.Text = dialog->Title;
     init.Style = dialog->Style;
-    init.Place = units.Pixels(page ? dialog->X : 0, page ? dialog->Y : 0, dialog->Width, dialog->Height);
+    init.Place = QRect(page ? units.X(dialog->X) : 0, page ? units.Y(dialog->Y) : 0, units.X(dialog->Width),
+                       units.Y(dialog->Height));
     auto window = std::make_shared<DialogWindow>(init, kind, procedure);
     window->Widget()->setFont(font);
     window->SetText(dialog->Title);
@@ -65,6 +96,17 @@ std::shared_ptr<DialogWindow> MakeDialog(WORD number, WindowObject* parent, Dial
     }
     window->FocusFirstControl();
     return window;
+}
+
+// Dialogs are owned by top-level windows, whichever child asks.
+std::shared_ptr<DialogWindow> MakeOwnedDialog(LPCWSTR name, HWND owner, DialogWindow::Kind kind,
+                                              DLGPROC procedure, LPARAM parameter) {
+    const WindowPtr asker = FindWindowObject(owner);
+    WindowObject* top = asker.get();
+    while (top != nullptr && top->IsChild()) {
+        top = top->Parent();
+    }
+    return MakeDialog(ResourceNumber(name), top, kind, procedure, parameter);
 }
 
 }  // namespace
@@ -145,7 +187,8 @@ bool DialogWindow::MakeControls(const resource::Dialog& dialog, const QFont& fon
         init.Text = control.Text;
         init.Id = control.Id;
         init.Style = control.Style;
-        init.Place = units.Pixels(control.X, control.Y, control.Width, control.Height);
+        init.Place =
+            QRect(units.X(control.X), units.Y(control.Y), units.X(control.Width), units.Y(control.Height));
         init.Resource = control.TextResource;
         if (MakeControl(init) == nullptr) {
             return false;
@@ -177,10 +220,8 @@ WindowPtr MakePageDialog(WORD dialogTemplate, WindowObject& parent, DLGPROC proc
 
 INT_PTR DialogBoxParamW(HINSTANCE, LPCWSTR dialogTemplate, HWND owner, DLGPROC procedure, LPARAM parameter) {
     return layer::OnMain([=]() -> INT_PTR {
-        const layer::WindowPtr asker = layer::FindWindowObject(owner);
-        const auto dialog =
-            layer::MakeDialog(layer::ResourceNumber(dialogTemplate), layer::TopOf(asker.get()),
-                              layer::DialogWindow::Kind::Modal, procedure, parameter);
+        const auto dialog = layer::MakeOwnedDialog(dialogTemplate, owner, layer::DialogWindow::Kind::Modal,
+                                                   procedure, parameter);
         if (dialog == nullptr) {
             return -1;
         }
@@ -195,17 +236,12 @@ INT_PTR DialogBoxParamW(HINSTANCE, LPCWSTR dialogTemplate, HWND owner, DLGPROC p
 
 HWND CreateDialogParamW(HINSTANCE, LPCWSTR dialogTemplate, HWND owner, DLGPROC procedure, LPARAM parameter) {
     return layer::OnMain([=]() -> HWND {
-        const layer::WindowPtr asker = layer::FindWindowObject(owner);
-        const auto dialog =
-            layer::MakeDialog(layer::ResourceNumber(dialogTemplate), layer::TopOf(asker.get()),
-                              layer::DialogWindow::Kind::Modeless, procedure, parameter);
-        if (dialog == nullptr) {
-            return nullptr;
-        }
-        if ((dialog->Style() & WS_VISIBLE) != 0) {
+        const auto dialog = layer::MakeOwnedDialog(dialogTemplate, owner, layer::DialogWindow::Kind::Modeless,
+                                                   procedure, parameter);
+        if (dialog != nullptr && (dialog->Style() & WS_VISIBLE) != 0) {
             dialog->SetVisible(true);
         }
-        return dialog->Handle();
+        return dialog != nullptr ? dialog->Handle() : nullptr;
     });
 }
 

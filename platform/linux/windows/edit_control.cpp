@@ -17,7 +17,6 @@ constexpr int DeepestChange = 16;
 EditControl::EditControl(const WindowInit& init)
     : WindowObject(init), edit_(new QLineEdit(init.Parent->Client())), limit_(NoLimit) {
     edit_->setText(QString::fromStdU16String(init.Text));
-    edit_->setReadOnly((init.Style & EditReadOnly) != 0);
     if ((init.Style & EditNumber) != 0) {
         static const QRegularExpression digits(QStringLiteral("[0-9]*"));
         edit_->setValidator(new QRegularExpressionValidator(digits, edit_));
@@ -78,28 +77,16 @@ void EditControl::SetText(std::u16string text) {
 TextControl::TextControl(const WindowInit& init)
     : WindowObject(init), edit_(new QPlainTextEdit(init.Parent->Client())) {
     edit_->setPlainText(QString::fromStdU16String(init.Text));
-    edit_->setReadOnly((init.Style & EditReadOnly) != 0);
+    edit_->setReadOnly(true);
     edit_->setTabChangesFocus(true);
-    QObject::connect(edit_, &QPlainTextEdit::textChanged, edit_, [this] {
-        if (!setting_) {
-            Command(EN_CHANGE);
-        }
-    });
     SetWidget(edit_);
 }
 
-std::u16string TextControl::Text() const {
-    return edit_->toPlainText().replace(QStringLiteral("\n"), QStringLiteral("\r\n")).toStdU16String();
-}
-
 void TextControl::SetText(std::u16string text) {
-    setting_ = true;
     const QString shown = QString::fromStdU16String(text).remove(u'\r');
     edit_->setPlainText(shown);
-    setting_ = false;
-    if (edit_->isReadOnly()) {
-        FitFont(shown);
-    }
+    FitFont(shown);
+    WindowObject::SetText(std::move(text));
 }
 
 // What is only to be read is seen whole, without scrolling, where a smaller font can do it.

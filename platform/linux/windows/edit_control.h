@@ -25,18 +25,16 @@ class EditControl : public WindowObject {
     int telling_ = 0;  // EN_CHANGE notifications that have not returned
 };
 
-// Several lines. EN_CHANGE comes for the user's changes only.
+// Several lines to be read, in a smaller font where they have no room.
 class TextControl : public WindowObject {
   public:
     explicit TextControl(const WindowInit& init);
-    std::u16string Text() const override;
     void SetText(std::u16string text) override;
 
   private:
     void FitFont(const QString& text);
 
     QPlainTextEdit* edit_;
-    bool setting_ = false;
 };
 
 }  // namespace layer

@@ -9,19 +9,12 @@ namespace layer {
 
 namespace {
 
-WindowPtr ActiveObject() {
+HWND ActiveHandle() {
     const WindowPtr window = WindowOf(QApplication::activeWindow());
-    if (window == nullptr) {
-        return nullptr;
-    }
     // Where no display server hands out the focus, Qt calls every window active that is shown; one that was
     // shown without taking the focus does not count then.
-    return FocusIsReal() || window->TakesFocus() ? window : nullptr;
-}
-
-HWND ActiveHandle() {
-    const WindowPtr window = ActiveObject();
-    return window != nullptr ? window->Handle() : nullptr;
+    const bool counts = window != nullptr && (FocusIsReal() || window->TakesFocus());
+    return counts ? window->Handle() : nullptr;
 }
 
 }  // namespace
@@ -33,7 +26,7 @@ HWND GetForegroundWindow() {
 }
 
 HWND GetActiveWindow() {
-    return layer::OnMain([] { return layer::ActiveHandle(); });
+    return GetForegroundWindow();
 }
 
 BOOL SetForegroundWindow(HWND window) {

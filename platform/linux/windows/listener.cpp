@@ -14,8 +14,8 @@
 #include <mutex>
 
 #include "platform/linux/kernel/log.h"
-#include "platform/linux/kernel/main_thread.h"
 #include "platform/linux/kernel/thread.h"
+#include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_socket.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_table.h"
@@ -52,11 +52,9 @@ AnswerLine FindHere(const WindowLine& line) {
     if (EndRequested()) {
         return answer;
     }
-    const auto* className = line.ClassName ? &*line.ClassName : nullptr;
-    const auto* title = line.Title ? &*line.Title : nullptr;
-    const std::vector<WindowEntry> found = OwnTopLevelWindows(className, title);
+    const std::vector<HWND> found = OwnTopLevelWindows(line.ClassName, line.Title);
     if (!found.empty()) {
-        answer.Window = reinterpret_cast<std::uintptr_t>(found.front().Handle);
+        answer.Window = reinterpret_cast<std::uintptr_t>(found.front());
     }
     return answer;
 }

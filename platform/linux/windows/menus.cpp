@@ -1,4 +1,4 @@
-#include "platform/linux/windows/menus.h"
+#include "platform/linux/windows/message_loop.h"
 
 #include <QGuiApplication>
 #include <QMenu>
@@ -148,12 +148,10 @@ DWORD CheckMenuItem(HMENU menu, UINT id, UINT flags) {
 BOOL EnableMenuItem(HMENU menu, UINT id, UINT flags) {
     return layer::OnMain([=]() -> BOOL {
         QAction* item = layer::FindItem(layer::Table().Find(menu), id);
-        if (item == nullptr) {
-            return -1;
+        if (item != nullptr) {
+            item->setEnabled((flags & MF_GRAYED) == 0);
         }
-        const bool before = item->isEnabled();
-        item->setEnabled((flags & MF_GRAYED) == 0);
-        return before ? MF_ENABLED : MF_GRAYED;
+        return item != nullptr ? TRUE : -1;
     });
 }
 

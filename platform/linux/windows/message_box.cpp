@@ -1,13 +1,12 @@
-#include "platform/linux/windows/message_box.h"
-
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
-#include <utility>
+#include <optional>
 
-#include "platform/linux/kernel/main_thread.h"
-#include "platform/linux/kernel/thread.h"
+#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/dialogs.h"
+#include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/styles.h"
 
 namespace layer {
@@ -18,19 +17,28 @@ constexpr int Margin = 10;              // pixels
 constexpr int WidestText = 320;         // before it goes on in another line
 constexpr QSize ButtonSize = {72, 30};  // what a finger finds
 
-// A dialog with a text and an OK button.
+// What a box answers, for whoever waits.
+struct Answer {
+    std::mutex Mutex;
+    std::condition_variable Changed;
+    std::optional<int> Result;
+};
+
+// A dialog with a text and an OK button. Boxes of other threads run in no loop of their own, so that boxes of
+// several threads end in any order.
 class BoxWindow : public DialogWindow {
   public:
     explicit BoxWindow(const WindowInit& init) : DialogWindow(init, Kind::Modal, nullptr) {}
 
-    // Called once: with IDOK when the user has dismissed it, with 0 when it goes without.
-    std::function<void(int)> Finished;
-
+    // With IDOK when the user has dismissed it, with 0 when it goes without. The first counts.
     void Finish(int result) {
-        End(result);
-        if (const auto finished = std::exchange(Finished, nullptr)) {
-            finished(result);
+        {
+            std::scoped_lock lock(answer_->Mutex);
+            answer_->Result = answer_->Result.value_or(result);
+            answer_->Changed.notify_all();
         }
+        End(result);
+        Destroy(*this);
     }
     LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam) override {
         if (message == WM_CLOSE || message == WM_COMMAND) {
@@ -39,16 +47,14 @@ class BoxWindow : public DialogWindow {
         }
         return Default(message, wParam, lParam);
     }
+    std::shared_ptr<Answer> Answered() const { return answer_; }
 
   protected:
     void OnGone() override { Finish(0); }
-};
 
-// Boxes that other threads wait for; open until dismissed or quit.
-std::vector<std::weak_ptr<BoxWindow>>& OpenBoxes() {
-    static auto* boxes = new std::vector<std::weak_ptr<BoxWindow>>;
-    return *boxes;
-}
+  private:
+    const std::shared_ptr<Answer> answer_ = std::make_shared<Answer>();
+};
 
 void MakePart(BoxWindow& box, std::u16string_view className, int id, DWORD style, std::u16string_view text,
               const QRect& place) {
@@ -63,7 +69,7 @@ void MakePart(BoxWindow& box, std::u16string_view className, int id, DWORD style
     MakeControl(init);
 }
 
-std::shared_ptr<BoxWindow> OpenBox(HWND owner, const std::u16string& text, const std::u16string& caption) {
+std::shared_ptr<Answer> OpenBox(HWND owner, const std::u16string& text, const std::u16string& caption) {
     const WindowPtr ownerWindow = FindWindowObject(owner);
     WindowInit init;
     init.Parent = ownerWindow.get();
@@ -86,70 +92,15 @@ std::shared_ptr<BoxWindow> OpenBox(HWND owner, const std::u16string& text, const
     MakePart(*box, u"Button", IDOK, ButtonDefault | StyleTabStop, u"OK", button);
     box->PlaceFrame(QSize(width + 2 * Margin, button.bottom() + Margin));
     box->FocusFirstControl();
-    return box;
-}
-
-int AskHere(HWND owner, const std::u16string& text, const std::u16string& caption) {
-    int result = 0;
-    bool finished = false;
-    const auto box = OpenBox(owner, text, caption);
-    box->Finished = [&](int how) {
-        result = how;
-        finished = true;
-    };
     box->SetVisible(true);
-    RunModalLoop([&] { return finished; });
-    box->Finished = nullptr;
-    Destroy(*box);
-    return result;
-}
-
-struct Waiting {
-    std::mutex Mutex;
-    std::condition_variable Changed;
-    int Result = -1;
-
-    void Finish(int result) {
-        std::scoped_lock lock(Mutex);
-        Result = result;
-        Changed.notify_all();
-    }
-};
-
-// A box of another thread runs in no loop of its own, so that boxes of several threads end in any order.
-int AskThere(HWND owner, const std::u16string& text, const std::u16string& caption) {
-    ParkAtEnd();
-    auto waiting = std::make_shared<Waiting>();
-    RunOnMainThread([&] {
-        if (QuitPending()) {
-            waiting->Finish(0);
-            return;
-        }
-        const auto box = OpenBox(owner, text, caption);
-        std::erase_if(OpenBoxes(), [](const auto& known) { return known.expired(); });
-        OpenBoxes().push_back(box);
-        box->Finished = [waiting, handle = box->Handle()](int result) {
-            waiting->Finish(result);
-            if (const WindowPtr finished = FindWindowObject(handle)) {
-                Destroy(*finished);
-            }
-        };
-        box->SetVisible(true);
-    });
-    std::unique_lock lock(waiting->Mutex);
-    waiting->Changed.wait(lock, [&] { return waiting->Result >= 0; });
-    const int result = waiting->Result;
-    lock.unlock();
-    ParkAtEnd();
-    return result;
+    return box->Answered();
 }
 
 }  // namespace
 
 void CloseMessageBoxes() {
-    const auto boxes = OpenBoxes();
-    for (const auto& known : boxes) {
-        if (const auto box = known.lock()) {
+    for (const WindowPtr& window : TopLevelWindows()) {
+        if (auto* box = dynamic_cast<BoxWindow*>(window.get())) {
             box->Finish(0);
         }
     }
@@ -158,7 +109,18 @@ void CloseMessageBoxes() {
 }  // namespace layer
 
 int MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT) {
-    const std::u16string shown = text != nullptr ? text : u"";
-    const std::u16string title = caption != nullptr ? caption : u"";
-    return layer::OnMainThread() ? layer::AskHere(owner, shown, title) : layer::AskThere(owner, shown, title);
+    const auto answer = layer::OnMain([&]() -> std::shared_ptr<layer::Answer> {
+        return layer::QuitPending() ? nullptr : layer::OpenBox(owner, text, caption);
+    });
+    if (answer == nullptr) {
+        return 0;
+    }
+    if (layer::OnMainThread()) {
+        layer::RunModalLoop([&] { return answer->Result.has_value(); });
+    } else {
+        std::unique_lock lock(answer->Mutex);
+        answer->Changed.wait(lock, [&] { return answer->Result.has_value(); });
+    }
+    layer::ParkAtEnd();
+    return answer->Result.value_or(0);
 }

@@ -12,8 +12,6 @@
 #include <mutex>
 
 #include "platform/linux/kernel/posix.h"
-#include "platform/linux/windows/menus.h"
-#include "platform/linux/windows/message_box.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
@@ -274,12 +272,9 @@ void SetMessagePosition(const QPoint& screen) {
     Position = static_cast<DWORD>(MAKELONG(screen.x(), screen.y()));
 }
 
-QuietTime::QuietTime() {
-    ++Quiet;
-}
-
-QuietTime::~QuietTime() {
-    if (--Quiet == 0) {
+void BeQuiet(bool quiet) {
+    Quiet += quiet ? 1 : -1;
+    if (Quiet == 0) {
         WakeMainThread();
     }
 }
@@ -314,11 +309,6 @@ BOOL TranslateMessage(const MSG*) {
 }
 
 LRESULT DispatchMessageW(const MSG* message) {
-    if (message->message == WM_TIMER && message->lParam != 0) {
-        const auto procedure = reinterpret_cast<TIMERPROC>(message->lParam);
-        procedure(message->hwnd, WM_TIMER, message->wParam, message->time);
-        return 0;
-    }
     return layer::Send(message->hwnd, message->message, message->wParam, message->lParam);
 }
 

@@ -16,14 +16,13 @@ void PumpMessages();
 // Takes a pending WM_QUIT back; for tests.
 void ForgetQuit();
 
-// While one exists the main thread lets Qt paint, and no message, timer or carried call is handled.
-class QuietTime {
-  public:
-    QuietTime();
-    ~QuietTime();
-    QuietTime(const QuietTime&) = delete;
-    QuietTime& operator=(const QuietTime&) = delete;
-};
+// What WM_QUIT ends by the way: the popup menu that is open, with nothing chosen, and the message boxes. Main
+// thread.
+void ClosePopup();
+void CloseMessageBoxes();
+
+// Between the two calls the main thread lets Qt paint, and no message, timer or carried call is handled.
+void BeQuiet(bool quiet);
 
 // Timers of windows. The source is for tests: a manual clock that knows it wakes the main thread when one is
 // due.

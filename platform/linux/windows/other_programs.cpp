@@ -1,11 +1,14 @@
 #include "platform/linux/windows/other_programs.h"
-#include "platform/linux/kernel/log.h"
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 
+#include "platform/linux/kernel/log.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/program_socket.h"
+#include "platform/linux/windows/window_table.h"
 
 namespace layer {
 
@@ -49,45 +52,32 @@ void ForgetDead(const std::vector<std::string>& programs) {
 }
 
 struct Asked {
-    ProgramAnswer Answer;
+    std::string Program;
     LineConnection Connection;
     bool Open = false;
-
-    void Serve(short events) {
-        std::string line;
-        if (!Connection.Flush()) {
-            Open = false;
-        } else if ((events & (POLLIN | POLLHUP | POLLERR)) != 0) {
-            const LineConnection::Got got = Connection.TakeLine(line);
-            if (got == LineConnection::Got::Line) {
-                Answer.Line = line;
-            }
-            Open = got == LineConnection::Got::Nothing;
-        }
-    }
 };
 
-// False when the first answer that was enough ended the asking.
-bool AskAll(std::vector<Asked>& asked, const std::string& line, SteadyClock::time_point until, int alsoUntil,
-            EnoughAnswer enough) {
-    for (Asked& program : asked) {
-        program.Open = ConnectTo(program.Answer.Program, program.Connection.Socket) == Reached::Yes;
-        program.Connection.Out = line;
-        program.Open = program.Open && program.Connection.Flush();
+// Who was not waited for to the end owes nothing.
+void Ask(const std::vector<std::string>& programs, const std::string& line, std::chrono::milliseconds longest,
+         const TakeAnswer& take, int alsoUntil) {
+    const auto until = SteadyClock::now() + longest;
+    std::vector<Asked> asked;
+    for (const std::string& program : programs) {
+        Asked& each = asked.emplace_back(Asked{program, {ConnectTo(program), line, {}}});
+        each.Open = each.Connection.Socket && each.Connection.Flush();
     }
     std::vector<pollfd> files;
     for (;;) {
         files.assign(1, {alsoUntil, POLLIN, 0});
         bool open = alsoUntil >= 0;
-        for (const Asked& program : asked) {
-            files.push_back(
-                {program.Open ? program.Connection.Socket.Number() : -1, program.Connection.Events(), 0});
-            open = open || program.Open;
+        for (const Asked& each : asked) {
+            files.push_back({each.Open ? each.Connection.Socket.Number() : -1, each.Connection.Events(), 0});
+            open = open || each.Open;
         }
         // Real time on every clock: the others are processes of their own.
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - SteadyClock::now()).count();
         if (!open || left <= 0) {
-            return true;
+            break;
         }
         if (poll(files.data(), files.size(), static_cast<int>(left)) <= 0) {
             continue;
@@ -96,81 +86,74 @@ bool AskAll(std::vector<Asked>& asked, const std::string& line, SteadyClock::tim
             alsoUntil = -1;
         }
         for (std::size_t i = 0; i < asked.size(); ++i) {
-            if (files[i + 1].revents != 0) {
-                asked[i].Serve(files[i + 1].revents);
+            if (files[i + 1].revents == 0) {
+                continue;
             }
-            if (enough != nullptr && asked[i].Answer.Line && enough(*asked[i].Answer.Line)) {
-                return false;
+            std::string answer;
+            const bool whole = asked[i].Connection.Flush();
+            const auto got = whole ? asked[i].Connection.TakeLine(answer) : LineConnection::Got::Closed;
+            asked[i].Open = got == LineConnection::Got::Nothing;
+            if (got == LineConnection::Got::Line && take(asked[i].Program, answer)) {
+                return;
             }
         }
     }
-}
-
-void NoteDebts(std::vector<Asked>& asked) {
     Debts& debts = TheDebts();
     std::scoped_lock lock(debts.Mutex);
-    for (Asked& program : asked) {
-        if (program.Open) {
+    for (Asked& each : asked) {
+        if (each.Open) {
             Say(LogPriority::Warning, "the program %s does not answer; it is left out until it does",
-                program.Answer.Program.c_str());
-            debts.Owing.insert_or_assign(program.Answer.Program, std::move(program.Connection));
+                each.Program.c_str());
+            debts.Owing.insert_or_assign(each.Program, std::move(each.Connection));
         }
     }
-}
-
-std::vector<ProgramAnswer> Ask(const std::vector<std::string>& programs, const std::string& line,
-                               std::chrono::milliseconds longest, int alsoUntil, EnoughAnswer enough) {
-    const auto until = SteadyClock::now() + longest;
-    std::vector<Asked> asked(programs.size());
-    for (std::size_t i = 0; i < programs.size(); ++i) {
-        asked[i].Answer.Program = programs[i];
-    }
-    // Who was not waited for to the end owes nothing.
-    if (AskAll(asked, line, until, alsoUntil, enough)) {
-        NoteDebts(asked);
-    }
-    std::vector<ProgramAnswer> answers;
-    for (Asked& program : asked) {
-        answers.push_back(std::move(program.Answer));
-    }
-    return answers;
 }
 
 }  // namespace
 
-std::vector<ProgramAnswer> AskOtherPrograms(const std::string& line, std::chrono::milliseconds longest,
-                                            int alsoUntil, EnoughAnswer enough) {
+void AskOtherPrograms(const std::string& line, std::chrono::milliseconds longest, const TakeAnswer& take,
+                      int alsoUntil) {
     std::vector<std::string> programs = ListPrograms();
     ForgetDead(programs);
     std::erase_if(programs, [own = OwnProgram()](const std::string& program) {
         return program == own || StillOwes(program);
     });
-    return Ask(programs, line, longest, alsoUntil, enough);
+    Ask(programs, line, longest, take, alsoUntil);
 }
 
-std::optional<std::string> AskProgram(const std::string& program, const std::string& line,
-                                      std::chrono::milliseconds longest) {
-    return Ask({program}, line, longest, -1, nullptr).front().Line;
-}
-
-HWND FindOtherWindow(const std::u16string* className, const std::u16string* title) {
-    WindowLine question;
-    question.What = WindowLine::Kind::Find;
-    if (className != nullptr) {
-        question.ClassName = *className;
-    }
-    if (title != nullptr) {
-        question.Title = *title;
-    }
-    // One that hangs must not hold up who is found.
-    const EnoughAnswer found = [](const std::string& answer) { return ReadAnswer(answer).Window != 0; };
-    for (const ProgramAnswer& answer : AskOtherPrograms(WriteLine(question), LongestSearch, -1, found)) {
-        const std::uint64_t window = answer.Line ? ReadAnswer(*answer.Line).Window : 0;
-        if (window != 0) {
-            return RemoteHandle({answer.Program, window});
-        }
-    }
-    return nullptr;
+std::string AskProgram(const std::string& program, const std::string& line,
+                       std::chrono::milliseconds longest) {
+    std::string answer;
+    Ask(
+        {program}, line, longest, [&](const auto&, const std::string& got) { return answer = got, true; },
+        -1);
+    return answer;
 }
 
 }  // namespace layer
+
+HWND FindWindowW(LPCWSTR className, LPCWSTR title) {
+    layer::ParkAtEnd();
+    layer::WindowLine question;
+    question.What = layer::WindowLine::Kind::Find;
+    if (className != nullptr) {
+        question.ClassName = className;
+    }
+    if (title != nullptr) {
+        question.Title = title;
+    }
+    const auto own = layer::OwnTopLevelWindows(question.ClassName, question.Title);
+    if (!own.empty()) {
+        return own.front();
+    }
+    HWND found = nullptr;
+    // One that hangs must not hold up who is found.
+    const auto take = [&](const std::string& program, const std::string& answer) {
+        const std::uint64_t window = layer::ReadAnswer(answer).Window;
+        found = window != 0 ? layer::RemoteHandle({program, window}) : nullptr;
+        return found != nullptr;
+    };
+    layer::AskOtherPrograms(layer::WriteLine(question), layer::LongestSearch, take);
+    layer::ParkAtEnd();
+    return found;
+}

@@ -82,20 +82,17 @@ std::vector<std::string> ListPrograms() {
     return names;
 }
 
-Reached ConnectTo(const std::string& name, Descriptor& connection) {
+Descriptor ConnectTo(const std::string& name) {
     const FolderAddress address(name);
-    connection = NewSocket();
-    if (!address.Usable() || !connection) {
-        return Reached::Busy;
-    }
-    if (connect(connection.Number(), address.Get(), FolderAddress::Size) == 0) {
-        return Reached::Yes;
+    Descriptor connection = NewSocket();
+    if (address.Usable() && connection &&
+        connect(connection.Number(), address.Get(), FolderAddress::Size) == 0) {
+        return connection;
     }
     if (errno == ECONNREFUSED) {
         RemoveSocket(name);
-        return Reached::Dead;
     }
-    return errno == ENOENT ? Reached::Dead : Reached::Busy;
+    return Descriptor();
 }
 
 bool LineConnection::Flush() {

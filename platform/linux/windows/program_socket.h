@@ -24,10 +24,8 @@ void RemoveSocket(const std::string& name);
 // The names of the sockets of all programs in the folder.
 std::vector<std::string> ListPrograms();
 
-enum class Reached { Yes, Busy, Dead };
-// Connects without waiting. Busy: it lives, and takes no more callers. Dead: nobody listens; the socket is
-// removed.
-Reached ConnectTo(const std::string& name, Descriptor& connection);
+// Connects without waiting; empty for one that takes no more callers, or is dead: its socket is removed then.
+Descriptor ConnectTo(const std::string& name);
 
 // A line on its way out and a line on its way in, on a connection that never blocks.
 struct LineConnection {

@@ -8,7 +8,6 @@
 
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/on_main.h"
-#include "platform/linux/windows/window_manager.h"
 #include "platform/linux/windows/window_object.h"
 
 namespace layer {
@@ -51,7 +50,7 @@ QRect WorkArea() {
 }
 
 void PaintNow(QWidget* widget) {
-    QuietTime quiet;
+    BeQuiet(true);
     const QWindow* window = widget->window()->windowHandle();
     // A window that is new to the server cannot be painted before the server has said so.
     if (window != nullptr && window->isVisible() && !window->isExposed()) {
@@ -71,6 +70,7 @@ void PaintNow(QWidget* widget) {
     // X gets what was painted at once; a frame buffer's screen copies it when it is asked to. Waiting for the
     // server instead would hand out the input that has come meanwhile.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest);
+    BeQuiet(false);
 }
 
 }  // namespace layer

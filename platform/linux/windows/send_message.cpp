@@ -7,6 +7,7 @@
 #include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/program_socket.h"
 #include "platform/linux/windows/registered_messages.h"
+#include "platform/linux/windows/window_table.h"
 
 namespace layer {
 
@@ -45,8 +46,7 @@ LRESULT SendToOther(const RemoteWindow& window, UINT message, WPARAM wParam, LPA
     if (!MakeLine(message, wParam, lParam, line)) {
         return 0;
     }
-    const auto answer = AskProgram(window.Program, WriteLine(line), LongestSend);
-    return answer ? static_cast<LRESULT>(ReadAnswer(*answer).Result) : 0;
+    return static_cast<LRESULT>(ReadAnswer(AskProgram(window.Program, WriteLine(line), LongestSend)).Result);
 }
 
 // This program's own windows get a broadcast too, and count as one program more: when the main thread has not
@@ -81,7 +81,8 @@ LRESULT Broadcast(UINT message, WPARAM wParam, LPARAM lParam) {
         return FALSE;
     }
     const OwnDelivery own(line);
-    AskOtherPrograms(WriteLine(line), LongestSend, own.Done());
+    AskOtherPrograms(
+        WriteLine(line), LongestSend, [](const auto&, const auto&) { return false; }, own.Done());
     return TRUE;
 }
 

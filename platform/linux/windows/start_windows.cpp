@@ -14,7 +14,6 @@
 
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/linux/windows/tray_icon.h"
 #include "platform/linux/windows/user_window.h"
 #include "platform/linux/windows/window_object.h"
 
@@ -135,8 +134,6 @@ void StartWindows() {
     palette.setColor(QPalette::Highlight, QColor(0x15, 0x65, 0xC0));
     palette.setColor(QPalette::HighlightedText, Qt::white);
     QApplication::setPalette(palette);
-    RegisterBasicControls();
-    RegisterCommonControls();
     OpenMailbox();
     FeedWatchdog();
 }

@@ -14,14 +14,13 @@ inline constexpr DWORD StyleTabStop = 0x00010000;
 inline constexpr DWORD DialogCentred = 0x0800;
 
 inline constexpr DWORD StaticKind = 0x1F;
-inline constexpr DWORD StaticCentred = 1, StaticRight = 2, StaticIcon = 3;
+inline constexpr DWORD StaticCentred = 1, StaticIcon = 3;
 inline constexpr DWORD StaticNoPrefix = 0x80;
 
 inline constexpr DWORD ButtonKind = 0x0F;
-inline constexpr DWORD ButtonPush = 0, ButtonDefault = 1;
+inline constexpr DWORD ButtonDefault = 1;
 
 inline constexpr DWORD EditMultiLine = 0x0004;
-inline constexpr DWORD EditReadOnly = 0x0800;
 inline constexpr DWORD EditNumber = 0x2000;
 
 }  // namespace layer

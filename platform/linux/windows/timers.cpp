@@ -15,7 +15,6 @@ struct Timer {
     HWND Window;
     UINT_PTR Id;
     UINT Period;
-    TIMERPROC Procedure;
     std::uint64_t Due;
 };
 
@@ -73,7 +72,6 @@ bool TakeDueTimer(MSG& message) {
     message.hwnd = first->Window;
     message.message = WM_TIMER;
     message.wParam = first->Id;
-    message.lParam = reinterpret_cast<LPARAM>(first->Procedure);
     first->Due = now + first->Period;
     return true;
 }
@@ -89,14 +87,14 @@ int UntilNextTimer() {
 
 }  // namespace layer
 
-UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) {
+UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC) {
     layer::ParkAtEnd();
     if (!layer::IsOwnWindow(window)) {
         return 0;
     }
     // The platform's shortest and longest periods.
     const UINT period = std::clamp<UINT>(milliseconds, 10, INT_MAX);
-    const layer::Timer timer{window, id, period, procedure, layer::CurrentClock().DeadlineAfter(period)};
+    const layer::Timer timer{window, id, period, layer::CurrentClock().DeadlineAfter(period)};
     {
         layer::TimerTable& table = layer::Table();
         std::scoped_lock lock(table.Mutex);

@@ -1,5 +1,3 @@
-#include "platform/linux/windows/tray_icon.h"
-
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QMouseEvent>
@@ -12,6 +10,7 @@
 #include "platform/linux/windows/images.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/screen.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/shell.h"
 
@@ -41,6 +40,39 @@ class TrayWatcher : public QAbstractNativeEventFilter {
   private:
     std::function<void()> changed_;
     QTimer delay_;
+};
+
+// A window at the bottom right corner, above all others, that never takes the focus. A strip of its height
+// stays free for it.
+class StandInIcon : public QWidget {
+  public:
+    StandInIcon(const QIcon& icon, const QString& tip, std::function<void()> tapped)
+        : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                               Qt::WindowDoesNotAcceptFocus),
+          icon_(icon),
+          tapped_(std::move(tapped)) {
+        constexpr int side = 26;
+        setAttribute(Qt::WA_ShowWithoutActivating);
+        setToolTip(tip);
+        setWindowTitle(QStringLiteral("Notification icon"));
+        const QRect area = WorkArea();
+        ReserveStrip(side);
+        setGeometry(area.right() + 1 - side, area.bottom() + 1 - side, side, side);
+        show();
+    }
+    ~StandInIcon() override { ReserveStrip(0); }
+
+  protected:
+    void mousePressEvent(QMouseEvent*) override { tapped_(); }
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.fillRect(rect(), palette().window());
+        icon_.paint(&painter, rect().adjusted(2, 2, -2, -2));
+    }
+
+  private:
+    QIcon icon_;
+    std::function<void()> tapped_;
 };
 
 class NotificationIcon {
@@ -121,34 +153,6 @@ BOOL DeleteIcon(const NOTIFYICONDATAW& data) {
 
 void RemoveNotificationIcons() {
     Icons().clear();
-}
-
-StandInIcon::StandInIcon(const QIcon& icon, const QString& tip, std::function<void()> tapped)
-    : QWidget(nullptr,
-              Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus),
-      icon_(icon),
-      tapped_(std::move(tapped)) {
-    setAttribute(Qt::WA_ShowWithoutActivating);
-    setToolTip(tip);
-    setWindowTitle(QStringLiteral("Notification icon"));
-    const QRect area = WorkArea();
-    ReserveStrip(Side);
-    setGeometry(area.right() + 1 - Side, area.bottom() + 1 - Side, Side, Side);
-    show();
-}
-
-StandInIcon::~StandInIcon() {
-    ReserveStrip(0);
-}
-
-void StandInIcon::mousePressEvent(QMouseEvent*) {
-    tapped_();
-}
-
-void StandInIcon::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.fillRect(rect(), palette().window());
-    icon_.paint(&painter, rect().adjusted(2, 2, -2, -2));
 }
 
 }  // namespace layer

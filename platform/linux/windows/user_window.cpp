@@ -1,7 +1,7 @@
 #include "platform/linux/windows/user_window.h"
 
 #include <QCloseEvent>
-#include <map>
+#include <algorithm>
 
 #include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/on_main.h"
@@ -12,52 +12,44 @@ namespace layer {
 
 namespace {
 
-struct WindowClass {
-    WNDPROC Procedure;
-    ATOM Atom;
-};
-
-// Keyed by the name in lower case. Main thread.
-std::map<std::u16string, WindowClass>& Classes() {
-    static auto* classes = new std::map<std::u16string, WindowClass>;
+// By name. Main thread.
+std::vector<std::pair<std::u16string, WNDPROC>>& Classes() {
+    static auto* classes = new std::vector<std::pair<std::u16string, WNDPROC>>;
     return *classes;
 }
 
-const WindowClass* FindClass(std::u16string_view name) {
-    for (const auto& [known, windowClass] : Classes()) {
-        if (SameClass(known, name)) {
-            return &windowClass;
-        }
-    }
-    return nullptr;
+// Null for an unknown class.
+WNDPROC FindClass(std::u16string_view name) {
+    const auto found = std::find_if(Classes().begin(), Classes().end(),
+                                    [&](const auto& known) { return SameClass(known.first, name); });
+    return found != Classes().end() ? found->second : nullptr;
 }
 
 class UserWidget : public QWidget {
   public:
-    UserWidget(QWidget* parent, Qt::WindowFlags flags) : QWidget(parent, flags) {}
-    UserWindow* Window = nullptr;
+    // A bare rectangle that keeps out of lists of tasks: the platform's window without a caption.
+    explicit UserWidget(UserWindow& window)
+        : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint), window_(window) {}
 
   protected:
     void closeEvent(QCloseEvent* event) override {
         event->ignore();
-        RequestClose(*Window);
+        RequestClose(window_);
     }
     void mousePressEvent(QMouseEvent* event) override {
-        Window->Activate();
+        window_.Activate();
         QWidget::mousePressEvent(event);
     }
+
+  private:
+    UserWindow& window_;
 };
 
 }  // namespace
 
 UserWindow::UserWindow(const WindowInit& init, WNDPROC procedure)
     : WindowObject(init), procedure_(procedure) {
-    QWidget* parent = init.Child && init.Parent != nullptr ? init.Parent->Client() : nullptr;
-    // A bare rectangle that keeps out of lists of tasks: the platform's window without a caption.
-    const Qt::WindowFlags flags =
-        init.Child ? Qt::WindowFlags{} : Qt::WindowFlags(Qt::Tool | Qt::FramelessWindowHint);
-    auto* widget = new UserWidget(parent, flags);
-    widget->Window = this;
+    auto* widget = new UserWidget(*this);
     widget->setAutoFillBackground(true);
     widget->setPalette(QPalette(Qt::white));
     widget->setMinimumSize(1, 1);
@@ -73,12 +65,8 @@ LRESULT UserWindow::Message(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void UserWindow::SetVisible(bool visible) {
-    if (!IsChild()) {
-        if (!visible) {
-            takesFocus_ = false;
-        }
-        Widget()->setAttribute(Qt::WA_ShowWithoutActivating, !takesFocus_);
-    }
+    takesFocus_ = takesFocus_ && visible;
+    Widget()->setAttribute(Qt::WA_ShowWithoutActivating, !takesFocus_);
     WindowObject::SetVisible(visible);
     if (visible && takesFocus_) {
         WindowObject::Activate();
@@ -100,13 +88,11 @@ void RequestClose(WindowObject& window) {
 
 ATOM RegisterClassW(const WNDCLASSW* windowClass) {
     return layer::OnMain([&]() -> ATOM {
-        if (windowClass->lpfnWndProc == nullptr || windowClass->lpszClassName == nullptr ||
-            layer::FindClass(windowClass->lpszClassName) != nullptr) {
+        if (layer::FindClass(windowClass->lpszClassName) != nullptr) {
             return 0;
         }
-        const auto atom = static_cast<ATOM>(0xC000 + layer::Classes().size());
-        layer::Classes()[windowClass->lpszClassName] = {windowClass->lpfnWndProc, atom};
-        return atom;
+        layer::Classes().emplace_back(windowClass->lpszClassName, windowClass->lpfnWndProc);
+        return static_cast<ATOM>(0xC000 + layer::Classes().size());
     });
 }
 
@@ -115,16 +101,16 @@ HWND CreateWindowExW(DWORD, LPCWSTR className, LPCWSTR title, DWORD style, int x
     return layer::OnMain([&]() -> HWND {
         // A program with a main function of its own begins here.
         layer::StartWindows();
-        const layer::WindowClass* windowClass = className != nullptr ? layer::FindClass(className) : nullptr;
+        const WNDPROC procedure = layer::FindClass(className);
         const layer::WindowPtr owner = layer::FindWindowObject(parent);
-        if (windowClass == nullptr || (parent != nullptr && owner == nullptr)) {
+        if (procedure == nullptr || (parent != nullptr && owner == nullptr)) {
             return nullptr;
         }
         const QRect area = layer::WorkArea();
         layer::WindowInit init;
         init.Parent = owner.get();
         init.ClassName = className;
-        init.Text = title != nullptr ? title : u"";
+        init.Text = title;
         init.Style = style;
         init.Place = QRect(x == CW_USEDEFAULT ? area.x() : x, y == CW_USEDEFAULT ? area.y() : y,
                            width == CW_USEDEFAULT ? area.width() : width,
@@ -133,7 +119,7 @@ HWND CreateWindowExW(DWORD, LPCWSTR className, LPCWSTR title, DWORD style, int x
         if (!layer::StartListening()) {
             return nullptr;
         }
-        const layer::WindowPtr window = std::make_shared<layer::UserWindow>(init, windowClass->Procedure);
+        const layer::WindowPtr window = std::make_shared<layer::UserWindow>(init, procedure);
         layer::Adopt(window);
         if (window->Message(WM_CREATE, 0, 0) == -1) {
             layer::Destroy(*window);

@@ -1,8 +1,8 @@
 // Apart from the rest because X's headers and Qt's do not agree on names.
-#include "platform/linux/windows/window_manager.h"
-
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
+
+#include "platform/linux/windows/screen.h"
 
 namespace layer {
 

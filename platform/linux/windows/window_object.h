@@ -119,17 +119,6 @@ std::vector<WindowPtr> TopLevelWindows();
 // Sends a message to a window of this program; 0 when there is none.
 LRESULT Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Classes of controls. Names are matched without regard to case. A maker returns null when it cannot. The
-// control comes with its place, text and font set; Adopt is the caller's.
-using ControlMaker = std::function<WindowPtr(const WindowInit&)>;
-void RegisterControlClass(std::u16string_view className, ControlMaker maker);
-// Makes and adopts a control; null for an unknown class.
-WindowPtr MakeControl(const WindowInit& init);
-// Called once at start; each registers its classes (windows/basic_controls.cpp,
-// controls/common_controls.cpp).
-void RegisterBasicControls();
-void RegisterCommonControls();
-
 // Makes a child dialog (a page) from a template inside parent's client area and sends it WM_INITDIALOG. Null
 // when the template is missing or one of its controls cannot be made. It is not shown. WM_SIZE goes to its
 // procedure whenever its client area changes.

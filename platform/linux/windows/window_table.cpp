@@ -46,13 +46,13 @@ bool IsOwnWindow(HWND handle) {
     return OwnWindows().Contains(handle);
 }
 
-std::vector<WindowEntry> OwnTopLevelWindows(const std::u16string* className, const std::u16string* title) {
-    std::vector<WindowEntry> found;
+std::vector<HWND> OwnTopLevelWindows(const std::optional<std::u16string>& className,
+                                     const std::optional<std::u16string>& title) {
+    std::vector<HWND> found;
     OwnWindows().Each([&](HWND handle, const Entry& entry) {
-        if (!entry.Window->IsChild() &&
-            (className == nullptr || SameClass(*className, entry.Window->ClassName())) &&
-            (title == nullptr || *title == entry.Title)) {
-            found.push_back({handle, entry.Window->ClassName(), entry.Title});
+        if (!entry.Window->IsChild() && (!className || SameClass(*className, entry.Window->ClassName())) &&
+            (!title || *title == entry.Title)) {
+            found.push_back(handle);
         }
     });
     return found;

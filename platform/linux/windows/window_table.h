@@ -1,6 +1,7 @@
 // Handles of windows: this program's own, and those that stand for windows of other programs.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,22 +9,16 @@
 
 namespace layer {
 
-// A top-level window as other threads and programs may see it.
-struct WindowEntry {
-    HWND Handle = nullptr;
-    std::u16string ClassName;
-    std::u16string Title;
-};
-
 // Everything of Adopt and Destroy that concerns the table. Main thread.
 HWND EnterWindow(const WindowPtr& window);
 void LeaveWindow(HWND handle);
 void RenameWindow(HWND handle, const std::u16string& title);
 
-// Any thread: whether it is a window of this program, and the top-level ones that fit, the oldest first. A
-// null name fits every window; class names are compared without regard to case.
+// Any thread: whether it is a window of this program, and the top-level ones that fit, the oldest first. No
+// name fits every window; class names are compared without regard to case.
 bool IsOwnWindow(HWND handle);
-std::vector<WindowEntry> OwnTopLevelWindows(const std::u16string* className, const std::u16string* title);
+std::vector<HWND> OwnTopLevelWindows(const std::optional<std::u16string>& className,
+                                     const std::optional<std::u16string>& title);
 
 // A window of another program: its program's socket in the folder of windows, and its number there. Any
 // thread.

@@ -8,11 +8,9 @@ vantrel_library(vantrel_platform_windows
   linux/windows/cursors.cpp
   linux/windows/deliver_line.cpp
   linux/windows/dialog_items.cpp
-  linux/windows/dialog_units.cpp
   linux/windows/dialog_widget.cpp
   linux/windows/dialogs.cpp
   linux/windows/edit_control.cpp
-  linux/windows/find_window.cpp
   linux/windows/foreground.cpp
   linux/windows/images.cpp
   linux/windows/listener.cpp
