@@ -70,7 +70,6 @@ using HGDIOBJ = void*;
 #define FALSE 0
 #define WINAPI
 #define CALLBACK
-#define APIENTRY
 #define TEXT(text) u##text
 
 #define LOWORD(value) (static_cast<WORD>(static_cast<DWORD_PTR>(value) & 0xFFFF))

@@ -72,7 +72,6 @@ struct TPMPARAMS;
 #define ASFW_ANY 0xFFFFFFFFu
 #define SW_HIDE 0
 #define SW_SHOWNORMAL 1
-#define SW_SHOW 5
 #define SWP_NOSIZE 0x0001
 #define SWP_NOMOVE 0x0002
 #define SWP_NOZORDER 0x0004
@@ -112,7 +111,6 @@ LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 BOOL IsWindow(HWND window);
 BOOL IsWindowVisible(HWND window);
 HWND FindWindowW(LPCWSTR className, LPCWSTR title);
-HWND GetParent(HWND window);
 BOOL ShowWindow(HWND window, int command);
 BOOL UpdateWindow(HWND window);
 BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);

@@ -111,20 +111,6 @@ TEST_F(Files, OnlyRegularFilesOpen) {
     EXPECT_EQ(CreateFileW(nullptr, Both, 0, nullptr, OPEN_EXISTING, 0, nullptr), INVALID_HANDLE_VALUE);
 }
 
-TEST_F(Files, ReadingSharedAndToTheEnd) {
-    WriteWholeFile(Terminal.Path("DiskOnChip/X.ini"), "content");
-    const HANDLE shared = Open(Settings, OPEN_EXISTING, 1, GENERIC_READ);
-    char text[8];
-    DWORD read = 99;
-    EXPECT_TRUE(ReadFile(shared, text, 5, &read, nullptr) && ReadFile(shared, text, 8, &read, nullptr));
-    EXPECT_EQ(std::string(text, read), "nt");
-    EXPECT_TRUE(ReadFile(shared, text, 8, &read, nullptr));
-    EXPECT_EQ(read, 0u);
-    EXPECT_FALSE(Put(shared, "x")) << "opened for reading only";
-    EXPECT_TRUE(Opens(Settings, OPEN_EXISTING, 1));
-    CloseHandle(shared);
-}
-
 // A lock held for a moment is waited for; one that stays is not, whoever asks and however.
 TEST_F(Files, ALockedFileIsTriedForTwoSeconds) {
     WriteWholeFile(Terminal.Path("DiskOnChip/X.ini"), "content");

@@ -84,13 +84,6 @@ TEST_F(Keyboard, ThreadThatEndsWithAKeyDownLetsGo) {
     EXPECT_EQ(events_.List.back(), (std::pair<BYTE, bool>{'B', true}));
 }
 
-TEST_F(Keyboard, EndOfTheProgramLetsGoOfEveryKey) {
-    Down(VK_SHIFT);
-    layer::RunEndWork();
-    EXPECT_TRUE(events_.Down.none());
-    Up(VK_SHIFT);
-}
-
 TEST(KeyTrace, OneLineForEachEvent) {
     TemporaryTerminal terminal;
     const std::string file = terminal.Path("keys");

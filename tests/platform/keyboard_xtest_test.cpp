@@ -108,26 +108,6 @@ TEST_F(XtestKeyboard, KeyThatTheUserHoldsIsTypedOnce) {
     EXPECT_FALSE(client_.AnyKeyDown());
 }
 
-TEST_F(XtestKeyboard, LayoutChangeBetweenTwoKeys) {
-    for (const char* layout : {"us", "de", "ru", "fr"}) {
-        Layout(layout);
-        TypeText("y;z/");
-        EXPECT_EQ(client_.Typed(4), "y;z/") << layout;
-    }
-}
-
-TEST_F(XtestKeyboard, TwoTypistsDoNotMixTheirShifts) {
-    Layout("us");
-    constexpr int Count = 100;
-    std::thread one(TypeText, std::string(Count, 'A')), two(TypeText, std::string(Count, 'b'));
-    one.join();
-    two.join();
-    const std::string typed = client_.Typed(2 * Count);
-    EXPECT_EQ(std::count(typed.begin(), typed.end(), 'A'), Count);
-    EXPECT_EQ(std::count(typed.begin(), typed.end(), 'b'), Count);
-    EXPECT_EQ(typed.size(), 2u * Count);
-}
-
 TEST_F(XtestKeyboard, EndTakesNothingWithIt) {
     Layout("ru");
     keybd_event(VK_SHIFT, 0, 0, 0);

@@ -38,7 +38,7 @@ INT_PTR CALLBACK PageProcedure(HWND page, UINT message, WPARAM, LPARAM lParam) {
             return 0;
         case WM_NOTIFY: {
             const auto* header = reinterpret_cast<const NMHDR*>(lParam);
-            if (header->hwndFrom != GetParent(page)) {
+            if (header->hwndFrom != layer::FindWindowObject(page)->Parent()->Handle()) {
                 return 0;  // the page's tree
             }
             Note(name + (header->code == PSN_APPLY         ? ".apply"
@@ -180,25 +180,6 @@ TEST_F(SheetWindowTest, EveryWayOutTellsThePages) {
     EXPECT_EQ(SendMessageW(sheet_, PSM_ISDIALOGMESSAGE, 0, reinterpret_cast<LPARAM>(&message)), 0);
 }
 
-TEST_F(SheetWindowTest, MayGoInsideItsNotification) {
-    for (const int id : {IDOK, IDCANCEL}) {
-        Open();
-        pages_[0].lParam = 70;
-        pages_[2].lParam = 72;
-        React = [&](const std::string& word) {
-            if (word == "C.apply" || word == "C.cancel") {
-                DestroyWindow(sheet_);
-                EXPECT_FALSE(IsWindow(sheet_));
-                RunLoop();
-            }
-        };
-        Press(id);
-        EXPECT_FALSE(IsWindow(sheet_));
-        React = nullptr;
-        layer::PumpMessages();
-    }
-}
-
 TEST_F(SheetWindowTest, PagesBehindTheOneThatTookItAwayAreNotTold) {
     Open();
     TapTab(0);
@@ -236,58 +217,26 @@ TEST_F(SheetWindowTest, AnswersOnceWhileAPageIsStillAtIt) {
     EXPECT_EQ(Taken(), "C.cancel ");
 }
 
-TEST_F(SheetWindowTest, RefusesWhatItCannotShow) {
-    const auto refused = [&](const std::function<void(PROPSHEETHEADERW&)>& spoil) {
-        PROPSHEETHEADERW header = header_;
-        spoil(header);
-        const std::size_t before = layer::TopLevelWindows().size();
-        const INT_PTR result = PropertySheetW(&header);
-        EXPECT_FALSE(IsWindow(reinterpret_cast<HWND>(result)));
-        return layer::TopLevelWindows().size() == before;
-    };
-    EXPECT_TRUE(refused([](PROPSHEETHEADERW& header) { header.dwSize -= 4; }));
-    EXPECT_TRUE(refused([&](PROPSHEETHEADERW&) { pages_[2].pszTemplate = MAKEINTRESOURCEW(4711); }));
-    pages_[2].pszTemplate = MAKEINTRESOURCEW(IDD_PAGE_GENERAL);
-    // The owner may give up while it opens.
-    React = [&](const std::string& word) {
-        if (word == "C.init") {
-            DestroyWindow(Initialized);
-        }
-    };
-    EXPECT_TRUE(refused([](PROPSHEETHEADERW&) {}));
-}
-
-TEST_F(SheetWindowTest, APageThatCannotBeMadeLeavesTheOneInFront) {
-    pages_[0].pszTemplate = MAKEINTRESOURCEW(4711);
-    Open();
-    TapTab(0);
-    EXPECT_EQ(Tabs()->currentIndex(), 2);
-    Press(IDCANCEL);
-    EXPECT_EQ(Log.back(), "C.cancel");
-}
-
 TEST(SheetLayout, EverythingHasRoomOfItsOwnOnAnyScreen) {
+    const auto check = [](const QSize& screen, int tabs, bool bottom) {
+        const layer::SheetPlaces places =
+            layer::LayOutSheet({screen, QSize(tabs, 28), QSize(56, 26), bottom});
+        const QRect parts[] = {places.Page, places.Tabs, places.Ok, places.Cancel};
+        for (const QRect& part : parts) {
+            EXPECT_TRUE(part.isValid() && QRect(QPoint(0, 0), screen).contains(part));
+            for (const QRect* other = &part + 1; other < std::end(parts); ++other) {
+                EXPECT_FALSE(part.intersects(*other));
+            }
+        }
+        EXPECT_EQ(bottom ? places.Page.bottom() + 1 : places.Tabs.bottom() + 1,
+                  bottom ? places.Tabs.top() : places.Page.top());
+    };
     for (const int width : {160, 200, 238, 240, 320, 480, 800}) {
         for (const int height : {160, 266, 320, 600}) {
             for (const int tabs : {40, 116, 170, 400}) {
-                for (const bool bottom : {false, true}) {
-                    const layer::SheetPlaces places =
-                        layer::LayOutSheet({QSize(width, height), QSize(tabs, 28), QSize(56, 26), bottom});
-                    const QRect parts[] = {places.Page, places.Tabs, places.Ok, places.Cancel};
-                    for (const QRect& part : parts) {
-                        EXPECT_TRUE(part.isValid());
-                        EXPECT_TRUE(QRect(0, 0, width, height).contains(part))
-                            << width << "x" << height << " tabs " << tabs;
-                    }
-                    for (int i = 0; i < 4; ++i) {
-                        for (int j = i + 1; j < 4; ++j) {
-                            EXPECT_FALSE(parts[i].intersects(parts[j]))
-                                << width << "x" << height << " tabs " << tabs << ": " << i << "," << j;
-                        }
-                    }
-                    EXPECT_EQ(bottom ? places.Page.bottom() + 1 : places.Tabs.bottom() + 1,
-                              bottom ? places.Tabs.top() : places.Page.top());
-                }
+                SCOPED_TRACE(testing::Message() << width << "x" << height << " tabs " << tabs);
+                check(QSize(width, height), tabs, false);
+                check(QSize(width, height), tabs, true);
             }
         }
     }

@@ -38,16 +38,14 @@ class TreeTest : public ControlsTest {
     }
     ~TreeTest() override { ImageList_Destroy(images_); }
 
-    HTREEITEM Insert(HTREEITEM parent, HTREEITEM after, const char16_t* text, UINT image = 1,
-                     LPARAM parameter = 0) {
+    HTREEITEM Insert(HTREEITEM parent, HTREEITEM after, const char16_t* text, UINT image = 1) {
         TVINSERTSTRUCTW insert{};
         insert.hParent = parent;
         insert.hInsertAfter = after;
-        insert.item.mask = TVIF_TEXT | TVIF_STATE | TVIF_PARAM;
+        insert.item.mask = TVIF_TEXT | TVIF_STATE;
         insert.item.pszText = const_cast<LPWSTR>(text);
         insert.item.state = INDEXTOSTATEIMAGEMASK(image);
         insert.item.stateMask = TVIS_STATEIMAGEMASK;
-        insert.item.lParam = parameter;
         return reinterpret_cast<HTREEITEM>(
             SendMessageW(tree_, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
     }
@@ -61,28 +59,6 @@ class TreeTest : public ControlsTest {
     bool Select(HTREEITEM item) {
         return SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item)) != 0;
     }
-    std::string TextOf(HTREEITEM item, int room = 100) {
-        WCHAR text[101];
-        std::fill(std::begin(text), std::end(text), u'~');
-        TVITEMW read{};
-        read.mask = TVIF_TEXT;
-        read.hItem = item;
-        read.pszText = text;
-        read.cchTextMax = room;
-        if (SendMessageW(tree_, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&read)) == 0) {
-            return "none";
-        }
-        EXPECT_EQ(text[room], u'~');
-        return QString::fromUtf16(text).toStdString();
-    }
-    std::string Children(HTREEITEM parent) {
-        std::string texts;
-        for (HTREEITEM item = Get(TVGN_CHILD, parent); item; item = Get(TVGN_NEXT, item)) {
-            texts += TextOf(item) + " ";
-        }
-        return texts;
-    }
-
     QTreeView* View() { return qobject_cast<QTreeView*>(WidgetOf(tree_)); }
     // The row's rectangle in the viewport, without what is in front of the item.
     QRect RowOf(HTREEITEM item) {

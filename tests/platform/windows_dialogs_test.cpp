@@ -86,84 +86,39 @@ class DialogsTest : public testing::Test {
                 Then([=] { act(dialog); });
                 return 1;
             }
-            if (message == WM_COMMAND) {
-                commands_.emplace_back(LOWORD(wParam), HIWORD(wParam));
-                if (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL) {
-                    GetDlgItemTextW(dialog, IDC_EDIT, text_, 40);
-                    EndDialog(dialog, LOWORD(wParam));
-                }
+            if (message == WM_COMMAND && (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL)) {
+                EndDialog(dialog, LOWORD(wParam));
                 return 1;
             }
             return 0;
         };
-        text_[0] = 0;
-        commands_.clear();
         return DialogBoxParamW(nullptr, MAKEINTRESOURCEW(IDD_TEXT_EDITOR), window_, DialogProcedure, 0);
     }
 
     TemporaryTerminal terminal_;
     HWND window_ = nullptr;
-    WCHAR text_[40] = {};
-    std::vector<std::pair<int, int>> commands_;
 };
 
 TEST_F(DialogsTest, EveryWayToEndADialog) {
-    const auto nothing = [](HWND) {};
-    const auto edit = [](HWND dialog) { return WidgetOf(GetDlgItem(dialog, IDC_EDIT)); };
-    EXPECT_EQ(
-        RunEditor(nothing, [&](HWND d) { QTest::mouseClick(WidgetOf(GetDlgItem(d, IDOK)), Qt::LeftButton); }),
-        IDOK);
-    EXPECT_EQ(
-        RunEditor(nothing,
-                  [&](HWND d) { QTest::mouseClick(WidgetOf(GetDlgItem(d, IDCANCEL)), Qt::LeftButton); }),
-        IDCANCEL);
-    EXPECT_EQ(RunEditor(nothing, [&](HWND d) { QTest::keyClick(edit(d), Qt::Key_Return); }), IDOK);
-    EXPECT_EQ(RunEditor(nothing, [&](HWND d) { QTest::keyClick(edit(d), Qt::Key_Escape); }), IDCANCEL);
-    EXPECT_EQ(RunEditor(nothing, [&](HWND d) { WidgetOf(d)->close(); }), IDCANCEL)
-        << "closing cancels where the procedure leaves it";
-    EXPECT_EQ(RunEditor(nothing, [&](HWND d) { DestroyWindow(d); }), IDCANCEL);
-    EXPECT_EQ(RunEditor([](HWND d) { EndDialog(d, 77); }, nothing), 77) << "before it was shown";
-    EXPECT_EQ(RunEditor(nothing, [](HWND) { PostQuitMessage(0); }), IDCANCEL);
-    layer::ForgetQuit();
-    EXPECT_EQ(RunEditor(nothing, [&](HWND) { DestroyWindow(window_); }), IDCANCEL) << "its owner goes";
+    const auto click = [](HWND d, int id) { QTest::mouseClick(WidgetOf(GetDlgItem(d, id)), Qt::LeftButton); };
+    const auto key = [](HWND d, Qt::Key key) { QTest::keyClick(WidgetOf(GetDlgItem(d, IDC_EDIT)), key); };
+    const struct {
+        std::function<void(HWND)> Way;
+        INT_PTR Result;
+    } ways[] = {{[&](HWND d) { click(d, IDOK); }, IDOK},
+                {[&](HWND d) { click(d, IDCANCEL); }, IDCANCEL},
+                {[&](HWND d) { key(d, Qt::Key_Return); }, IDOK},
+                {[&](HWND d) { key(d, Qt::Key_Escape); }, IDCANCEL},
+                {[&](HWND d) { WidgetOf(d)->close(); }, IDCANCEL},
+                {[&](HWND d) { DestroyWindow(d); }, IDCANCEL},
+                {[&](HWND) { PostQuitMessage(0); }, IDCANCEL},
+                {[&](HWND) { DestroyWindow(window_); }, IDCANCEL}};
+    for (const auto& way : ways) {
+        EXPECT_EQ(RunEditor([](HWND) {}, way.Way), way.Result) << &way - ways;
+        layer::ForgetQuit();
+    }
+    EXPECT_EQ(RunEditor([](HWND d) { EndDialog(d, 77); }, [](HWND) {}), 77) << "before it was shown";
     EXPECT_EQ(DialogBoxParamW(nullptr, MAKEINTRESOURCEW(9999), nullptr, DialogProcedure, 0), -1);
-}
-
-TEST_F(DialogsTest, EditControlsTellOfEveryChangeAndKeepLimits) {
-    const auto type = [](HWND dialog, const char* keys) {
-        QTest::keyClicks(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), QString::fromLatin1(keys));
-    };
-    RunEditor(
-        [](HWND dialog) {
-            SendDlgItemMessageW(dialog, IDC_EDIT, EM_LIMITTEXT, 5, 0);
-            SetDlgItemTextW(dialog, IDC_EDIT, TEXT("ab"));
-        },
-        [&](HWND dialog) {
-            EXPECT_EQ(WidgetOf(dialog)->focusWidget(), WidgetOf(GetDlgItem(dialog, IDC_EDIT)));
-            QTest::keyClick(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), Qt::Key_End);
-            type(dialog, "cdefgh");
-            QTest::keyClick(WidgetOf(GetDlgItem(dialog, IDC_EDIT)), Qt::Key_Return);
-        });
-    EXPECT_EQ(std::u16string(text_), u"abcde");
-    const std::pair<int, int> change{IDC_EDIT, EN_CHANGE};
-    EXPECT_EQ(std::count(commands_.begin(), commands_.end(), change), 4) << "one by the program, three typed";
-}
-
-TEST_F(DialogsTest, NumbersInEdits) {
-    const std::pair<LPCWSTR, std::optional<UINT>> cases[] = {
-        {TEXT("12"), 12},         {TEXT(" 007"), 7}, {TEXT("4294967295"), 4294967295u},
-        {TEXT("4294967296"), {}}, {TEXT(""), {}},    {TEXT("x1"), {}}};
-    const auto check = [&](HWND dialog) {
-        for (const auto& [text, number] : cases) {
-            SetDlgItemTextW(dialog, IDC_EDIT, text);
-            BOOL good = 5;
-            EXPECT_EQ(GetDlgItemInt(dialog, IDC_EDIT, &good, FALSE), number.value_or(0));
-            EXPECT_EQ(good, number ? TRUE : FALSE);
-        }
-        EXPECT_EQ(GetDlgItemInt(dialog, 4711, nullptr, FALSE), 0u);
-        EndDialog(dialog, 1);
-    };
-    RunEditor([](HWND) {}, check);
 }
 
 // The button of a dialog is clicked, its dialog goes while the click is handled, and another loop runs on

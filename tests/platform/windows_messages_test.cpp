@@ -272,22 +272,4 @@ TEST_F(MessagesTest, AWindowIsInFrontOnlyOnceItIsBroughtThere) {
     EXPECT_EQ(GetForegroundWindow(), nullptr);
 }
 
-TEST_F(MessagesTest, PlacesAreMappedBetweenWindowAndScreen) {
-    SetWindowPos(window_, HWND_TOP, 30, 40, 50, 60, SWP_SHOWWINDOW);
-    RECT place{};
-    ASSERT_TRUE(GetWindowRect(window_, &place));
-    EXPECT_EQ((std::vector{place.left, place.top, place.right, place.bottom}),
-              (std::vector<LONG>{30, 40, 80, 100}));
-    POINT points[2] = {{1, 2}, {3, 4}};
-    MapWindowPoints(window_, nullptr, points, 2);
-    EXPECT_EQ(points[1].x, 33);
-    EXPECT_EQ(points[1].y, 44);
-    ScreenToClient(window_, points);
-    EXPECT_EQ(points[0].x, 1);
-    SetWindowPos(window_, HWND_TOP, 9, 9, 20, 21, SWP_NOMOVE | SWP_NOZORDER);
-    GetWindowRect(window_, &place);
-    EXPECT_EQ((std::vector{place.left, place.top, place.right, place.bottom}),
-              (std::vector<LONG>{30, 40, 50, 61}));
-}
-
 }  // namespace

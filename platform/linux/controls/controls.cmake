@@ -2,11 +2,9 @@
 target_sources(vantrel_platform_windows PRIVATE
   linux/controls/file_dialog.cpp
   linux/controls/file_names.cpp
-  linux/controls/image_list.cpp
   linux/controls/progress_control.cpp
   linux/controls/sheet_layout.cpp
   linux/controls/sheet_window.cpp
-  linux/controls/tab_control.cpp
   linux/controls/tree_control.cpp
   linux/controls/tree_item.cpp
   linux/controls/tree_widget.cpp

@@ -57,14 +57,15 @@ SheetWindow::SheetWindow(const WindowInit& init, const PROPSHEETHEADERW& header)
     }
 }
 
-bool SheetWindow::MakeControls() {
+void SheetWindow::MakeControls() {
     WindowInit init;
     init.Parent = this;
     init.Child = true;
     init.Style = WS_VISIBLE | StyleChild | StyleTabStop;
     init.ClassName = u"SysTabControl32";
     init.Id = TabControlId;
-    tabs_ = std::dynamic_pointer_cast<TabControl>(MakeControl(init));
+    tabs_ = std::make_shared<TabControl>(init);
+    Adopt(tabs_);
     init.ClassName = u"Button";
     init.Id = IDOK;
     init.Text = u"OK";
@@ -74,9 +75,6 @@ bool SheetWindow::MakeControls() {
     init.Text = u"Cancel";
     init.Style &= ~ButtonDefault;
     cancel_ = MakeControl(init);
-    if (tabs_ == nullptr || ok_ == nullptr || cancel_ == nullptr) {
-        return false;
-    }
     for (const Page& page : pages_) {
         tabs_->Bar()->addTab(QString::fromUtf16(page.Record.pszTitle));
     }
@@ -92,7 +90,6 @@ bool SheetWindow::MakeControls() {
     };
     turn(QKeySequence(Qt::CTRL | Qt::Key_Tab), 1);
     turn(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab), -1);
-    return true;
 }
 
 bool SheetWindow::ShowPage(int index) {
@@ -158,7 +155,7 @@ void SheetWindow::Place() {
 }
 
 void SheetWindow::Layout() {
-    if (Gone() || tabs_ == nullptr || ok_ == nullptr || cancel_ == nullptr) {
+    if (Gone() || cancel_ == nullptr) {
         return;
     }
     const QFontMetrics metrics = ok_->Widget()->fontMetrics();
@@ -258,11 +255,9 @@ INT_PTR MakeSheet(const PROPSHEETHEADERW& header) {
     const auto sheet = std::make_shared<SheetWindow>(init, header);
     Adopt(sheet);
     sheet->Place();
-    bool made = sheet->MakeControls();
-    if (made) {
-        header.pfnCallback(sheet->Handle(), PSCB_INITIALIZED, 0);
-    }
-    made = made && !sheet->Gone() && sheet->ShowPage(static_cast<int>(header.nStartPage));
+    sheet->MakeControls();
+    header.pfnCallback(sheet->Handle(), PSCB_INITIALIZED, 0);
+    const bool made = !sheet->Gone() && sheet->ShowPage(static_cast<int>(header.nStartPage));
     if (!made) {
         Destroy(*sheet);
         return -1;

@@ -18,7 +18,7 @@ class SheetWindow : public WindowObject {
     SheetWindow(const WindowInit& init, const PROPSHEETHEADERW& header);
 
     // Makes tabs and buttons; the window has its handle.
-    bool MakeControls();
+    void MakeControls();
     // Brings a page to the front, made if need be; false when it cannot be.
     bool ShowPage(int index);
     void Place();

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QTabBar>
-#include <functional>
 
 #include "platform/linux/windows/window_object.h"
 
@@ -11,15 +10,35 @@ namespace layer {
 // The style says whether the tabs hang below their page or stand on top of it.
 class TabControl : public WindowObject {
   public:
-    explicit TabControl(const WindowInit& init);
+    explicit TabControl(const WindowInit& init)
+        : WindowObject(init), bar_(new TabBar(init.Parent->Client())) {
+        bar_->setExpanding(false);
+        bar_->setDrawBase(false);
+        bar_->setUsesScrollButtons(true);
+        SetWidget(bar_);
+    }
 
-    void SetStyle(DWORD style) override;
-    bool AtBottom() const;
+    void SetStyle(DWORD style) override {
+        WindowObject::SetStyle(style);
+        bar_->setShape(AtBottom() ? QTabBar::RoundedSouth : QTabBar::RoundedNorth);
+        StyleChanged();
+    }
+    bool AtBottom() const { return (Style() & 0x0002) != 0; }
     QTabBar* Bar() const { return bar_; }
 
     std::function<void()> StyleChanged;
 
   private:
+    // Tabs that a finger finds.
+    class TabBar : public QTabBar {
+      public:
+        using QTabBar::QTabBar;
+        QSize tabSizeHint(int index) const override {
+            constexpr int smallestWidth = 36, smallestHeight = 28;
+            return QTabBar::tabSizeHint(index).expandedTo(QSize(smallestWidth, smallestHeight));
+        }
+    };
+
     QTabBar* bar_;
 };
 

@@ -1,5 +1,4 @@
 #include "platform/kernel.h"
-#include "platform/linux/kernel/event.h"
 #include "platform/linux/kernel/local_object.h"
 #include "platform/linux/kernel/thread.h"
 

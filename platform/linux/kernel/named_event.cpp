@@ -9,7 +9,7 @@
 
 #include "platform/kernel.h"
 #include "platform/linux/kernel/clock.h"
-#include "platform/linux/kernel/event.h"
+#include "platform/linux/kernel/object.h"
 #include "platform/linux/kernel/shared_names.h"
 
 namespace layer {

@@ -29,6 +29,18 @@ class Stream : public Object {
     virtual bool MoveTo(DWORD) { return false; }
 };
 
+// What EventModify works on.
+class Event {
+  public:
+    virtual ~Event() = default;
+    virtual void Set() = 0;
+};
+
+// Creates or opens an event that programs of one terminal share; null for a name that cannot be used, or when
+// the host refuses. The initial state counts only for an event that does not exist yet. Two programs that set
+// it at the very same instant may be seen as two settings.
+std::shared_ptr<Object> OpenNamedEvent(LPCWSTR name, bool set);
+
 // Gives the object a handle; null for no object.
 HANDLE NewHandle(std::shared_ptr<Object> object);
 // The object of a handle, or null for anything that is not an open handle.

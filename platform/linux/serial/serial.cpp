@@ -13,9 +13,11 @@ namespace {
 std::mutex openerMutex;
 SerialOpener installedOpener;
 
-std::shared_ptr<SerialPort> PortOf(HANDLE handle) {
+template <class Work>
+BOOL WithPort(HANDLE handle, Work work) {
     ParkAtEnd();
-    return FindObjectAs<SerialPort>(handle);
+    const auto port = FindObjectAs<SerialPort>(handle);
+    return port && work(*port);
 }
 
 }  // namespace
@@ -37,55 +39,45 @@ void InstallSerialOpener(SerialOpener opener) {
 }  // namespace layer
 
 BOOL SetupComm(HANDLE port, DWORD, DWORD) {
-    return layer::PortOf(port) != nullptr;
+    return layer::WithPort(port, [](auto&) { return TRUE; });
 }
 
 BOOL GetCommState(HANDLE port, DCB* state) {
-    const auto found = layer::PortOf(port);
-    return found && found->GetState(*state);
+    return layer::WithPort(port, [&](auto& found) { return found.GetState(*state); });
 }
 
 BOOL SetCommState(HANDLE port, DCB* state) {
-    const auto found = layer::PortOf(port);
-    return found && found->SetState(*state);
+    return layer::WithPort(port, [&](auto& found) { return found.SetState(*state); });
 }
 
 BOOL GetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
-    const auto found = layer::PortOf(port);
-    return found && found->GetTimeouts(*timeouts);
+    return layer::WithPort(port, [&](auto& found) { return found.GetTimeouts(*timeouts); });
 }
 
 BOOL SetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
-    const auto found = layer::PortOf(port);
-    return found && found->SetTimeouts(*timeouts);
+    return layer::WithPort(port, [&](auto& found) { return found.SetTimeouts(*timeouts); });
 }
 
 BOOL PurgeComm(HANDLE port, DWORD flags) {
-    const auto found = layer::PortOf(port);
-    return found && found->Purge(flags);
+    return layer::WithPort(port, [&](auto& found) { return found.Purge(flags); });
 }
 
 BOOL SetCommMask(HANDLE port, DWORD mask) {
-    const auto found = layer::PortOf(port);
-    return found && found->SetMask(mask);
+    return layer::WithPort(port, [&](auto& found) { return found.SetMask(mask); });
 }
 
 BOOL WaitCommEvent(HANDLE port, LPDWORD events, LPOVERLAPPED) {
-    const auto found = layer::PortOf(port);
-    return found && found->WaitEvent(*events);
+    return layer::WithPort(port, [&](auto& found) { return found.WaitEvent(*events); });
 }
 
 BOOL ClearCommError(HANDLE port, LPDWORD errors, COMSTAT* status) {
-    const auto found = layer::PortOf(port);
-    return found && found->ClearError(*errors, *status);
+    return layer::WithPort(port, [&](auto& found) { return found.ClearError(*errors, *status); });
 }
 
 BOOL SetCommBreak(HANDLE port) {
-    const auto found = layer::PortOf(port);
-    return found && found->SetBreak(true);
+    return layer::WithPort(port, [&](auto& found) { return found.SetBreak(true); });
 }
 
 BOOL ClearCommBreak(HANDLE port) {
-    const auto found = layer::PortOf(port);
-    return found && found->SetBreak(false);
+    return layer::WithPort(port, [&](auto& found) { return found.SetBreak(false); });
 }

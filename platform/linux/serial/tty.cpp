@@ -142,7 +142,6 @@ BOOL Tty::Purge(DWORD flags) {
     if (closed_) {
         return FALSE;
     }
-    writesAborted_ += (flags & PURGE_TXABORT) != 0;
     readsAborted_ += (flags & PURGE_RXABORT) != 0;
     if ((flags & PURGE_TXCLEAR) && line_) {
         line_->DiscardOutput();

@@ -57,7 +57,7 @@ class Tty : public SerialPort {
     DCB state_{};
     COMMTIMEOUTS timeouts_{};
     DWORD mask_ = 0;
-    unsigned masksSet_ = 0, readsAborted_ = 0, writesAborted_ = 0;
+    unsigned masksSet_ = 0, readsAborted_ = 0;
     bool closed_ = false;
     ReceiveQueue queue_;
     Moment lastArrival_{};

@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -29,28 +28,19 @@ struct SpeedCode {
     DWORD speed;
     speed_t code;
 };
-constexpr std::array<SpeedCode, 13> Speeds{{{1200, B1200},
-                                            {2400, B2400},
-                                            {4800, B4800},
-                                            {9600, B9600},
-                                            {19200, B19200},
-                                            {38400, B38400},
-                                            {57600, B57600},
-                                            {115200, B115200},
-                                            {230400, B230400},
-                                            {460800, B460800},
-                                            {500000, B500000},
-                                            {576000, B576000},
-                                            {921600, B921600}}};
+constexpr SpeedCode Speeds[] = {{1200, B1200},     {2400, B2400},     {4800, B4800},     {9600, B9600},
+                                {19200, B19200},   {38400, B38400},   {57600, B57600},   {115200, B115200},
+                                {230400, B230400}, {460800, B460800}, {500000, B500000}, {576000, B576000},
+                                {921600, B921600}};
 
 constexpr unsigned FirstPseudoMajor = 136, LastPseudoMajor = 143;
 constexpr DWORD BitsPerByte = 10;  // start bit, eight data bits, stop bit
 constexpr DWORD Slack = 20;        // milliseconds for the driver's own queues
 
 const SpeedCode* FindSpeed(DWORD speed) {
-    const auto* found =
-        std::find_if(Speeds.begin(), Speeds.end(), [&](const SpeedCode& s) { return s.speed == speed; });
-    return found == Speeds.end() ? nullptr : found;
+    const auto* found = std::find_if(std::begin(Speeds), std::end(Speeds),
+                                     [&](const SpeedCode& s) { return s.speed == speed; });
+    return found == std::end(Speeds) ? nullptr : found;
 }
 
 bool IsPseudoTerminal(int fd) {
@@ -162,9 +152,9 @@ DWORD TtyLine::Speed() const {
         return 0;
     }
     const auto found =
-        std::find_if(Speeds.begin(), Speeds.end(),
+        std::find_if(std::begin(Speeds), std::end(Speeds),
                      [code = cfgetospeed(&settings)](const SpeedCode& s) { return s.code == code; });
-    return found != Speeds.end() ? found->speed : 0;
+    return found != std::end(Speeds) ? found->speed : 0;
 }
 
 bool TtyLine::SetSpeed(DWORD speed) {

@@ -105,13 +105,12 @@ BOOL Tty::Write(const void* buffer, DWORD size, DWORD& written) {
     if (!Reopen()) {
         return FALSE;
     }
-    const unsigned aborted = writesAborted_;
     const std::shared_ptr<TtyLine> line = line_;
     // The time-out is there for a line that has stopped; a slow line gets the time it needs.
     const DWORD stopped = timeouts_.WriteTotalTimeoutConstant;
     const Moment end = stopped != 0 ? Now() + milliseconds(stopped + line->LineTime(size)) : Never;
     while (written < size) {
-        if (closed_ || aborted != writesAborted_) {
+        if (closed_) {
             return FALSE;
         }
         const BYTE* rest = static_cast<const BYTE*>(buffer) + written;

@@ -15,8 +15,7 @@ WindowPtr MakeControl(const WindowInit& init) {
                    {u"Edit", MakeEditControl},
                    {u"SysTreeView32", MakeTreeControl},
                    {u"msctls_updown32", MakeUpDownControl},
-                   {u"msctls_progress32", MakeProgressControl},
-                   {u"SysTabControl32", MakeTabControl}};
+                   {u"msctls_progress32", MakeProgressControl}};
     for (const auto& [name, make] : classes) {
         if (SameClass(name, init.ClassName)) {
             const WindowPtr control = make(init);

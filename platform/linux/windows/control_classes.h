@@ -15,6 +15,5 @@ WindowPtr MakeEditControl(const WindowInit& init);
 WindowPtr MakeTreeControl(const WindowInit& init);
 WindowPtr MakeUpDownControl(const WindowInit& init);
 WindowPtr MakeProgressControl(const WindowInit& init);
-WindowPtr MakeTabControl(const WindowInit& init);  // of a sheet
 
 }  // namespace layer

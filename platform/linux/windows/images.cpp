@@ -1,5 +1,6 @@
 #include "platform/linux/windows/images.h"
 
+#include <QBitmap>
 #include <QBuffer>
 #include <QImageReader>
 #include <QPixmap>
@@ -20,6 +21,11 @@ HandleTable<HICON, QIcon>& Icons() {
 
 HandleTable<HBITMAP, QImage>& Bitmaps() {
     static auto* table = new HandleTable<HBITMAP, QImage>(0x20000);
+    return *table;
+}
+
+HandleTable<HIMAGELIST, std::shared_ptr<ImageListData>>& ImageLists() {
+    static auto* table = new HandleTable<HIMAGELIST, std::shared_ptr<ImageListData>>(0x30000);
     return *table;
 }
 
@@ -72,14 +78,31 @@ QByteArray IconFile(WORD number) {
     return file + images;
 }
 
+// The new images' first position; -1 when the bitmap holds none.
+int AddImages(ImageListData& list, const QImage& bitmap, COLORREF mask) {
+    const int count = bitmap.width() / list.Size.width();
+    if (bitmap.isNull() || count == 0 || bitmap.height() < list.Size.height()) {
+        return -1;
+    }
+    QPixmap image = QPixmap::fromImage(bitmap);
+    // A colour has its red in the lowest byte.
+    image.setMask(image.createMaskFromColor(QColor(mask & 0xFF, (mask >> 8) & 0xFF, (mask >> 16) & 0xFF)));
+    const int first = static_cast<int>(list.Images.size());
+    for (int i = 0; i < count; ++i) {
+        const QRect part(QPoint(i * list.Size.width(), 0), list.Size);
+        list.Images.push_back(image.copy(part));
+    }
+    return first;
+}
+
 }  // namespace
 
 QIcon IconOf(HICON icon) {
     return Icons().Find(icon);
 }
 
-QImage BitmapOf(HBITMAP bitmap) {
-    return Bitmaps().Find(bitmap);
+std::shared_ptr<const ImageListData> FindImageList(HIMAGELIST list) {
+    return ImageLists().Find(list);
 }
 
 QIcon LoadIconResource(WORD number) {
@@ -121,4 +144,39 @@ BOOL DeleteObject(HGDIOBJ object) {
 HGDIOBJ GetStockObject(int object) {
     static char white;
     return object == WHITE_BRUSH ? &white : nullptr;
+}
+
+HIMAGELIST ImageList_Create(int width, int height, UINT, int, int) {
+    return layer::OnMain([=]() -> HIMAGELIST {
+        return layer::ImageLists().Add(
+            std::make_shared<layer::ImageListData>(layer::ImageListData{QSize(width, height), {}}));
+    });
+}
+
+int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask) {
+    return layer::OnMain([=] {
+        const auto data = layer::ImageLists().Find(list);
+        return data != nullptr ? layer::AddImages(*data, layer::Bitmaps().Find(bitmap), mask) : -1;
+    });
+}
+
+int ImageList_GetImageCount(HIMAGELIST list) {
+    return layer::OnMain([=] {
+        const auto data = layer::ImageLists().Find(list);
+        return data != nullptr ? static_cast<int>(data->Images.size()) : 0;
+    });
+}
+
+BOOL ImageList_SetImageCount(HIMAGELIST list, UINT count) {
+    return layer::OnMain([=] {
+        const auto data = layer::ImageLists().Find(list);
+        if (data != nullptr) {
+            data->Images.resize(count);
+        }
+        return data != nullptr ? TRUE : FALSE;
+    });
+}
+
+BOOL ImageList_Destroy(HIMAGELIST list) {
+    return layer::OnMain([=] { return layer::ImageLists().Remove(list) != nullptr ? TRUE : FALSE; });
 }

@@ -1,16 +1,23 @@
-// Icons, bitmaps and cursors behind their handles. Main thread.
+// Icons, bitmaps and image lists behind their handles. Main thread.
 #pragma once
 
 #include <QIcon>
-#include <QImage>
+#include <QPixmap>
+#include <memory>
+#include <vector>
 
-#include "platform/window.h"
+#include "platform/controls.h"
 
 namespace layer {
 
-// Null icon or image for anything that is not such a handle.
+struct ImageListData {
+    QSize Size;  // of each image
+    std::vector<QPixmap> Images;
+};
+
+// Null for anything that is not such a handle.
 QIcon IconOf(HICON icon);
-QImage BitmapOf(HBITMAP bitmap);
+std::shared_ptr<const ImageListData> FindImageList(HIMAGELIST list);
 
 // The icon of a resource with all its sizes; null when there is none.
 QIcon LoadIconResource(WORD number);

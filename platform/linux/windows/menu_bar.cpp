@@ -1,27 +1,10 @@
 // The menu bar and the input panel of a handheld's shell: here there is neither.
+#include "platform/linux/windows/dialogs.h"
 #include "platform/linux/windows/on_main.h"
-#include "platform/linux/windows/window_table.h"
 #include "platform/shell.h"
-
-namespace layer {
-
-namespace {
 
 // The bar is a window of no height at the bottom of its parent's area, so that whoever takes its height off
 // the screen's loses nothing.
-class EmptyBar : public WindowObject {
-  public:
-    explicit EmptyBar(const WindowInit& init) : WindowObject(init) {
-        auto* widget = new QWidget(init.Parent->Client());
-        widget->setGeometry(init.Place);
-        SetWidget(widget);
-    }
-};
-
-}  // namespace
-
-}  // namespace layer
-
 BOOL SHCreateMenuBar(SHMENUBARINFO* info) {
     return layer::OnMain([=] {
         const layer::WindowPtr parent = layer::FindWindowObject(info->hwndParent);
@@ -33,7 +16,8 @@ BOOL SHCreateMenuBar(SHMENUBARINFO* info) {
         init.Child = true;
         init.ClassName = u"menu_worker";
         init.Place = QRect(0, parent->Client()->height(), parent->Client()->width(), 0);
-        info->hwndMB = layer::Adopt(std::make_shared<layer::EmptyBar>(init));
+        info->hwndMB = layer::Adopt(
+            std::make_shared<layer::DialogWindow>(init, layer::DialogWindow::Kind::Page, nullptr));
         return TRUE;
     });
 }

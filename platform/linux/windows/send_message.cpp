@@ -50,39 +50,34 @@ LRESULT SendToOther(const RemoteWindow& window, UINT message, WPARAM wParam, LPA
 }
 
 // This program's own windows get a broadcast too, and count as one program more: when the main thread has not
-// come to the last one yet, they are left out.
-class OwnDelivery {
-  public:
-    explicit OwnDelivery(const WindowLine& line) {
-        if (OnMainThread()) {
-            DeliverLine(line);
-            return;
-        }
-        static std::atomic<bool> owing{false};
-        if (owing.exchange(true)) {
-            return;
-        }
-        done_ = std::make_shared<Waker>();
-        PostToMainThread([line, done = done_] {
-            owing = false;
-            DeliverLine(line);
-            done->Wake();
-        });
+// come to the last one yet, they are left out. What rings when they have it, or null.
+std::shared_ptr<Waker> DeliverHere(const WindowLine& line) {
+    static std::atomic<bool> owing{false};
+    if (OnMainThread()) {
+        DeliverLine(line);
+        return nullptr;
     }
-    int Done() const { return done_ != nullptr ? done_->Number() : -1; }
-
-  private:
-    std::shared_ptr<Waker> done_;
-};
+    if (owing.exchange(true)) {
+        return nullptr;
+    }
+    auto done = std::make_shared<Waker>();
+    PostToMainThread([line, done] {
+        owing = false;
+        DeliverLine(line);
+        done->Wake();
+    });
+    return done;
+}
 
 LRESULT Broadcast(UINT message, WPARAM wParam, LPARAM lParam) {
     WindowLine line;
     if (message == OpenSettingsRequest || !MakeLine(message, wParam, lParam, line)) {
         return FALSE;
     }
-    const OwnDelivery own(line);
+    const auto own = DeliverHere(line);
     AskOtherPrograms(
-        WriteLine(line), LongestSend, [](const auto&, const auto&) { return false; }, own.Done());
+        WriteLine(line), LongestSend, [](const auto&, const auto&) { return false; },
+        own != nullptr ? own->Number() : -1);
     return TRUE;
 }
 

@@ -58,12 +58,6 @@ BOOL IsWindowVisible(HWND window) {
     return WithWindow(window, [](layer::WindowObject& object) { return object.Visible() ? TRUE : FALSE; });
 }
 
-HWND GetParent(HWND window) {
-    return WithWindow(window, [](layer::WindowObject& object) {
-        return object.Parent() != nullptr ? object.Parent()->Handle() : nullptr;
-    });
-}
-
 BOOL ShowWindow(HWND window, int command) {
     return WithWindow(window, [&](layer::WindowObject& object) {
         const BOOL before = object.Visible() ? TRUE : FALSE;

@@ -95,23 +95,19 @@ void WindowObject::Activate() {
     }
 }
 
+LRESULT WindowObject::Tell(UINT message, WPARAM wParam, LPARAM lParam) {
+    const WindowPtr parent = parent_.lock(), keep = shared_from_this();
+    const bool heard = !gone_ && handle_ != nullptr && parent != nullptr && !parent->Gone();
+    return heard ? parent->Message(message, wParam, lParam) : 0;
+}
+
 void WindowObject::Command(WORD code) {
-    const WindowPtr parent = parent_.lock();
-    if (gone_ || handle_ == nullptr || parent == nullptr || parent->Gone()) {
-        return;
-    }
-    const WindowPtr keep = shared_from_this();
-    parent->Message(WM_COMMAND, static_cast<DWORD>(MAKELONG(id_, code)), reinterpret_cast<LPARAM>(handle_));
+    Tell(WM_COMMAND, static_cast<DWORD>(MAKELONG(id_, code)), reinterpret_cast<LPARAM>(handle_));
 }
 
 LRESULT WindowObject::Notify(NMHDR& header, UINT code) {
-    const WindowPtr parent = parent_.lock();
-    if (gone_ || handle_ == nullptr || parent == nullptr || parent->Gone()) {
-        return 0;
-    }
-    const WindowPtr keep = shared_from_this();
     header = {handle_, static_cast<UINT_PTR>(id_), code};
-    return parent->Message(WM_NOTIFY, header.idFrom, reinterpret_cast<LPARAM>(&header));
+    return Tell(WM_NOTIFY, header.idFrom, reinterpret_cast<LPARAM>(&header));
 }
 
 void WindowObject::SetWidget(QWidget* widget, QWidget* client) {

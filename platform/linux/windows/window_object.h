@@ -90,6 +90,7 @@ class WindowObject : public std::enable_shared_from_this<WindowObject> {
   private:
     friend HWND Adopt(const WindowPtr& window);
     friend void Destroy(WindowObject& window);
+    LRESULT Tell(UINT message, WPARAM wParam, LPARAM lParam);  // the parent
 
     HWND handle_ = nullptr;
     std::weak_ptr<WindowObject> parent_;
