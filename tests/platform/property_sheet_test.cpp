@@ -84,6 +84,7 @@ class SheetWindowTest : public ControlsTest {
         }
         header_.dwSize = sizeof header_;
         header_.dwFlags = PSH_PROPSHEETPAGE | PSH_USECALLBACK | PSH_MODELESS | PSH_MAXIMIZE;
+        header_.pszCaption = u"Settings";
         header_.hwndParent = window_;
         header_.nPages = 3;
         header_.nStartPage = 2;

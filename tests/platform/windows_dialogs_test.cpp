@@ -101,7 +101,9 @@ class DialogsTest : public testing::Test {
 
 TEST_F(DialogsTest, EveryWayToEndADialog) {
     const auto click = [](HWND d, int id) { QTest::mouseClick(WidgetOf(GetDlgItem(d, id)), Qt::LeftButton); };
-    const auto key = [](HWND d, Qt::Key key) { QTest::keyClick(WidgetOf(GetDlgItem(d, IDC_EDIT)), key); };
+    const auto key = [](HWND d, Qt::Key pressed) {
+        QTest::keyClick(WidgetOf(GetDlgItem(d, IDC_EDIT)), pressed);
+    };
     const struct {
         std::function<void(HWND)> Way;
         INT_PTR Result;
