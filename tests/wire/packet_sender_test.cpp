@@ -47,7 +47,6 @@ class LineLog : public layer::SerialPort {
         }
         return TRUE;
     }
-    BOOL SetQueues(DWORD, DWORD) override { return TRUE; }
     BOOL GetTimeouts(COMMTIMEOUTS&) override { return TRUE; }
     BOOL SetTimeouts(const COMMTIMEOUTS&) override { return TRUE; }
     BOOL Purge(DWORD) override { return TRUE; }
