@@ -38,7 +38,8 @@ class BoxWindow : public DialogWindow {
             answer_->Changed.notify_all();
         }
         End(result);
-        Destroy(*this);
+        // The click that ends it is still being handled.
+        PostToMainThread([self = shared_from_this()] { Destroy(*self); });
     }
     LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam) override {
         if (message == WM_CLOSE || message == WM_COMMAND) {
