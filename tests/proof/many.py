@@ -35,9 +35,10 @@ def run_many(usage, subject, more=None, set_up=None):
 
     def run(number):
         folder = tempfile.mkdtemp(prefix="vantrel-proof-")
-        one = None
+        one = subject.__new__(subject)  # what it has started goes even when it cannot be made
+        one.counts = {}
         try:
-            one = subject(options.programs, folder, random.Random(f"{options.seed}/{number}"))
+            one.__init__(options.programs, folder, random.Random(f"{options.seed}/{number}"))
             while not found:
                 with lock:
                     if left[0] == 0 or time.monotonic() - began > options.seconds:
@@ -48,8 +49,8 @@ def run_many(usage, subject, more=None, set_up=None):
         except Exception as failure:  # whatever it is, it is told
             found.append(f"terminal {number}: {type(failure).__name__}: {failure}; all of it is in {folder}")
         finally:
-            if one:
-                counts.update(one.counts)
+            counts.update(one.counts)
+            if hasattr(one, "terminal"):
                 one.terminal.sweep()
             if not any(folder in line for line in found):
                 shutil.rmtree(folder, ignore_errors=True)
