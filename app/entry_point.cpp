@@ -1,10 +1,10 @@
-#include <string_view>
-
+#include "app/command_line.h"
 #include "app/init_thread.h"
 #include "app/main_window.h"
 #include "app/single_instance.h"
 #include "link/message_handlers.h"
 #include "platform/controls.h"
+#include "platform/log.h"
 #include "platform/shell.h"
 #include "platform/text.h"
 #include "resources/resource.h"
@@ -73,12 +73,18 @@ void AddTrayIcon(HWND window) {
     Shell_NotifyIconW(NIM_ADD, &icon);
 }
 
-// "--settings" among the words of the command line; nothing else of it counts.
-bool AsksForSettings(std::string_view commandLine) {
-    constexpr std::string_view option = "--settings";
-    const std::size_t at = commandLine.find(option);
-    return at != std::string_view::npos && (at == 0 || commandLine[at - 1] == ' ') &&
-           (at + option.size() == commandLine.size() || commandLine[at + option.size()] == ' ');
+// What else than running the command line asks for; -1 for nothing, else the exit code.
+int AnswerCommandLine(const CommandLine& line) {
+    if (line.Version) {
+        WriteLogLine(LogPriority::Notice, WindowTitle);
+        return 0;
+    }
+    if (line.Help || !line.Unknown.empty()) {
+        WriteLogLine(line.Help ? LogPriority::Notice : LogPriority::Error,
+                     TEXT("usage: vantrel [--settings] [--verbose] [--version] [--help]"));
+        return line.Help ? 0 : 2;
+    }
+    return -1;
 }
 
 int RunMessageLoop() {
@@ -97,12 +103,19 @@ int RunMessageLoop() {
 }  // namespace
 
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCommand) {
+    const CommandLine words = ReadCommandLine(commandLine);
+    if (const int answered = AnswerCommandLine(words); answered >= 0) {
+        return answered;
+    }
+    if (words.Verbose) {
+        WantDebugLines();
+    }
     ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
     PreviewSound = [](int number) { PlayReadSound(number); };
 
     ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.Instance = instance;
-    SettingsAsked = AsksForSettings(commandLine);
+    SettingsAsked = words.Settings;
     if (!BecomeOnlyInstance()) {
         return 0;
     }

@@ -13,6 +13,7 @@
 #include "link/ssi_packet.h"
 #include "link/turn.h"
 #include "settings/record.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -191,6 +192,7 @@ bool RenewBarcodeReceiver() {
 }
 
 void PauseBarcodeReceiver() {
+    Log(LogPriority::Debug, TEXT("the barcode reader is off"));
     Reading += Reading & 1;
     FinishReadingStep();
     SetCommMask(ShellState.BarcodePort, ReceiveEvents);  // wakes the thread
@@ -217,6 +219,7 @@ void ResumeBarcodeReceiver() {
     PurgeComm(ShellState.BarcodePort, PURGE_RXCLEAR);
     SetCommMask(ShellState.BarcodePort, ReceiveEvents);  // forgets a break of then
     ShellState.TransferBusy = 0;
+    Log(LogPriority::Debug, TEXT("the barcode reader is on"));
     Reading += 1 + (Reading & 1);
     EventModify(Gate(), EVENT_SET);
 }

@@ -7,6 +7,7 @@
 #include "link/rfid_channel.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -49,6 +50,8 @@ bool SendReaderCommand(HANDLE port, std::span<const BYTE> command) {
     if (port == nullptr) {
         return false;
     }
+    Log(LogPriority::Debug, TEXT("%u bytes for the %s reader"), static_cast<DWORD>(command.size()),
+        port == ShellState.BarcodePort ? TEXT("barcode") : TEXT("RFID"));
     if (port != ShellState.BarcodePort) {
         return SendText(port, command);
     }
@@ -66,6 +69,7 @@ bool CollectReply(HANDLE port, ReplyIsWhole isWhole, DWORD timeout, ReaderReply&
     const std::span<const BYTE> text = WithoutLeadingZeros(std::span(read).first(count));
     *std::copy(text.begin(), text.end(), reply.Bytes.begin()) = 0;
     reply.Length = static_cast<DWORD>(text.size());
+    Log(LogPriority::Debug, TEXT("%u bytes in reply"), reply.Length);
     return count != 0;
 }
 

@@ -150,6 +150,8 @@ WORD ProbeReaderRates(HANDLE port, WORD type) {
     constexpr std::array<DWORD, 3> BarcodeRates{115200, 38400, 9600};
     PurgePort(port);
     for (const DWORD rate : type == DeviceRfid ? RfidRates : BarcodeRates) {
+        Log(LogPriority::Debug, TEXT("asking for the %s, or its kind, at %u bit/s"),
+            type == DeviceRfid ? TEXT("RFID reader") : FindBarcodeReader(type)->Name, rate);
         if (const WORD found = ProbeReader(port, rate, type)) {
             Log(LogPriority::Notice, TEXT("%s found at %u bit/s"),
                 type == DeviceRfid ? TEXT("RFID reader") : FindBarcodeReader(found)->Name, rate);

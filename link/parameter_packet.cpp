@@ -137,8 +137,9 @@ constexpr bool IsLengthRow(const Setting& row) {
 constexpr std::size_t FullSize(SettingList rows, ReaderType type) {
     std::size_t size = 0;
     for (const Setting* row : rows) {
-        if (IsIn(*row, type))
+        if (IsIn(*row, type)) {
             size += IsLengthRow(*row) ? 4 : row->Parameter.Extended ? 3 : 2;
+        }
     }
     return size;
 }

@@ -8,6 +8,7 @@
 #include "scan/record_channels.h"
 #include "scan/typing.h"
 #include "settings/all_fields.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -67,12 +68,18 @@ void Type(const OutputLine& line, const LineOptions& options, bool endTransfer) 
 class Delivery {
   public:
     Delivery() {
-        ShellState.LastScanTick = GetTickCount();
+        ShellState.LastScanTick = begun_;
         ShellState.ScansBegun.Add(1);
     }
-    ~Delivery() { ShellState.ScansDelivered.Add(1); }
+    ~Delivery() {
+        ShellState.ScansDelivered.Add(1);
+        Log(LogPriority::Debug, TEXT("a read was handed on in %u ms"), GetTickCount() - begun_);
+    }
     Delivery(const Delivery&) = delete;
     Delivery& operator=(const Delivery&) = delete;
+
+  private:
+    const DWORD begun_ = GetTickCount();
 };
 
 }  // namespace

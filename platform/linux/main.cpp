@@ -1,6 +1,7 @@
 // The program's start and end on Linux, around WinMain.
 #include <unistd.h>
 
+#include <QTimer>
 #include <cstdio>
 #include <string>
 
@@ -13,12 +14,11 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-extern "C" __attribute__((weak)) void __gcov_dump();
-
 int main(int count, char** arguments) {
     layer::StartWindows();
     layer::TakeSignals();
-    layer::PrepareKeyboard();
+    // With the first look at messages: a start that only hands over, or answers, needs none.
+    QTimer::singleShot(0, [] { layer::PrepareKeyboard(); });
     static char instance;
     static std::string commandLine;
     for (int i = 1; i < count; ++i) {
@@ -31,9 +31,6 @@ int main(int count, char** arguments) {
 #if defined(__SANITIZE_ADDRESS__)
     __lsan_do_leak_check();
 #endif
-    if (__gcov_dump != nullptr) {
-        __gcov_dump();
-    }
     // Threads may still run: static objects stay as they are under them.
     _exit(code);
 }

@@ -76,9 +76,9 @@ WORD EndToEnd::SettingsWord(std::size_t offset) const {
     return static_cast<WORD>(static_cast<BYTE>(file[offset]) | static_cast<BYTE>(file[offset + 1]) << 8);
 }
 
-void EndToEnd::Start(const std::vector<std::string>& environment) {
+void EndToEnd::Start(const std::vector<std::string>& environment, const std::vector<std::string>& words) {
     Desktop.BringToFront();
-    Running = std::make_unique<Vantrel>(environment);
+    Running = std::make_unique<Vantrel>(environment, words);
 }
 
 bool EndToEnd::WaitUntilReady(int milliseconds) {

@@ -35,7 +35,7 @@ class EndToEnd : public testing::Test {
     // The file's word at an offset.
     WORD SettingsWord(std::size_t offset) const;
 
-    void Start(const std::vector<std::string>& environment = {});
+    void Start(const std::vector<std::string>& environment = {}, const std::vector<std::string>& words = {});
     // Waits until the program takes the trigger key: reads can be started from then on.
     bool WaitUntilReady(int milliseconds = 20000);
     // Starts the program and waits.
