@@ -13,7 +13,7 @@
 #include "scan/rfid_data.h"
 #include "settings/catalogue.h"
 #include "shell/shell_state.h"
-#include "ui/state_images.h"
+#include "ui/tree_view.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include "firmware/transfer.h"
 
 #include "firmware/decoder.h"
-#include "firmware/firmware_file.h"
 #include "firmware/firmware_frame.h"
 #include "firmware/srecord.h"
 #include "platform/controls.h"
@@ -10,6 +9,49 @@
 #include "shell/shell_state.h"
 
 namespace {
+
+struct Found {
+    bool Data, End;  // a data record, the end record
+};
+
+ErrorCode CheckChunk(SrecordReader& reader, std::span<const BYTE> bytes, Found& found) {
+    for (const BYTE received : bytes) {
+        const SrecordStep step = FeedSrecord(reader, received);
+        if (step == SrecordStep::Bad) {
+            return ErrorOpenFirmwareFile;
+        }
+        found.Data = found.Data || step == SrecordStep::Record;
+        if (step == SrecordStep::End) {
+            found.End = true;
+            break;
+        }
+    }
+    return Success;
+}
+
+ErrorCode CheckRecords(HANDLE file, DWORD size) {
+    SrecordReader reader{};
+    FileChunk chunk;
+    Found found{};
+    for (DWORD total = 0; total < size && !found.End;) {
+        std::span<const BYTE> read;
+        ErrorCode result = ReadFirmwareChunk(file, chunk, read);
+        if (result == Success) {
+            result = CheckChunk(reader, read, found);
+        }
+        if (result != Success) {
+            return result;
+        }
+        total += static_cast<DWORD>(read.size());
+    }
+    if (!BetweenSrecords(reader)) {
+        return ErrorOpenFirmwareFile;
+    }
+    if (!found.End) {
+        return ErrorDownload;  // also of an empty file, the commonest failed copy
+    }
+    return found.Data ? Success : ErrorOpenFirmwareFile;
+}
 
 constexpr DWORD BeforeEndFrame = 10;
 constexpr DWORD Percent = 100;
@@ -115,6 +157,28 @@ ErrorCode SendFile(HANDLE file, Progress& progress) {
 }
 
 }  // namespace
+
+ErrorCode ReadFirmwareChunk(HANDLE file, FileChunk& chunk, std::span<const BYTE>& read) {
+    DWORD count = 0;
+    if (!ReadFile(file, chunk.data(), static_cast<DWORD>(chunk.size()), &count, nullptr) || count == 0 ||
+        count > chunk.size()) {
+        return ErrorFirmwareRead;
+    }
+    read = std::span<const BYTE>(chunk).first(count);
+    return Success;
+}
+
+ErrorCode CheckFirmwareFile(HANDLE file) {
+    const DWORD size = GetFileSize(file, nullptr);
+    if (size == INVALID_FILE_SIZE) {
+        return ErrorDownload;
+    }
+    const ErrorCode result = CheckRecords(file, size);
+    if (result != Success) {
+        return result;
+    }
+    return SetFilePointer(file, 0, nullptr, FILE_BEGIN) == 0 ? Success : ErrorFirmwareRead;
+}
 
 ErrorCode TransferFirmwareFile(HWND owner, HANDLE file) {
     Progress progress{OpenProgress(owner), 0};

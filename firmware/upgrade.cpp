@@ -1,7 +1,6 @@
 #include "firmware/upgrade.h"
 
 #include "firmware/decoder.h"
-#include "firmware/firmware_file.h"
 #include "firmware/transfer.h"
 #include "firmware/upgrade_dialogs.h"
 #include "link/serial_ports.h"

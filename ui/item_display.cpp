@@ -4,7 +4,7 @@
 #include "resources/resource.h"
 #include "settings/catalogue.h"
 #include "shell/shell_state.h"
-#include "ui/item_limits.h"
+#include "ui/item_value.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 #include "ui/tree_view.h"
 
+#include "resources/resource.h"
+
 namespace {
 
 constexpr int NoImage = -1;
@@ -19,6 +21,9 @@ HTREEITEM Related(HWND tree, HTREEITEM item, UINT relation) {
 bool SetItem(HWND tree, TVITEMW& item) {
     return SendMessageW(tree, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item)) != 0;
 }
+
+constexpr int Side = 15;  // pixels
+constexpr int Count = static_cast<int>(ItemImage::List) + 1;
 
 }  // namespace
 
@@ -104,4 +109,21 @@ HTREEITEM FindByParameter(HWND tree, HTREEITEM item, DWORD parameter) {
         }
     }
     return nullptr;
+}
+
+HIMAGELIST LoadStateImages(HINSTANCE instance) {
+    HIMAGELIST images = ImageList_Create(Side, Side, ILC_MASK, Count, 0);
+    if (!images) {
+        return nullptr;
+    }
+    // The bitmap's first image is that of state 1.
+    ImageList_SetImageCount(images, 1);
+    HBITMAP bitmap = LoadBitmapW(instance, MAKEINTRESOURCEW(IDB_STATE_IMAGES));
+    const int first = ImageList_AddMasked(images, bitmap, RGB(0, 255, 0));
+    DeleteObject(bitmap);
+    if (first < 0 || ImageList_GetImageCount(images) < Count) {
+        ImageList_Destroy(images);
+        return nullptr;
+    }
+    return images;
 }

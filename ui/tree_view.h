@@ -37,3 +37,7 @@ HTREEITEM NextAfter(HWND tree, HTREEITEM item);
 HTREEITEM PreviousBefore(HWND tree, HTREEITEM item);
 // The first of `item` and the siblings behind it that has the parameter.
 HTREEITEM FindByParameter(HWND tree, HTREEITEM item, DWORD parameter);
+
+// The small pictures in front of the items. Image k of the list stands for ItemImage k; image 0 is never
+// drawn. Null when they are not all there.
+HIMAGELIST LoadStateImages(HINSTANCE instance);

@@ -31,7 +31,7 @@
 #include "settings/record.h"
 #include "settings/settings_file.h"
 #include "shell/shell_state.h"
-#include "ui/state_images.h"
+#include "ui/tree_view.h"
 
 // There is no sound device.
 BOOL PlaySoundW(LPCWSTR, HMODULE, DWORD) {

@@ -19,7 +19,7 @@
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
 #include "ui/settings_sheet.h"
-#include "ui/state_images.h"
+#include "ui/tree_view.h"
 
 Outside World;
 

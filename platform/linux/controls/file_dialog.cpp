@@ -12,7 +12,6 @@
 #include "platform/linux/controls/file_names.h"
 #include "platform/linux/windows/dialog_widget.h"
 #include "platform/linux/windows/on_main.h"
-#include "platform/linux/windows/styles.h"
 #include "platform/shell.h"
 
 namespace layer {

@@ -10,7 +10,6 @@
 #include "platform/linux/windows/dialogs.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
-#include "platform/linux/windows/styles.h"
 
 namespace layer {
 

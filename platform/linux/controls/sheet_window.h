@@ -2,13 +2,48 @@
 #pragma once
 
 #include <QPushButton>
+#include <QTabBar>
 #include <vector>
 
 #include "platform/controls.h"
-#include "platform/linux/controls/tab_control.h"
 #include "platform/linux/windows/dialog_widget.h"
 
 namespace layer {
+
+// The tabs of a sheet. The style says whether the tabs hang below their page or stand on top of it.
+class TabControl : public WindowObject {
+  public:
+    explicit TabControl(const WindowInit& init)
+        : WindowObject(init), bar_(new TabBar(init.Parent->Client())) {
+        bar_->setExpanding(false);
+        bar_->setDrawBase(false);
+        bar_->setUsesScrollButtons(true);
+        SetWidget(bar_);
+    }
+
+    void SetStyle(DWORD style) override {
+        WindowObject::SetStyle(style);
+        bar_->setShape(AtBottom() ? QTabBar::RoundedSouth : QTabBar::RoundedNorth);
+        StyleChanged();
+    }
+    bool AtBottom() const { return (Style() & 0x0002) != 0; }
+    QTabBar* Bar() const { return bar_; }
+
+    std::function<void()> StyleChanged;
+
+  private:
+    // Tabs that a finger finds.
+    class TabBar : public QTabBar {
+      public:
+        using QTabBar::QTabBar;
+        QSize tabSizeHint(int index) const override {
+            constexpr int smallestWidth = 36, smallestHeight = 28;
+            return QTabBar::tabSizeHint(index).expandedTo(QSize(smallestWidth, smallestHeight));
+        }
+    };
+
+    QTabBar* bar_;
+};
 
 // Tabs, a page for each that is made when it is first shown, an OK and a Cancel button. OK (and Enter) tells
 // every page that has been made PSN_APPLY, Cancel (Escape, closing) tells the one in front PSN_QUERYCANCEL.

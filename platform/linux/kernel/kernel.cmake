@@ -8,18 +8,12 @@ vantrel_library(vantrel_platform_kernel
   linux/kernel/canberra.cpp
   linux/kernel/clock.cpp
   linux/kernel/disk_file.cpp
-  linux/kernel/end.cpp
-  linux/kernel/events.cpp
   linux/kernel/files.cpp
-  linux/kernel/host_path.cpp
-  linux/kernel/install_sounds.cpp
   linux/kernel/log.cpp
   linux/kernel/message_queue.cpp
-  linux/kernel/named_event.cpp
-  linux/kernel/named_mutex.cpp
+  linux/kernel/named_objects.cpp
   linux/kernel/objects.cpp
   linux/kernel/posix.cpp
-  linux/kernel/process_times.cpp
   linux/kernel/shared_names.cpp
   linux/kernel/sound.cpp
   linux/kernel/terminal.cpp

@@ -2,8 +2,10 @@
 // another thread is waiting on.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 
 #include "platform/base.h"
 
@@ -27,6 +29,26 @@ class Stream : public Object {
     virtual DWORD Size() { return 0xFFFFFFFFu; }
     // Where the next read or write begins; false where there are no places.
     virtual bool MoveTo(DWORD) { return false; }
+};
+
+// Objects of this program that can be waited for: unnamed events, semaphores, threads. Closing the handle
+// wakes who waits.
+class LocalObject : public Object {
+  public:
+    bool Close() override;
+    DWORD Wait(DWORD milliseconds) override;
+
+  protected:
+    // Both are called with the mutex held. Take is called once per fulfilled wait.
+    virtual bool Ready() const = 0;
+    virtual void Take() = 0;
+
+    std::mutex mutex_;
+    // Always notified as a whole.
+    std::condition_variable changed_;
+
+  private:
+    bool closed_ = false;
 };
 
 // What EventModify works on.

@@ -21,9 +21,6 @@ std::string HostPath(LPCWSTR path);
 // Tests: use another folder from now on.
 void UseTerminalFolder(std::string folder);
 
-// Lays out a new terminal folder's Windows/ with the read sounds; false when it cannot be written.
-bool InstallSounds(const std::string& folder);
-
 // What is no text on the one side becomes a replacement character on the other.
 std::string ToUtf8(std::u16string_view text);
 std::u16string FromUtf8(std::string_view text);

@@ -1,12 +1,19 @@
+// Threads, the process, and the end of both.
 #include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cstdint>
 #include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
 
 #include "platform/kernel.h"
-#include "platform/linux/kernel/local_object.h"
 #include "platform/linux/kernel/log.h"
+#include "platform/linux/kernel/object.h"
 #include "platform/linux/kernel/thread.h"
+#include "platform/process.h"
 
 namespace layer {
 
@@ -38,6 +45,20 @@ void* StartThread(void* argument) {
     return nullptr;
 }
 
+// Until somebody says otherwise, the thread that the program started with.
+std::atomic<pthread_t> MainThread{pthread_self()};
+std::atomic<bool> EndBegun{false};
+
+struct EndWork {
+    std::mutex Mutex;
+    std::vector<std::function<void()>> Work;
+};
+
+EndWork& Registered() {
+    static auto* work = new EndWork;
+    return *work;
+}
+
 }  // namespace
 
 void ParkAtEnd() {
@@ -46,6 +67,45 @@ void ParkAtEnd() {
             pause();
         }
     }
+}
+
+bool OnMainThread() {
+    return pthread_equal(MainThread.load(std::memory_order_relaxed), pthread_self()) != 0;
+}
+
+void SetMainThread() {
+    MainThread.store(pthread_self(), std::memory_order_relaxed);
+}
+
+void AtEnd(std::function<void()> work) {
+    EndWork& registered = Registered();
+    std::scoped_lock lock(registered.Mutex);
+    registered.Work.push_back(std::move(work));
+}
+
+void RunEndWork() {
+    EndWork& registered = Registered();
+    for (;;) {
+        std::function<void()> work;
+        {
+            std::scoped_lock lock(registered.Mutex);
+            if (registered.Work.empty()) {
+                return;
+            }
+            work = std::move(registered.Work.back());
+            registered.Work.pop_back();
+        }
+        work();
+    }
+}
+
+void BeginEnd() {
+    EndBegun.store(true);
+    RunEndWork();
+}
+
+bool Ending() {
+    return EndBegun.load(std::memory_order_acquire);
 }
 
 }  // namespace layer
@@ -68,4 +128,31 @@ HANDLE CreateThread(LPSECURITY_ATTRIBUTES, std::size_t, LPTHREAD_START_ROUTINE s
     }
     pthread_detach(host);
     return handle;
+}
+
+HANDLE GetCurrentProcess() {
+    return reinterpret_cast<HANDLE>(static_cast<INT_PTR>(-1));
+}
+
+BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user) {
+    if (process != GetCurrentProcess()) {
+        return FALSE;
+    }
+    *exit = *kernel = *user = {};
+    std::ifstream file("/proc/self/stat");
+    std::string text;
+    std::getline(file, text);
+    // The 20th field behind the name, which ends with the last bracket, counts clock ticks since the
+    // machine's start.
+    std::size_t at = text.rfind(')');
+    for (int field = 0; field < 20 && at != std::string::npos; ++field) {
+        at = text.find(' ', at + 1);
+    }
+    if (at == std::string::npos) {
+        return FALSE;
+    }
+    const std::uint64_t ticks = std::strtoull(text.c_str() + at, nullptr, 10);
+    const std::uint64_t time = ticks * (10'000'000u / static_cast<std::uint64_t>(sysconf(_SC_CLK_TCK)));
+    *creation = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+    return TRUE;
 }

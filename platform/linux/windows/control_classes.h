@@ -9,9 +9,7 @@ namespace layer {
 // and style; null for an unknown class.
 WindowPtr MakeControl(const WindowInit& init);
 
-WindowPtr MakeStaticControl(const WindowInit& init);
-WindowPtr MakeButtonControl(const WindowInit& init);
-WindowPtr MakeEditControl(const WindowInit& init);
+// Those with files of their own.
 WindowPtr MakeTreeControl(const WindowInit& init);
 WindowPtr MakeUpDownControl(const WindowInit& init);
 WindowPtr MakeProgressControl(const WindowInit& init);

@@ -5,7 +5,6 @@
 #include <QPainter>
 #include <QToolButton>
 
-#include "platform/linux/windows/styles.h"
 #include "platform/linux/windows/user_window.h"
 
 namespace layer {

@@ -9,7 +9,6 @@
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
-#include "platform/linux/windows/styles.h"
 
 namespace layer {
 

@@ -7,7 +7,6 @@
 #include "platform/linux/windows/dialogs.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/on_main.h"
-#include "platform/linux/windows/styles.h"
 
 namespace layer {
 

@@ -1,7 +1,11 @@
-// The platform's calls on windows: showing, placing, mapping, texts.
+// The platform's calls on windows: showing, placing, mapping, texts, the controls of a dialog, the focus.
+#include <QApplication>
 #include <QGuiApplication>
+#include <algorithm>
 
 #include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/screen.h"
+#include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
 
 namespace layer {
@@ -28,6 +32,19 @@ QPoint ClientOrigin(HWND handle) {
 
 QRect ScreenPlace(const WindowObject& window) {
     return QRect(window.Widget()->mapToGlobal(QPoint(0, 0)), window.Widget()->size());
+}
+
+WindowObject* Item(HWND dialog, int id) {
+    const WindowPtr window = FindWindowObject(dialog);
+    return window != nullptr ? window->FindChild(id) : nullptr;
+}
+
+HWND ActiveHandle() {
+    const WindowPtr window = WindowOf(QApplication::activeWindow());
+    // Where no display server hands out the focus, Qt calls every window active that is shown; one that was
+    // shown without taking the focus does not count then.
+    const bool counts = window != nullptr && (FocusIsReal() || window->TakesFocus());
+    return counts ? window->Handle() : nullptr;
 }
 
 }  // namespace
@@ -151,6 +168,85 @@ LONG SetWindowLongW(HWND window, int index, LONG value) {
         }
         const auto before = static_cast<LONG>(object.Style());
         object.SetStyle(static_cast<DWORD>(value));
+        return before;
+    });
+}
+
+HWND GetDlgItem(HWND dialog, int id) {
+    return layer::OnMain([=] {
+        const layer::WindowObject* item = layer::Item(dialog, id);
+        return item != nullptr ? item->Handle() : nullptr;
+    });
+}
+
+BOOL SetDlgItemTextW(HWND dialog, int id, LPCWSTR text) {
+    return SetWindowTextW(GetDlgItem(dialog, id), text);
+}
+
+UINT GetDlgItemTextW(HWND dialog, int id, LPWSTR text, int size) {
+    return layer::OnMain([=]() -> UINT {
+        if (size <= 0) {
+            return 0;
+        }
+        const layer::WindowObject* item = layer::Item(dialog, id);
+        const std::u16string whole = item != nullptr ? item->Text() : std::u16string();
+        const std::size_t length = std::min(whole.size(), static_cast<std::size_t>(size) - 1);
+        std::copy_n(whole.begin(), length, text);
+        text[length] = 0;
+        return static_cast<UINT>(length);
+    });
+}
+
+BOOL SetDlgItemInt(HWND dialog, int id, UINT value, BOOL) {
+    return SetDlgItemTextW(dialog, id, QString::number(value).toStdU16String().c_str());
+}
+
+UINT GetDlgItemInt(HWND dialog, int id, BOOL* translated, BOOL) {
+    return layer::OnMain([=]() -> UINT {
+        const layer::WindowObject* item = layer::Item(dialog, id);
+        bool good = false;
+        const UINT number = item != nullptr ? QString::fromStdU16String(item->Text()).toUInt(&good) : 0;
+        if (translated != nullptr) {
+            *translated = good;
+        }
+        return number;
+    });
+}
+
+LRESULT SendDlgItemMessageW(HWND dialog, int id, UINT message, WPARAM wParam, LPARAM lParam) {
+    return SendMessageW(GetDlgItem(dialog, id), message, wParam, lParam);
+}
+
+HWND GetForegroundWindow() {
+    return layer::OnMain([] { return layer::ActiveHandle(); });
+}
+
+HWND GetActiveWindow() {
+    return GetForegroundWindow();
+}
+
+BOOL SetForegroundWindow(HWND window) {
+    return layer::OnMain([=] {
+        const layer::WindowPtr object = layer::FindWindowObject(window);
+        if (object == nullptr) {
+            return FALSE;
+        }
+        object->Activate();
+        return TRUE;
+    });
+}
+
+BOOL AllowSetForegroundWindow(DWORD) {
+    // Whoever holds the focus here gives it to any window that asks.
+    return TRUE;
+}
+
+HWND SetActiveWindow(HWND window) {
+    return layer::OnMain([=] {
+        HWND before = layer::ActiveHandle();
+        if (const layer::WindowPtr object = layer::FindWindowObject(window); object != nullptr) {
+            object->Activate();
+        }
         return before;
     });
 }

@@ -3,18 +3,12 @@ find_package(Qt6 REQUIRED COMPONENTS Network Widgets)
 pkg_check_modules(VANTREL_X11 REQUIRED IMPORTED_TARGET x11)
 
 vantrel_library(vantrel_platform_windows
-  linux/windows/basic_controls.cpp
   linux/windows/control_classes.cpp
   linux/windows/cursors.cpp
-  linux/windows/deliver_line.cpp
-  linux/windows/dialog_items.cpp
   linux/windows/dialog_widget.cpp
   linux/windows/dialogs.cpp
-  linux/windows/edit_control.cpp
-  linux/windows/foreground.cpp
   linux/windows/images.cpp
   linux/windows/listener.cpp
-  linux/windows/menu_bar.cpp
   linux/windows/menus.cpp
   linux/windows/message_box.cpp
   linux/windows/message_loop.cpp

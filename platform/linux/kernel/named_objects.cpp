@@ -1,6 +1,10 @@
-// A named event is a POSIX named semaphore that holds 0 or 1.
+// Events and mutexes that programs share by name.
+//
+// A named event is a POSIX named semaphore that holds 0 or 1. A named mutex is a lock on a file of the
+// terminal folder: the kernel gives it back whatever ends the program.
 #include <fcntl.h>
 #include <semaphore.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -10,7 +14,10 @@
 #include "platform/kernel.h"
 #include "platform/linux/kernel/clock.h"
 #include "platform/linux/kernel/object.h"
+#include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/shared_names.h"
+#include "platform/linux/kernel/terminal.h"
+#include "platform/linux/kernel/thread.h"
 
 namespace layer {
 
@@ -66,6 +73,19 @@ bool UsableSemaphore(const std::string& name) {
     return true;
 }
 
+class NamedMutex : public Object {
+  public:
+    explicit NamedMutex(Descriptor file) : file_(std::move(file)) {}
+
+    DWORD Wait(DWORD milliseconds) override {
+        const bool had = LockFile(file_.Number(), LOCK_EX, std::chrono::milliseconds(milliseconds));
+        return had ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
+    }
+
+  private:
+    const Descriptor file_;
+};
+
 }  // namespace
 
 std::shared_ptr<Object> OpenNamedEvent(LPCWSTR name, bool set) {
@@ -90,3 +110,14 @@ std::shared_ptr<Object> OpenNamedEvent(LPCWSTR name, bool set) {
 }
 
 }  // namespace layer
+
+HANDLE CreateMutexW(LPSECURITY_ATTRIBUTES, BOOL initialOwner, LPCWSTR name) {
+    layer::ParkAtEnd();
+    const std::string narrow = name != nullptr ? layer::ToUtf8(name) : std::string();
+    if (initialOwner || narrow.empty() || narrow.find('/') != std::string::npos) {
+        return nullptr;
+    }
+    const std::string path = layer::TerminalFolder() + "/" + narrow + ".lock";
+    layer::Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    return file ? layer::NewHandle(std::make_shared<layer::NamedMutex>(std::move(file))) : nullptr;
+}
