@@ -95,10 +95,4 @@ TEST_F(FirmwareCaution, AsksASilentDecoderFiveTimes) {
     EXPECT_EQ(Wire->Count("event command com1 VER"), 5);
 }
 
-TEST_F(FirmwareCaution, AnythingButNextCancels) {
-    EXPECT_EQ(ShowCaution(WM_COMMAND, IDOK), IDOK);
-    EXPECT_EQ(ShowCaution(WM_COMMAND, IDCANCEL), IDCANCEL);
-    EXPECT_NE(ShowCaution(WM_CLOSE, 0), IDOK);
-}
-
 }  // namespace

@@ -1,8 +1,7 @@
-// From lines to frames: borders, and random files against a second implementation.
+// From lines to frames.
 #include <gtest/gtest.h>
 
 #include <numeric>
-#include <random>
 
 #include "firmware/firmware_frame.h"
 #include "tests/firmware/firmware_text.h"
@@ -106,45 +105,6 @@ TEST(FirmwareFrame, Borders) {
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Shape(FramesOf(c.File)), c.Frames) << c.What;
-    }
-}
-
-// Addresses that go on, jump, and lie near block boundaries.
-std::string RandomFile(std::mt19937& random) {
-    const auto below = [&](unsigned limit) { return random() % limit; };
-    std::string text;
-    std::uint32_t address = random() & 0xFFFFFF;
-    const unsigned longest = below(2) ? 40 : 156;
-    for (unsigned lines = below(60) + 1; lines > 0; --lines) {
-        Octets data(below(longest) + 1);
-        std::generate(data.begin(), data.end(), [&] { return static_cast<std::uint8_t>(random()); });
-        text += RecordLine(address < 0x1000000 && below(2) ? '2' : '3', address, data);
-        address += static_cast<std::uint32_t>(data.size());
-        switch (below(12)) {
-            case 0:
-                address = static_cast<std::uint32_t>(random());
-                break;
-            case 1:
-                address += below(3);
-                break;
-            case 2:
-                address = (address | 0xFF) + 1;
-                break;
-            case 3:
-                address = (address | 0xFF) - below(40);
-                break;
-            default:
-                break;
-        }
-    }
-    return text + std::string(below(2) ? EndLine : "S9030000FC\r\n");
-}
-
-TEST(FirmwareFrame, RandomFilesAsByTheBook) {
-    for (unsigned seed = 1; seed <= 400; ++seed) {
-        std::mt19937 random(seed);
-        const std::string file = RandomFile(random);
-        ASSERT_EQ(FramesOf(file), FramesByTheBook(file)) << "seed " << seed;
     }
 }
 

@@ -25,7 +25,3 @@ Reading ReadText(std::string_view text);
 
 // The data frames of a file, as sent, without the end frame.
 std::vector<Octets> FramesOf(std::string_view text);
-
-// The same by the description of the protocol alone, two characters at a time. Knows nothing of records that
-// do not fit.
-std::vector<Octets> FramesByTheBook(std::string_view text);

@@ -41,12 +41,11 @@ std::string LargeFirmware() {
 
 class UpgradeByHand : public EndToEnd {
   protected:
-    void StartWith(const char* reader, WORD device) {
-        FitReaders(reader);
-        WriteSettings(device, {{&general::CheckReaderStatus, '0'}});
+    void Begin() {
+        FitReaders("1d");
+        WriteSettings(Device1D, {{&general::CheckReaderStatus, '0'}});
         WriteWholeFile(Terminal.Path("DiskOnChip/SMALL.SHX"), SmallFirmware());
         WriteWholeFile(Terminal.Path("DiskOnChip/LARGE.SHX"), LargeFirmware());
-        WriteWholeFile(Terminal.Path("DiskOnChip/BAD.SHX"), "S0030000FC\r\n" + SmallFirmware());
         WriteWholeFile(Terminal.Path("DiskOnChip/EMPTY.SHX"), "");
         StartReady();
         Wire->Command("wire off");
@@ -133,44 +132,10 @@ class UpgradeByHand : public EndToEnd {
             return std::ranges::adjacent_find(pixels, std::not_equal_to<>()) != pixels.end();
         });
     }
-    int Asked() {
-        Wire->Command("state");
-        return Wire->Count("event command com1 VER");
-    }
 };
 
-TEST_F(UpgradeByHand, OnlyTheTwoKeysStartIt) {
-    StartWith("1d", Device1D);
-    Press({XK_F7});
-    Press({XK_F2, XK_a, XK_F7});
-    Press({XK_F2, XK_F3, XK_F7});
-    Press({XK_F2, XK_Down, XK_F7});
-    Press({XK_F2});
-    Settle();
-    Pause(3200);
-    Press({XK_F7, XK_F7});
-    Settle();
-    EXPECT_EQ(Asked(), 0);
-    EXPECT_FALSE(Desktop.WaitForWindow(CautionTitle, 0));
-    Press({XK_F2});
-    ASSERT_TRUE(OpenCaution());
-    EXPECT_EQ(Asked(), 1);
-    Press({XK_Escape});
-    ASSERT_TRUE(Desktop.WaitUntilGone(CautionTitle));
-    EXPECT_TRUE(Running->End());
-    ExpectNothingLeft();
-}
-
-TEST_F(UpgradeByHand, OtherReadersHaveNone) {
-    StartWith("laser", DeviceLaser);
-    Press({XK_F2, XK_F7});
-    Settle();
-    EXPECT_FALSE(Desktop.WaitForWindow(CautionTitle, 0));
-    EXPECT_TRUE(Running->End());
-}
-
 TEST_F(UpgradeByHand, CancellingLeavesEverythingAsItWas) {
-    StartWith("1d", Device1D);
+    Begin();
     const std::string before = SheetSays();
     ASSERT_NE(before, "");
     ASSERT_TRUE(OpenCaution());
@@ -186,25 +151,15 @@ TEST_F(UpgradeByHand, CancellingLeavesEverythingAsItWas) {
     ASSERT_TRUE(Desktop.WaitUntilGone(ChoiceTitle));
     EXPECT_TRUE(SheetBecomes(before));
     EXPECT_EQ(Wire->Count("event download-mode"), 0);
-    // The program ends under the open warning, and under the open choice.
+    // The program ends under the open warning.
     ASSERT_TRUE(OpenCaution());
     EXPECT_TRUE(Running->End());
     ExpectNothingLeft();
-}
-
-TEST_F(UpgradeByHand, EndsUnderTheChoiceOfTheFile) {
-    StartWith("1d", Device1D);
-    ASSERT_TRUE(OpenCaution());
-    Press({XK_Return});
-    ASSERT_TRUE(Desktop.WaitForFocus(ChoiceTitle));
-    EXPECT_TRUE(Running->End());
-    ExpectNothingLeft();
-    EXPECT_EQ(Wire->Count("event download-mode"), 0);
 }
 
 TEST_F(UpgradeByHand, ProgressMovesAndTheNewFirmwareReads) {
     const Picture bare = Desktop.Pointer();
-    StartWith("1d", Device1D);
+    Begin();
     // A change that is not applied yet: the upgraded decoder, which has lost everything, gets it at once.
     Desktop.Press(XK_Tab, true);
     Press({XK_Down, XK_space});
@@ -269,7 +224,7 @@ TEST_F(UpgradeByHand, ProgressMovesAndTheNewFirmwareReads) {
 }
 
 TEST_F(UpgradeByHand, FileAndReaderThatGoMeanwhile) {
-    StartWith("1d", Device1D);
+    Begin();
     const std::string before = SheetSays();
     ASSERT_NE(before, "");
     ASSERT_TRUE(OpenCaution());
@@ -299,7 +254,7 @@ TEST_F(UpgradeByHand, FileAndReaderThatGoMeanwhile) {
 }
 
 TEST_F(UpgradeByHand, ADecoderThatStaysAwayIsAskedThirtyTimes) {
-    StartWith("1d", Device1D);
+    Begin();
     ASSERT_TRUE(OpenCaution());
     Wire->Command("restart-ms 100000");
     Wire->Command("wire on");
@@ -310,7 +265,7 @@ TEST_F(UpgradeByHand, ADecoderThatStaysAwayIsAskedThirtyTimes) {
 }
 
 TEST_F(UpgradeByHand, DecoderWithoutFirmwareIsLoadedAfterARestart) {
-    StartWith("1d", Device1D);
+    Begin();
     ASSERT_TRUE(OpenCaution());
     Wire->Command("fault power-loss after1");
     Choose("small");
@@ -351,26 +306,23 @@ TEST_F(UpgradeByHand, SendsWhatWasRecorded) {
     }
 }
 
-struct Failure {
-    const char* Name;
-    const char* Command;  // to the decoder, once the warning is there
-    const char* File;
-    const char* Text;
-};
-
-void PrintTo(const Failure& failure, std::ostream* out) {
-    *out << failure.Name;
-}
-
-class UpgradeFailures : public UpgradeByHand, public testing::WithParamInterface<std::vector<Failure>> {};
-
-// The decoder gets its power back after each failure and answers, whole or not, in its download mode.
-TEST_P(UpgradeFailures, AreToldAndLeaveTheSheetAsItWas) {
-    StartWith("1d", Device1D);
+// Every text that a failure has. The decoder gets its power back after each and answers, whole or not, in its
+// download mode.
+TEST_F(UpgradeByHand, FailuresAreToldAndLeaveTheSheetAsItWas) {
+    const struct {
+        const char* Command;  // to the decoder, once the warning is there
+        const char* File;
+        const char* Text;
+    } failures[] = {{"faults", "none", CannotOpen},
+                    {"fault raw-refuse", "small", CannotSet},
+                    {"fault erase-no-fa", "small", CannotErase},
+                    {"faults", "empty", CannotLoad},
+                    {"fault frame-silent after1", "small", CannotLoad}};
+    Begin();
     const std::string before = SheetSays();
     ASSERT_NE(before, "");
-    for (const Failure& failure : GetParam()) {
-        SCOPED_TRACE(failure.Name);
+    for (const auto& failure : failures) {
+        SCOPED_TRACE(failure.Command);
         ASSERT_TRUE(OpenCaution());
         Wire->Command(failure.Command);
         ASSERT_NO_FATAL_FAILURE(Choose(failure.File));
@@ -390,26 +342,5 @@ TEST_P(UpgradeFailures, AreToldAndLeaveTheSheetAsItWas) {
     EXPECT_TRUE(Running->End());
     ExpectNothingLeft();
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Ways, UpgradeFailures,
-    testing::Values(std::vector<Failure>{{"no such file", "faults", "none", CannotOpen},
-                                         {"refused file", "faults", "bad", CannotOpen},
-                                         {"refused mode", "fault download-refuse", "small", CannotSet},
-                                         {"silent mode", "fault com1 no-reply", "small", CannotSet},
-                                         {"raw refused", "fault raw-refuse", "small", CannotSet},
-                                         {"raw silent", "fault raw-silent", "small", CannotSet}},
-                    std::vector<Failure>{{"erase silent", "fault erase-silent", "small", CannotSet},
-                                         {"erase refused", "fault erase-refuse", "small", CannotErase},
-                                         {"erase without FB", "fault erase-no-fb", "small", CannotErase},
-                                         {"erase never done", "fault erase-no-fa", "small", CannotErase},
-                                         {"empty file", "faults", "empty", CannotLoad}},
-                    std::vector<Failure>{{"frame refused", "fault frame-text XX", "small", CannotLoad},
-                                         {"frame again for ever", "fault frame-fn x4", "small", CannotLoad},
-                                         {"frame silent", "fault frame-silent after1", "small", CannotLoad},
-                                         {"power lost", "fault power-loss after1", "small", CannotLoad},
-                                         {"end silent", "fault end-silent", "small", CannotLoad}}),
-
-    [](const auto& tested) { return "Part" + std::to_string(tested.index); });
 
 }  // namespace

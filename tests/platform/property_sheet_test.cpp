@@ -148,39 +148,6 @@ TEST_F(SheetWindowTest, PagesAreMadeWhenTheyAreFirstShown) {
     EXPECT_EQ(Log.size(), 3u);
 }
 
-TEST_F(SheetWindowTest, EveryWayOutTellsThePages) {
-    Open();
-    TapTab(0);
-    Taken();
-    HWND page = layer::FindWindowObject(sheet_)->Children().back()->Handle();
-    const auto onTree = [&](Qt::Key key) {
-        QWidget* tree = WidgetOf(GetDlgItem(page, IDC_TREE_1D));
-        tree->setFocus();
-        QTest::keyClick(tree, key);
-        layer::PumpMessages();
-    };
-    const struct {
-        std::function<void()> Way;
-        std::string Told;
-    } ways[] = {{[&] { Press(IDOK); }, "A.apply C.apply "},
-                {[&] { Press(IDCANCEL); }, "A.cancel "},
-                {[&] { onTree(Qt::Key_Escape); }, "A.cancel "},
-                // Nothing in the tree takes it.
-                {[&] { onTree(Qt::Key_Return); }, "A.apply C.apply "},
-                {[&] { WidgetOf(sheet_)->close(); }, "A.cancel "},
-                {[&] { PostMessageW(sheet_, WM_CLOSE, 0, 0); }, "A.cancel "},
-                {[&] { SendMessageW(sheet_, WM_COMMAND, 999, 0); }, ""}};
-    for (const auto& way : ways) {
-        way.Way();
-        layer::PumpMessages();
-        EXPECT_EQ(Taken(), way.Told);
-        // Going away is up to the owner.
-        EXPECT_TRUE(IsWindowVisible(sheet_));
-    }
-    MSG message{};
-    EXPECT_EQ(SendMessageW(sheet_, PSM_ISDIALOGMESSAGE, 0, reinterpret_cast<LPARAM>(&message)), 0);
-}
-
 TEST_F(SheetWindowTest, PagesBehindTheOneThatTookItAwayAreNotTold) {
     Open();
     TapTab(0);

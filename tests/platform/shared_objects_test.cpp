@@ -48,30 +48,6 @@ class Program : public ChildProcess {
     }
 };
 
-TEST_F(SharedObjects, ARecordAndItsEventReachTheOtherProgram) {
-    Program system;
-    Program consumer;
-    consumer.Open();
-    system.Open();
-    EXPECT_EQ(consumer.Ask("wait 0"), "timeout");
-    consumer.WriteLine("wait 10000");
-    EXPECT_EQ(system.Ask("write first"), "ok");
-    EXPECT_EQ(system.Ask("set"), "ok");
-    EXPECT_EQ(consumer.ReadLine(), "set");
-    EXPECT_EQ(consumer.Ask("wait 0"), "timeout");
-    EXPECT_EQ(consumer.Ask("read 10000"), "first");
-    EXPECT_EQ(consumer.Ask("read 0"), "nothing");
-
-    // One message of room, and an event that counts nothing.
-    EXPECT_EQ(system.Ask("write second"), "ok");
-    EXPECT_EQ(system.Ask("write third"), "failed");
-    EXPECT_EQ(system.Ask("set"), "ok");
-    EXPECT_EQ(system.Ask("set"), "ok");
-    EXPECT_EQ(consumer.Ask("wait 0"), "set");
-    EXPECT_EQ(consumer.Ask("wait 0"), "timeout");
-    EXPECT_EQ(consumer.Ask("read 0"), "second");
-}
-
 TEST_F(SharedObjects, TheLastUserTakesTheNamesAway) {
     Program stays;
     stays.Open();

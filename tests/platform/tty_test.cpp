@@ -41,6 +41,12 @@ class TtyTest : public testing::Test {
         COMMTIMEOUTS timeouts{interval, 0, 0, 0, writeConstant};
         ASSERT_TRUE(SetCommTimeouts(port_, &timeouts));
     }
+    void SetRate(DWORD rate) {
+        DCB state{};
+        GetCommState(port_, &state);
+        state.BaudRate = rate;
+        SetCommState(port_, &state);
+    }
     // The bytes of one read, none when it failed.
     Bytes Read(DWORD size = 4096) {
         Bytes bytes(size);
@@ -48,6 +54,13 @@ class TtyTest : public testing::Test {
         readResult_ = ReadFile(port_, bytes.data(), size, &read, nullptr);
         bytes.resize(read);
         return bytes;
+    }
+    // How many bytes went out, -1 when the write failed.
+    int Write(const Bytes& bytes) {
+        DWORD written = 0;
+        return WriteFile(port_, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)
+                   ? static_cast<int>(written)
+                   : -1;
     }
     // A wait on a thread of its own.
     struct Outcome {
@@ -86,9 +99,7 @@ TEST_F(TtyTest, EveryByteValuePassesBothWays) {
     reader_->Send(Bytes(4096, 0xFF));
     EXPECT_EQ(Read(100), Bytes(100, 0xFF));  // a full buffer ends a read before the gap
     EXPECT_EQ(Read(4096), Bytes(3996, 0xFF));
-    DWORD written = 0;
-    EXPECT_TRUE(WriteFile(port_, all.data(), static_cast<DWORD>(all.size()), &written, nullptr));
-    EXPECT_EQ(written, all.size());
+    EXPECT_EQ(Write(all), static_cast<int>(all.size()));
     EXPECT_EQ(reader_->Receive(all.size()), all);
 }
 
@@ -197,8 +208,7 @@ TEST_F(TtyTest, PurgeThrowsAwayWhatHasArrived) {
     ASSERT_TRUE(WaitCommEvent(port_, &events, nullptr));
     EXPECT_EQ(Read(), (Bytes{'n', 'e', 'w'}));
     // What has been written is gone from the port: the reader still gets it.
-    DWORD written = 0;
-    ASSERT_TRUE(WriteFile(port_, "sent", 4, &written, nullptr));
+    ASSERT_EQ(Write({'s', 'e', 'n', 't'}), 4);
     PurgeComm(port_, PURGE_TXCLEAR);
     EXPECT_EQ(reader_->Receive(4), (Bytes{'s', 'e', 'n', 't'}));
 }
@@ -276,18 +286,14 @@ TEST_F(TtyTest, LineStateReachesTheDevice) {
 }
 
 TEST_F(TtyTest, WriteTimeoutCountsFromWhatTheLineNeeds) {
-    DCB state{};
-    GetCommState(port_, &state);
-    state.BaudRate = 115200;
-    SetCommState(port_, &state);
+    SetRate(115200);
     Timeouts(MAXDWORD, 10);
     // Nobody reads: the terminal fills up, then the time-out ends the write.
     const Bytes big(20000, 'w');
     const auto start = steady_clock::now();
-    DWORD written = 0;
-    EXPECT_TRUE(WriteFile(port_, big.data(), static_cast<DWORD>(big.size()), &written, nullptr));
-    EXPECT_GT(written, 0u);
-    EXPECT_LT(written, big.size());
+    const int written = Write(big);
+    EXPECT_GT(written, 0);
+    EXPECT_LT(written, static_cast<int>(big.size()));
     EXPECT_GE(Milliseconds(start), 20000 * 10 * 1000 / 115200);
     EXPECT_LT(Milliseconds(start), 5000);
 }
@@ -300,10 +306,7 @@ double ProcessorTime() {
 
 TEST_F(TtyTest, ReaderThatGoesAndComesBackIsUsedAgain) {
     Timeouts(30, 200);
-    DCB state{};
-    GetCommState(port_, &state);
-    state.BaudRate = 57600;
-    SetCommState(port_, &state);
+    SetRate(57600);
     ASSERT_TRUE(SetCommMask(port_, EV_RXCHAR | EV_BREAK));
     reader_->Send("last words");
     auto wait = WaitElsewhere();
@@ -318,8 +321,7 @@ TEST_F(TtyTest, ReaderThatGoesAndComesBackIsUsedAgain) {
         EXPECT_FALSE(WaitElsewhere().get().Result);
     EXPECT_GE(Milliseconds(start), 300);
     EXPECT_LT(ProcessorTime() - busy, 100);
-    DWORD written = 0;
-    EXPECT_FALSE(WriteFile(port_, "x", 1, &written, nullptr));
+    EXPECT_EQ(Write({'x'}), -1);
     EXPECT_TRUE(Read().empty());
     EXPECT_FALSE(readResult_);
 
@@ -335,7 +337,7 @@ TEST_F(TtyTest, ReaderThatGoesAndComesBackIsUsedAgain) {
     reader_->Send("back");
     EXPECT_TRUE(wait.get().Result);
     EXPECT_EQ(Read(), (Bytes{'b', 'a', 'c', 'k'}));
-    EXPECT_TRUE(WriteFile(port_, "x", 1, &written, nullptr));
+    EXPECT_EQ(Write({'x'}), 1);
     EXPECT_EQ(reader_->Receive(1), Bytes{'x'});
 }
 
@@ -364,8 +366,7 @@ TEST_F(TtyTest, FramesOfTwoThreadsStayWhole) {
     auto writer = [&](BYTE value) {
         const Bytes frame(Size, value);
         for (std::size_t i = 0; i < Count; ++i) {
-            DWORD written = 0;
-            WriteFile(port_, frame.data(), Size, &written, nullptr);
+            Write(frame);
         }
     };
     std::thread one(writer, BYTE{1}), two(writer, BYTE{2});

@@ -21,12 +21,10 @@
 
 namespace {
 
-constexpr UINT TrayMessage = WM_USER + 2;
-
 std::vector<std::pair<UINT, WPARAM>> Seen;
 std::function<INT_PTR(HWND, UINT, WPARAM, LPARAM)> DialogHandler;
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_COMMAND || message == TrayMessage) {
+    if (message == WM_COMMAND) {
         Seen.emplace_back(message, wParam);
         return 0;
     }
@@ -186,36 +184,6 @@ TEST_F(DialogsTest, TheTrayMenu) {
     }
     EXPECT_EQ(Seen.size(), 1u);
     EXPECT_FALSE(TrackPopupMenuEx(menu, 0, 10, 20, window_, nullptr)) << "it has been destroyed";
-}
-
-TEST_F(DialogsTest, TheStandInIconIsTapped) {
-    NOTIFYICONDATAW icon{};
-    icon.cbSize = sizeof icon;
-    icon.hWnd = window_;
-    icon.uID = 990;
-    icon.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
-    icon.uCallbackMessage = TrayMessage;
-    icon.hIcon = LoadIconW(nullptr, MAKEINTRESOURCEW(IDI_TRAY));
-    ASSERT_NE(icon.hIcon, nullptr);
-    std::fill(std::begin(icon.szTip), std::end(icon.szTip), u'x');  // a tip without an end
-    ASSERT_TRUE(Shell_NotifyIconW(NIM_ADD, &icon));
-    EXPECT_FALSE(Shell_NotifyIconW(NIM_ADD, &icon)) << "it is there already";
-    layer::PumpMessages();
-    QWidget* standIn = nullptr;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (widget->toolTip() == QString(64, u'x')) {
-            standIn = widget;
-        }
-    }
-    ASSERT_NE(standIn, nullptr);
-    EXPECT_FALSE(layer::WorkArea().intersects(standIn->geometry()));
-    QTest::mouseClick(standIn, Qt::LeftButton);
-    layer::PumpMessages();
-    ASSERT_EQ(Seen.size(), 1u);
-    EXPECT_EQ(Seen[0], (std::pair<UINT, WPARAM>{TrayMessage, 990}));
-    EXPECT_TRUE(Shell_NotifyIconW(NIM_DELETE, &icon));
-    EXPECT_FALSE(Shell_NotifyIconW(NIM_DELETE, &icon));
-    DestroyIcon(icon.hIcon);
 }
 
 TEST_F(DialogsTest, ABoxGivesTheFocusBackAndGoesWithItsOwner) {

@@ -107,30 +107,6 @@ TEST_F(MessagesTest, PostedMessagesComeBeforeTimersAndQuittingAfterThem) {
     EXPECT_EQ(message.wParam, 5u);
 }
 
-TEST_F(MessagesTest, AThreadWaitsForTheAnswerOfTheMainThread) {
-    std::vector<int> order;
-    std::thread::id handler;
-    Handle = [&](HWND, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
-        if (message == WM_USER) {
-            handler = std::this_thread::get_id();
-            order.push_back(static_cast<int>(wParam));
-            return lParam + 1;
-        }
-        return 0;
-    };
-    std::atomic<LRESULT> answer{0};
-    std::thread other([&] {
-        answer = SendMessageW(window_, WM_USER, 1, 41);
-        SendMessageW(window_, WM_USER, 2, 0);
-        PostQuitMessage(0);
-    });
-    RunMessages();
-    other.join();
-    EXPECT_EQ(answer, 42);
-    EXPECT_EQ(order, (std::vector{1, 2}));
-    EXPECT_EQ(handler, std::this_thread::get_id());
-}
-
 TEST_F(MessagesTest, ATimerSetByAThreadWakesTheLoop) {
     layer::InstallClock(nullptr);
     Handle = [](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {

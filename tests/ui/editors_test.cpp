@@ -2,7 +2,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QLineEdit>
-#include <cctype>
 
 #include "app/settings_window.h"
 #include "platform/linux/windows/message_loop.h"
@@ -27,33 +26,17 @@ struct EditorRow {
     int Characters;
 };
 
+// Each kind of hint and number of characters; the decode timeout is another for each reader.
 constexpr EditorRow Rows[] = {
     {Device1D, PageGeneral, 10005, "Vibrate Duration", "1 ~ 30 seconds", 2},
     {Device1D, PageGeneral, 10009, "Prefix Code", "0 ~ 10 character(s)", 10},
-    {Device1D, PageGeneral, 10010, "Suffix Code", "0 ~ 10 character(s)", 10},
     {Device1D, PageGeneral, 11004, "Delimiter", "0 ~ 1 character(s)", 1},
-    {Device1D, PageGeneral, 11005, "Start Position", "Range: 0 ~ 127", 3},
     {Device1D, PageGeneral, 11006, "Maximum Length", "Range: 0 ~ 127", 3},
     {Device1D, PageGeneral, 11007, "RFID Read Duration", "1 ~ 5 seconds", 1},
     {Device1D, PageGeneral, 12002, "Barcode Decode Timeout", "1 ~ 255 seconds", 3},
     {DeviceLaser, PageGeneral, 12002, "Barcode Decode Timeout", "Range: 1 ~ 99 (0.1sec)", 2},
-    {DeviceLaser, PageGeneral, 13961, "Timeout When Decode Same Barcode", "Range: 0 ~ 99 (0.1sec)", 2},
-    {DeviceLaser, PageGeneral, 13001, "AIM duration", "Range: 0 ~ 99 (0.1sec)", 2},
     {DeviceImager, PageGeneral, 13960, "Barcode Decode Timeout", "Range: 5 ~ 99 (0.1sec)", 2},
-    {DeviceImager, PageGeneral, 13961, "Timeout When Decode Same Barcode", "Range: 0 ~ 99 (0.1sec)", 2},
     {DeviceImager, PageGeneral, 14129, "JPEG Quality Value", "Range: 5 ~ 100", 3},
-    {DeviceImager, PageGeneral, 14131, "JPEG Size Value", "Range: 5 ~ 150", 3},
-    {DeviceImager, PageGeneral, 14139, "Top Pixel Address", "Range: 0 ~ 479", 3},
-    {DeviceImager, PageGeneral, 14140, "Left Pixel Address", "Range: 0 ~ 639", 3},
-    {DeviceImager, PageGeneral, 14141, "Bottom Pixel Address", "Range: 0 ~ 479", 3},
-    {DeviceImager, PageGeneral, 14142, "Right Pixel Address", "Range: 0 ~ 639", 3},
-    {DeviceImager, PageGeneral, 14147, "Snapshot Mode Timeout", "Range: 0 ~ 10", 2},
-    {DeviceImager, PageGeneral, 14152, "Target Video Frame Size", "Range: 8 ~ 33", 2},
-    {DeviceImager, PageGeneral, 14153, "Video View Finder Image Size", "Range: 8 ~ 30", 2},
-    {DeviceImager, PageGeneral, 14190, "Signature Capture Width", "Range: 1 ~ 640", 3},
-    {DeviceImager, PageGeneral, 14191, "Signature Capture Height", "Range: 1 ~ 480", 3},
-    {DeviceImager, PageGeneral, 14245, "Signature Capture JPEG Quality", "Range: 5 ~ 100", 3},
-    {DeviceImager, PageGeneral, 14247, "Gain", "Range: 79 ~ 127", 3},
     {DeviceLaser, PageLaser, 0x1050, "Supplementary Redundancy", "Range: 1 ~ 255", 3},
     {DeviceImager, PageImager, 0x1050, "Supplementary Redundancy", "Range: 1 ~ 255", 3},
 };
@@ -102,27 +85,13 @@ TEST_F(SheetTest, EditorsSayWhatTheyEdit) {
 struct LengthRow {
     DWORD PageBase, First, Second;
     const char* Caption;
-    const char* Delivered;  // the two values of a factory-new terminal
 };
 
+// The first and the last of each page.
 constexpr LengthRow Lengths[] = {
-    {Page1D, 1307, 1308, "Industrial 25", "127, 1"},
-    {Page1D, 1407, 1408, "Interleaved 25", "126, 1"},
-    {Page1D, 1507, 1508, "Matrix 25", "127, 1"},
-    {Page1D, 1707, 1708, "MSI", "127, 0"},
-    {PageLaser, 0x1213, 0x1212, "Code 39", "55, 2"},
-    {PageLaser, 0x131B, 0x131A, "Code 93", "55, 4"},
-    {PageLaser, 0x1517, 0x1516, "Interleaved 25", "14, 0"},
-    {PageLaser, 0x1615, 0x1614, "Industrial 25", "12, 0"},
-    {PageLaser, 0x1719, 0x1718, "Codabar", "55, 5"},
-    {PageLaser, 0x181F, 0x181E, "MSI", "55, 4"},
-    {PageImager, 0x1213, 0x1212, "Code 39", "55, 2"},
-    {PageImager, 0x131B, 0x131A, "Code 93", "0, 0"},
-    {PageImager, 0x141D, 0x141C, "Code 11", "55, 4"},
-    {PageImager, 0x1517, 0x1516, "Interleaved 25", "14, 0"},
-    {PageImager, 0x1615, 0x1614, "Industrial 25", "12, 0"},
-    {PageImager, 0x1719, 0x1718, "Codabar", "55, 5"},
-    {PageImager, 0x181F, 0x181E, "MSI", "55, 4"},
+    {Page1D, 1307, 1308, "Industrial 25"},   {Page1D, 1707, 1708, "MSI"},
+    {PageLaser, 0x1213, 0x1212, "Code 39"},  {PageLaser, 0x181F, 0x181E, "MSI"},
+    {PageImager, 0x1213, 0x1212, "Code 39"}, {PageImager, 0x141D, 0x141C, "Code 11"},
 };
 
 TEST_F(SheetTest, LengthsAreEditedByTheirMode) {
@@ -130,9 +99,6 @@ TEST_F(SheetTest, LengthsAreEditedByTheirMode) {
     for (const LengthRow& row : Lengths) {
         const bool decoder = row.PageBase == Page1D;
         Fit(decoder ? Device1D : row.PageBase == PageLaser ? DeviceLaser : DeviceImager);
-        std::string delivered = std::to_string(ReadItemWord(row.PageBase, row.First));
-        delivered += ", " + std::to_string(ReadItemWord(row.PageBase, row.Second));
-        EXPECT_EQ(delivered, row.Delivered);
         const int firstEditor[] = {decoder ? pair : NoEditor, decoder ? pair : single, pair, pair};
         const int secondEditor[] = {firstEditor[0], decoder ? pair : NoEditor, pair, pair};
         for (int mode = 0; mode < (decoder ? 2 : 4); ++mode) {
@@ -174,10 +140,6 @@ struct Typing {
     std::vector<const char*> Contents;  // of the edit after each key
 };
 
-void PrintTo(const Typing& typing, std::ostream* out) {
-    *out << typing.What;
-}
-
 std::vector<std::string> SplitKeys(const std::string& keys) {
     std::vector<std::string> split;
     for (std::size_t i = 0; i < keys.size(); ++i) {
@@ -194,6 +156,7 @@ const Typing NumberTypings[] = {
     {"above the maximum", DeviceImager, PageGeneral, 14247, 79, "[Home]1", {"79", "127"}},
     {"leading zero", Device1D, PageGeneral, 11005, 0, "[End]5", {"0", "5"}},
     {"zeros in front", Device1D, PageGeneral, 11005, 7, "[Home]0", {"7", "7"}},
+    {"grows by a digit", DeviceImager, PageGeneral, 14147, 5, "[All]10", {"5", "1", "10"}},
     {"grows to the maximum", Device1D, PageGeneral, 11005, 1, "[End]29", {"1", "12", "127"}},
     {"letters", Device1D, PageGeneral, 11005, 1, "[End]a-5", {"1", "1", "1", "15"}},
     {"one digit", Device1D, PageGeneral, 11007, 3, "[All]9", {"3", "5"}},
@@ -203,28 +166,22 @@ const Typing NumberTypings[] = {
     {"arrow keys stop at the limit", Device1D, PageGeneral, 11007, 4, "[Up][Up][Down]", {"5", "5", "4"}},
 };
 
-class NumberTypingTest : public SheetTest, public testing::WithParamInterface<Typing> {};
-
-TEST_P(NumberTypingTest, IsPutRightAtEveryKey) {
-    const Typing& typing = GetParam();
-    Fit(typing.Devices);
-    SetValue(*FindSetting(typing.PageBase, typing.Item), typing.Start);
-    RunNumberEditor(typing.PageBase, typing.Item, [&](HWND editor) {
-        WidgetOf(GetDlgItem(editor, IDC_EDIT))->setFocus();
-        const std::vector<std::string> keys = SplitKeys(typing.Keys);
-        ASSERT_EQ(keys.size(), typing.Contents.size());
-        for (std::size_t i = 0; i < keys.size(); ++i) {
-            Type(keys[i]);
-            EXPECT_EQ(TextOf(editor, IDC_EDIT), typing.Contents[i]) << i << " " << keys[i];
-        }
-    });
+TEST_F(SheetTest, ANumberIsPutRightAtEveryKey) {
+    for (const Typing& typing : NumberTypings) {
+        SCOPED_TRACE(typing.What);
+        Fit(typing.Devices);
+        SetValue(*FindSetting(typing.PageBase, typing.Item), typing.Start);
+        RunNumberEditor(typing.PageBase, typing.Item, [&](HWND editor) {
+            WidgetOf(GetDlgItem(editor, IDC_EDIT))->setFocus();
+            const std::vector<std::string> keys = SplitKeys(typing.Keys);
+            ASSERT_EQ(keys.size(), typing.Contents.size());
+            for (std::size_t i = 0; i < keys.size(); ++i) {
+                Type(keys[i]);
+                EXPECT_EQ(TextOf(editor, IDC_EDIT), typing.Contents[i]) << i << " " << keys[i];
+            }
+        });
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Typings, NumberTypingTest, testing::ValuesIn(NumberTypings), [](const auto& tested) {
-    std::string name = tested.param.What;
-    std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
-    return name;
-});
 
 TEST_F(SheetTest, PastedNumbersStayWithinTheLimits) {
     Fit(Device1D);
@@ -256,17 +213,6 @@ TEST_F(SheetTest, AnAcceptedNumberIsStoredAndShown) {
         PressButton(editor, IDOK);
     });
     EXPECT_EQ(Value(general::BarcodeDecodeTimeout), 99);
-}
-
-TEST_F(SheetTest, SupplementaryRedundancyIsANumberOfItsOwn) {
-    Open(DeviceImager);
-    HWND tree = ShowPage("2D");
-    TapAndEdit(tree, FindItem(tree, 0x1050), [](HWND editor) {
-        EXPECT_EQ(CaptionOf(editor), "Supplementary Redundancy");
-        Type("[All]30[Enter]");
-    });
-    EXPECT_EQ(Value(engine::SupplementaryRedundancy), 30);
-    EXPECT_EQ(LineOf(tree, FindItem(tree, 0x1050)), "# 0x1050 Supplementary Redundancy :  30");
 }
 
 const struct {
@@ -311,18 +257,15 @@ TEST_F(SheetTest, ALeftEditorChangesNothing) {
     EXPECT_EQ(Dump(tree), before);
 }
 
-struct PairCase {
-    const char* First;
-    const char* Second;
-    WORD Larger, Smaller;
-};
-
 TEST_F(SheetTest, APairIsStoredTheLargerFirst) {
     Open(DeviceLaser);
     HWND tree = ShowPage("1D");
     Tap(tree, FindChoice(tree, 0x12FF, 3), Spot::Image);
-    for (const PairCase& pair :
-         {PairCase{"4", "20", 20, 4}, PairCase{"30", "6", 30, 6}, PairCase{"9", "9", 9, 9}}) {
+    const struct {
+        const char *First, *Second;
+        WORD Larger, Smaller;
+    } pairs[] = {{"4", "20", 20, 4}, {"30", "6", 30, 6}};
+    for (const auto& pair : pairs) {
         // Both lengths open the same editor.
         for (const DWORD tapped : {0x1213u, 0x1212u}) {
             SetValue(engine::Code39Length1, 55);

@@ -154,25 +154,6 @@ TEST_F(SheetTest, NothingChosenIsTheFirstChoiceAfterASave) {
 
 // ---- what happens while an editor is open
 
-TEST_F(SheetTest, ASecondStartReplacesTheSheetUnderAnEditor) {
-    Open(Device1D);
-    HWND old = ShellState.SettingsSheet;
-    HWND tree = ShowPage("General");
-    TapAndEdit(tree, FindItem(tree, 10009), [&](HWND) {
-        Type("[All]lost");
-        OpenSettings(ShellState.MainWindow);
-        EXPECT_TRUE(IsWindow(old)) << "its tree is in the middle of a notification";
-    });
-    EXPECT_EQ(World.MainMessages, std::vector<UINT>{WM_OPENSETTINGS});
-    OpenSettings(ShellState.MainWindow);
-    EXPECT_FALSE(IsWindow(old));
-    EXPECT_TRUE(IsWindow(ShellState.SettingsSheet));
-    layer::PumpMessages();
-    tree = ShowPage("General");
-    EXPECT_EQ(LineOf(tree, FindItem(tree, 10009)), "T 10009 Prefix Code :  <NULL>");
-    EXPECT_EQ(static_cast<HWND>(ShellState.EditorDialog), nullptr);
-}
-
 // As the main window's clean-up does it: the sheet first.
 void EndProgram() {
     DestroySheet();
@@ -180,20 +161,6 @@ void EndProgram() {
         EndDialog(editor, IDCANCEL);
     }
     PostQuitMessage(0);
-}
-
-TEST_F(SheetTest, TheEndOfTheProgramTakesTheEditorAlong) {
-    for (const DWORD item : {10009u, 10005u}) {
-        Open(Device1D);
-        HWND tree = ShowPage("General");
-        TapAndEdit(tree, FindItem(tree, item), [&](HWND editor) {
-            EndProgram();
-            EXPECT_FALSE(IsWindow(editor) && IsWindowVisible(editor));
-        });
-        layer::ForgetQuit();
-        layer::PumpMessages();
-    }
-    EXPECT_EQ(Value(general::VibrateDuration), 2);
 }
 
 // The box of the error lies over the editor, can be answered there, and then all of it goes.

@@ -6,7 +6,6 @@
 #include "tests/support/manual_clock.h"
 #include "tests/ui/sheet_driver.h"
 
-using testing::Test;
 using Lines = std::vector<std::string>;
 
 namespace {
@@ -15,60 +14,37 @@ constexpr WORD BothReaders = Device1D | DeviceRfid;
 
 // ---- switches
 
-struct SwitchCase {
-    const char* Name;
-    WORD Devices;
-    const char* Page;
-    DWORD Item;
-    const Setting& Field;
-    const char* Before;
-    const char* After;
-};
-
-void PrintTo(const SwitchCase& tested, std::ostream* out) {
-    *out << tested.Name;
+TEST_F(SheetTest, ASwitchSwitchesOnItsImageOnly) {
+    const struct {
+        WORD Devices;
+        const char* Page;
+        DWORD Item;
+        const Setting& Field;
+        const char* Before;
+        const char* After;
+    } switches[] = {{Device1D, "1D", 1100, decoder1d::ItalianPharmacodeEnabled,
+                     "[ ] 1100 Italian Pharmacode :  Disabled", "[x] 1100 Italian Pharmacode :  Enabled"},
+                    {Device1D, "1D", 1103, decoder1d::ItalianPharmacodeTransmitChecksum,
+                     "[x] 1103 Transmit Checksum :  ON", "[ ] 1103 Transmit Checksum :  OFF"},
+                    {DeviceLaser, "1D", 0x1506, engine::EnableInterleaved25,
+                     "[x] 0x1506 Enable Interleaved 25 :  YES", "[ ] 0x1506 Enable Interleaved 25 :  NO"},
+                    {DeviceRfid, "General", 11002, general::ReadRfidData,
+                     "[ ] 11002 Read data of RFID tag :  NO", "[x] 11002 Read data of RFID tag :  YES"}};
+    for (const auto& tapped : switches) {
+        Open(tapped.Devices);
+        HWND tree = ShowPage(tapped.Page);
+        HTREEITEM item = FindItem(tree, tapped.Item);
+        const WORD before = Value(tapped.Field);
+        for (const Spot spot : {Spot::Label, Spot::Image, Spot::Image}) {
+            const bool switched = spot == Spot::Image && Value(tapped.Field) == before;
+            Tap(tree, item, spot);
+            EXPECT_EQ(LineOf(tree, item), switched ? tapped.After : tapped.Before);
+            EXPECT_EQ(Value(tapped.Field), switched ? before ^ 1 : before);
+        }
+        DestroySheet();
+        layer::PumpMessages();
+    }
 }
-
-class SwitchTest : public SheetTest, public testing::WithParamInterface<SwitchCase> {};
-
-TEST_P(SwitchTest, SwitchesOnItsImageOnly) {
-    const SwitchCase& tapped = GetParam();
-    Open(tapped.Devices);
-    HWND tree = ShowPage(tapped.Page);
-    HTREEITEM item = FindItem(tree, tapped.Item);
-    const WORD before = Value(tapped.Field);
-
-    Tap(tree, item, Spot::Label);
-    EXPECT_EQ(LineOf(tree, item), tapped.Before);
-    EXPECT_EQ(Value(tapped.Field), before);
-
-    Tap(tree, item, Spot::Image);
-    EXPECT_EQ(LineOf(tree, item), tapped.After);
-    EXPECT_EQ(Value(tapped.Field), before ^ 1);
-
-    Tap(tree, item, Spot::Image);
-    EXPECT_EQ(LineOf(tree, item), tapped.Before);
-    EXPECT_EQ(Value(tapped.Field), before);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, SwitchTest,
-    testing::Values(
-        SwitchCase{"Pharmacode", Device1D, "1D", 1100, decoder1d::ItalianPharmacodeEnabled,
-                   "[ ] 1100 Italian Pharmacode :  Disabled", "[x] 1100 Italian Pharmacode :  Enabled"},
-        SwitchCase{"Code93", Device1D, "1D", 2600, decoder1d::Code93Enabled, "[x] 2600 Code 93 :  Enabled",
-                   "[ ] 2600 Code 93 :  Disabled"},
-        SwitchCase{"Checksum", Device1D, "1D", 1103, decoder1d::ItalianPharmacodeTransmitChecksum,
-                   "[x] 1103 Transmit Checksum :  ON", "[ ] 1103 Transmit Checksum :  OFF"},
-        SwitchCase{"LaserSymbology", DeviceLaser, "1D", 0x1506, engine::EnableInterleaved25,
-                   "[x] 0x1506 Enable Interleaved 25 :  YES", "[ ] 0x1506 Enable Interleaved 25 :  NO"},
-        SwitchCase{"ImagerSymbology", DeviceImager, "2D", 0x1506, engine::EnableInterleaved25,
-                   "[x] 0x1506 Enable Interleaved 25 :  YES", "[ ] 0x1506 Enable Interleaved 25 :  NO"},
-        SwitchCase{"Aiming", DeviceImager, "General", 14130, general::DecodingAimingPattern,
-                   "[x] 14130 Decoding Aiming Pattern :  ON", "[ ] 14130 Decoding Aiming Pattern :  OFF"},
-        SwitchCase{"TagData", DeviceRfid, "General", 11002, general::ReadRfidData,
-                   "[ ] 11002 Read data of RFID tag :  NO", "[x] 11002 Read data of RFID tag :  YES"}),
-    [](const auto& tested) { return tested.param.Name; });
 
 // ---- bit sets
 
@@ -168,25 +144,10 @@ TEST_F(SheetTest, HeadingsOnlyTakeTheSelection) {
 
 // ---- length modes
 
-struct LengthGroup {
-    const char* Name;
-    WORD Devices;
-    const char* Page;
-    DWORD Mode, First, Second;
-    const char* FirstHex;
-    const char* SecondHex;
-};
-
-void PrintTo(const LengthGroup& tested, std::ostream* out) {
-    *out << tested.Name;
-}
-
-class LengthModeTest : public SheetTest, public testing::WithParamInterface<LengthGroup> {};
-
-// The lines between a group's length mode and what follows the lengths.
-Lines LengthLines(HWND tree, const LengthGroup& group) {
+// The numbers between a list and what comes behind its lengths.
+Lines LengthLines(HWND tree, HTREEITEM mode) {
     Lines lines;
-    for (HTREEITEM item = NextAfter(tree, FindItem(tree, group.Mode)); item; item = NextAfter(tree, item)) {
+    for (HTREEITEM item = NextAfter(tree, mode); item; item = NextAfter(tree, item)) {
         TreeItem read;
         if (!ReadTreeItem(tree, item, read) || read.Image != ItemImage::Number) {
             break;
@@ -196,35 +157,39 @@ Lines LengthLines(HWND tree, const LengthGroup& group) {
     return lines;
 }
 
-TEST_P(LengthModeTest, ShowsTheLengthsThatCountFromEveryModeToEveryOther) {
-    const LengthGroup& group = GetParam();
-    Open(group.Devices);
-    HWND tree = ShowPage(group.Page);
-    SetValue(*FindSetting(GetParam().Devices == DeviceLaser ? PageLaser : PageImager, group.First), 55);
-    SetValue(*FindSetting(GetParam().Devices == DeviceLaser ? PageLaser : PageImager, group.Second), 4);
-    const std::string first = std::string("# ") + group.FirstHex;
-    const std::string second = std::string("# ") + group.SecondHex;
-    const Lines shown[] = {{},
-                           {first + " Value 1 :  55"},
-                           {first + " Value 1 :  55", second + " Value 2 :  4"},
-                           {first + " Maximum Length :  55", second + " Minimum Length :  4"}};
-    // Each pair of neighbours once.
-    for (const DWORD mode : {1u, 0u, 2u, 0u, 3u, 1u, 2u, 3u, 2u, 1u, 3u, 0u}) {
-        Tap(tree, FindChoice(tree, group.Mode, mode), Spot::Image);
-        EXPECT_EQ(LengthLines(tree, group), shown[mode]) << mode;
-        EXPECT_EQ(LineOf(tree, FindChoice(tree, group.Mode, mode)).substr(0, 3), "(*)");
+TEST_F(SheetTest, TheLengthsThatCountAreShownFromEveryModeToEveryOther) {
+    const struct {
+        WORD Devices;
+        DWORD PageBase;
+        const char* Page;
+        DWORD Mode, First, Second;
+    } groups[] = {{DeviceLaser, PageLaser, "1D", 0x12FF, 0x1213, 0x1212},
+                  // Nothing comes behind these lengths.
+                  {DeviceImager, PageImager, "2D", 0x13FF, 0x131B, 0x131A}};
+    for (const auto& group : groups) {
+        Open(group.Devices);
+        HWND tree = ShowPage(group.Page);
+        HTREEITEM list = FindItem(tree, group.Mode);
+        SetValue(*FindSetting(group.PageBase, group.First), 55);
+        SetValue(*FindSetting(group.PageBase, group.Second), 4);
+        char first[16], second[16];
+        std::snprintf(first, sizeof first, "# 0x%X", static_cast<unsigned>(group.First));
+        std::snprintf(second, sizeof second, "# 0x%X", static_cast<unsigned>(group.Second));
+        const std::string one = first, other = second;
+        const Lines shown[] = {{},
+                               {one + " Value 1 :  55"},
+                               {one + " Value 1 :  55", other + " Value 2 :  4"},
+                               {one + " Maximum Length :  55", other + " Minimum Length :  4"}};
+        // Each pair of neighbours once.
+        for (const DWORD mode : {1u, 0u, 2u, 0u, 3u, 1u, 2u, 3u, 2u, 1u, 3u, 0u}) {
+            Tap(tree, FindChoice(tree, group.Mode, mode), Spot::Image);
+            EXPECT_EQ(LengthLines(tree, list), shown[mode]) << mode;
+            EXPECT_EQ(LineOf(tree, FindChoice(tree, group.Mode, mode)).substr(0, 3), "(*)");
+        }
+        DestroySheet();
+        layer::PumpMessages();
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Groups, LengthModeTest,
-    testing::Values(
-        LengthGroup{"LaserCode39", DeviceLaser, "1D", 0x12FF, 0x1213, 0x1212, "0x1213", "0x1212"},
-        LengthGroup{"LaserMsi", DeviceLaser, "1D", 0x18FF, 0x181F, 0x181E, "0x181F", "0x181E"},
-        LengthGroup{"ImagerCode11", DeviceImager, "2D", 0x14FF, 0x141D, 0x141C, "0x141D", "0x141C"},
-        // Nothing comes behind these lengths.
-        LengthGroup{"ImagerCode93", DeviceImager, "2D", 0x13FF, 0x131B, 0x131A, "0x131B", "0x131A"}),
-    [](const auto& tested) { return tested.param.Name; });
 
 TEST_F(SheetTest, LengthsOfThe1DReaderChangeTheirNames) {
     Open(Device1D);
@@ -240,71 +205,41 @@ TEST_F(SheetTest, LengthsOfThe1DReaderChangeTheirNames) {
 
 // ---- keys
 
-TEST_F(SheetTest, SpaceAndEnterTapTheImageOfTheSelectedItem) {
-    Open(Device1D);
-    HWND tree = ShowPage("1D");
-    Tap(tree, FindItem(tree, 1100), Spot::Label);
-    Type("[Space]");
-    layer::PumpMessages();
-    EXPECT_EQ(Value(decoder1d::ItalianPharmacodeEnabled), '1');
-    Type("[Enter]");
-    layer::PumpMessages();
-    EXPECT_EQ(Value(decoder1d::ItalianPharmacodeEnabled), '0');
-    EXPECT_TRUE(World.MainMessages.empty());
-}
-
-struct KeySequence {
-    const char* Name;
-    WORD Devices;
-    const char* Keys;  // "," waits until the time for the second key is just not over, ";" until it is
-    int Upgrades;
-};
-
-void PrintTo(const KeySequence& tested, std::ostream* out) {
-    *out << tested.Name;
-}
-
-class UpgradeKeysTest : public SheetTest, public testing::WithParamInterface<KeySequence> {
-  protected:
-    UpgradeKeysTest() {
-        layer::InstallClock(&clock_);
-        clock_.AddSource(layer::WindowTimers());
-    }
-    ~UpgradeKeysTest() override {
-        clock_.RemoveSource(layer::WindowTimers());
-        layer::InstallClock(nullptr);
-    }
-    layer::ManualClock clock_;
-};
-
-TEST_P(UpgradeKeysTest, StartTheFirmwareUpgrade) {
-    Open(GetParam().Devices);
-    HWND tree = ShowPage("General");
-    Tap(tree, FindItem(tree, 10004), Spot::Label);
-    const std::string keys = GetParam().Keys;
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        if (keys[i] == ',' || keys[i] == ';') {
-            clock_.Advance(keys[i] == ',' ? 2999 : 3001);
-        } else if (keys[i] == '[') {
-            Type(keys.substr(i, keys.find(']', i) + 1 - i));
-            i = keys.find(']', i);
+TEST_F(SheetTest, TwoKeysStartTheFirmwareUpgrade) {
+    layer::ManualClock clock;
+    layer::InstallClock(&clock);
+    clock.AddSource(layer::WindowTimers());
+    const struct {
+        WORD Devices;
+        std::vector<const char*>
+            Keys;  // "," waits until the time for the second key is just not over, ";" until it is
+        int Upgrades;
+    } sequences[] = {
+        {Device1D, {"[F2]", "[F7]"}, 1},           {Device1D, {"[F2]", ",", "[F7]"}, 1},
+        {Device1D, {"[F2]", ";", "[F7]"}, 0},      {Device1D, {"[F2]", ",", "[F2]", ",", "[F7]"}, 1},
+        {Device1D, {"[F2]", "[Down]", "[F7]"}, 0}, {Device1D, {"[F7]", "[F2]"}, 0},
+        {Device1D, {"[F2]", "[F7]", "[F7]"}, 1},   {BothReaders, {"[F2]", "[F7]"}, 1},
+        {DeviceImager, {"[F2]", "[F7]"}, 0},       {DeviceRfid, {"[F2]", "[F7]"}, 0}};
+    for (const auto& sequence : sequences) {
+        Open(sequence.Devices);
+        World.Upgrades = 0;
+        ShellState.UpgradeKeyArmed = 0;
+        HWND tree = ShowPage("General");
+        Tap(tree, FindItem(tree, 10004), Spot::Label);
+        for (const std::string key : sequence.Keys) {
+            if (key[0] == '[') {
+                Type(key);
+            } else {
+                clock.Advance(key == "," ? 2999 : 3001);
+            }
+            layer::PumpMessages();
         }
+        EXPECT_EQ(World.Upgrades, sequence.Upgrades) << &sequence - sequences;
+        DestroySheet();
         layer::PumpMessages();
     }
-    EXPECT_EQ(World.Upgrades, GetParam().Upgrades);
+    clock.RemoveSource(layer::WindowTimers());
+    layer::InstallClock(nullptr);
 }
-
-INSTANTIATE_TEST_SUITE_P(Sequences, UpgradeKeysTest,
-                         testing::Values(KeySequence{"Both", Device1D, "[F2][F7]", 1},
-                                         KeySequence{"JustInTime", Device1D, "[F2],[F7]", 1},
-                                         KeySequence{"TooLate", Device1D, "[F2];[F7]", 0},
-                                         KeySequence{"FirstKeyAgain", Device1D, "[F2],[F2],[F7]", 1},
-                                         KeySequence{"AnotherBetween", Device1D, "[F2][Down][F7]", 0},
-                                         KeySequence{"WrongOrder", Device1D, "[F7][F2]", 0},
-                                         KeySequence{"SecondAgain", Device1D, "[F2][F7][F7]", 1},
-                                         KeySequence{"BesideRfid", BothReaders, "[F2][F7]", 1},
-                                         KeySequence{"Imager", DeviceImager, "[F2][F7]", 0},
-                                         KeySequence{"RfidAlone", DeviceRfid, "[F2][F7]", 0}),
-                         [](const auto& tested) { return tested.param.Name; });
 
 }  // namespace
