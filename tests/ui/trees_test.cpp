@@ -1,6 +1,8 @@
 // What the pages list: every item, its number, its text and its image, against a reviewed file.
+#include <QAbstractButton>
 #include <QImage>
 #include <QPalette>
+#include <QTabBar>
 #include <algorithm>
 #include <cmath>
 #include <fstream>
@@ -95,6 +97,27 @@ TEST_F(SheetTest, ASelectedRowCanBeReadAndTold) {
         }
     }
     EXPECT_GE(writing, 4.5);
+}
+
+// A page's tab, and each button, the default one too.
+TEST_F(SheetTest, TheFocusCanBeSeen) {
+    Open(Device1D);
+    QWidget* sheet = WidgetOf(ShellState.SettingsSheet)->window();
+    QAbstractItemView* tree = ViewOf(ShowPage("General"));
+    int seen = 0;
+    for (QWidget* part : sheet->findChildren<QWidget*>()) {
+        if (qobject_cast<QAbstractButton*>(part) == nullptr && qobject_cast<QTabBar*>(part) == nullptr) {
+            continue;
+        }
+        if (part->isVisible() && part->focusPolicy() != Qt::NoFocus) {
+            tree->setFocus();
+            const QImage without = part->grab().toImage();
+            part->setFocus();
+            EXPECT_NE(part->grab().toImage(), without) << part->metaObject()->className();
+            ++seen;
+        }
+    }
+    EXPECT_EQ(seen, 3);
 }
 
 // Values that no editor makes, as a damaged file brings them.

@@ -12,8 +12,6 @@ namespace layer {
 DialogWidget::DialogWidget(QWidget* owner, WindowObject& window, DWORD style, bool blocksOwner)
     : QDialog(owner), window_(window), closable_((style & StyleSystemMenu) != 0) {
     setAttribute(Qt::WA_DeleteOnClose, false);
-    // Shows which button or tab has the focus, however it came there.
-    setAttribute(Qt::WA_KeyboardFocusChange);
     setWindowModality(blocksOwner && owner != nullptr ? Qt::WindowModal : Qt::NonModal);
     if (!HasWindowManager()) {
         setWindowFlag(Qt::FramelessWindowHint);

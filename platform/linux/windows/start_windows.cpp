@@ -5,7 +5,10 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QPainter>
+#include <QProxyStyle>
 #include <QSocketNotifier>
+#include <QStyleOption>
 #include <QTimer>
 #include <atomic>
 #include <cerrno>
@@ -96,6 +99,25 @@ void EndAtOnce() {
     _exit(1);
 }
 
+// A dotted frame in what has the focus, however it came there: a default button looks the same with and
+// without it, and a tab shows it only to the keyboard.
+class FocusStyle : public QProxyStyle {
+  public:
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        const bool button = element == CE_PushButtonLabel && (option->state & State_HasFocus) != 0;
+        const bool tab = element == CE_TabBarTabLabel && (option->state & State_Selected) != 0 &&
+                         widget != nullptr && widget->hasFocus();
+        if (button || tab) {
+            constexpr int inside = 2;
+            painter->setPen(QPen(option->palette.color(QPalette::ButtonText), 1, Qt::DotLine));
+            painter->setBrush(Qt::NoBrush);
+            painter->drawRect(option->rect.adjusted(inside, inside, -inside - 1, -inside - 1));
+        }
+    }
+};
+
 // A service manager that watches is told of every turn of the message loop, so that a program that hangs is
 // started anew. Twice in each period that it gives.
 void FeedWatchdog() {
@@ -127,6 +149,7 @@ void StartWindows() {
     static int count = 1;
     // Never deleted: threads may still run when the program ends.
     auto* application = new QApplication(count, arguments);
+    QApplication::setStyle(new FocusStyle);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     application->installEventFilter(new QuitFilter(application));
     // White on it has a contrast of 5.9 : 1.
