@@ -339,6 +339,13 @@ TEST_F(TtyTest, ReaderThatGoesAndComesBackIsUsedAgain) {
     EXPECT_EQ(Read(), (Bytes{'b', 'a', 'c', 'k'}));
     EXPECT_EQ(Write({'x'}), 1);
     EXPECT_EQ(reader_->Receive(1), Bytes{'x'});
+
+    // Gone again: who gets its name now, one of these on a machine that makes others meanwhile, is a
+    // stranger.
+    reader_->CloseMaster();
+    EXPECT_FALSE(WaitElsewhere().get().Result);
+    const PseudoTerminal strangers[4];
+    EXPECT_EQ(Write({'x'}), -1);
 }
 
 TEST_F(TtyTest, MaskAndCloseEndAWaitOnAnUnpluggedPort) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -12,6 +13,7 @@
 #include <QTimer>
 #include <thread>
 
+#include "platform/linux/windows/images.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"
@@ -162,13 +164,12 @@ TEST_F(DialogsTest, TheTrayMenu) {
         EXPECT_TRUE(actions[0]->isChecked());
         EXPECT_FALSE(actions[1]->isEnabled());
         EXPECT_TRUE(actions[2]->isSeparator());
-        const QRect screen = QApplication::primaryScreen()->geometry();
-        EXPECT_TRUE(screen.contains(open->geometry())) << "clamped";
+        EXPECT_EQ(open->geometry().bottomRight() + QPoint(1, 1), QPoint(400, 300));
         QTest::mouseClick(open, Qt::LeftButton, {}, open->actionGeometry(actions[1]).center());
         EXPECT_TRUE(open->isVisible()) << "a grey item is nothing to choose";
         QTest::mouseClick(open, Qt::LeftButton, {}, open->actionGeometry(actions[5]).center());
     });
-    EXPECT_TRUE(TrackPopupMenuEx(menu, TPM_RIGHTALIGN | TPM_BOTTOMALIGN, 10, 20, window_, nullptr));
+    EXPECT_TRUE(TrackPopupMenuEx(menu, TPM_RIGHTALIGN | TPM_BOTTOMALIGN, 400, 300, window_, nullptr));
     layer::PumpMessages();
     ASSERT_EQ(Seen.size(), 1u);
     EXPECT_EQ(Seen[0], (std::pair<UINT, WPARAM>{WM_COMMAND, IDM_ABOUT}));
@@ -177,13 +178,30 @@ TEST_F(DialogsTest, TheTrayMenu) {
     const std::function<void()> ends[] = {[] { QTest::keyClick(OpenMenu(), Qt::Key_Escape); },
                                           [] { PostQuitMessage(0); }, [=] { DestroyMenu(menu); }};
     for (const auto& end : ends) {
-        Then(end);
-        TrackPopupMenuEx(menu, 0, 10, 20, window_, nullptr);
+        Then([&] {
+            const QRect screen = QApplication::primaryScreen()->geometry();
+            EXPECT_TRUE(screen.contains(OpenMenu()->geometry())) << "wherever it is wanted";
+            end();
+        });
+        TrackPopupMenuEx(menu, 0, 5000, 5000, window_, nullptr);
         layer::ForgetQuit();
         layer::PumpMessages();
     }
     EXPECT_EQ(Seen.size(), 1u);
     EXPECT_FALSE(TrackPopupMenuEx(menu, 0, 10, 20, window_, nullptr)) << "it has been destroyed";
+}
+
+TEST_F(DialogsTest, AnIconHasEveryPictureOfItsFile) {
+    const QIcon icon = layer::LoadIconResource(IDI_TRAY);
+    QImageReader file(QStringLiteral(VANTREL_ICON));
+    ASSERT_GT(file.imageCount(), 1);
+    for (int i = 0; i < file.imageCount(); ++i) {
+        ASSERT_TRUE(file.jumpToImage(i));
+        const QImage picture = file.read();
+        const QImage shown = icon.pixmap(picture.size()).toImage();
+        EXPECT_EQ(shown.convertToFormat(QImage::Format_ARGB32),
+                  picture.convertToFormat(QImage::Format_ARGB32));
+    }
 }
 
 TEST_F(DialogsTest, ABoxGivesTheFocusBackAndGoesWithItsOwner) {

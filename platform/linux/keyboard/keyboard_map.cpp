@@ -205,10 +205,9 @@ void PressSynthetic(Display* display, KeyCode key) {
     XTestFakeKeyEvent(display, key, True, CurrentTime);
 }
 
-HeldKeys::HeldKeys(Display* display, XkbDescPtr map, KeyCode typed) : display_(display), typed_(typed) {
+HeldKeys::HeldKeys(Display* display, XkbDescPtr map) : display_(display) {
     char down[32] = {};
     XQueryKeymap(display, down);
-    typedDown_ = BitSet(down, typed);
     for (int key = map->min_key_code; key <= map->max_key_code && key < 256 && count_ < Most; ++key) {
         const auto code = static_cast<KeyCode>(key);
         if (!BitSet(down, code) || HeldModifier(map, code) == 0) {
@@ -223,9 +222,6 @@ HeldKeys::HeldKeys(Display* display, XkbDescPtr map, KeyCode typed) : display_(d
 void HeldKeys::Release() const {
     for (int i = 0; i < count_; ++i) {
         XTestFakeKeyEvent(display_, keys_[i], False, CurrentTime);
-    }
-    if (typedDown_) {
-        XTestFakeKeyEvent(display_, typed_, False, CurrentTime);
     }
 }
 

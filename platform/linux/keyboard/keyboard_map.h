@@ -42,14 +42,14 @@ unsigned XtestDevice(Display* display);
 // go of what had been pressed again for him.
 void PressSynthetic(Display* display, KeyCode key);
 
-// Looks which modifier keys are down now, and whether `typed`, the key about to be typed, is.
+// Looks which modifier keys are down now.
 class HeldKeys {
   public:
-    HeldKeys(Display* display, XkbDescPtr map, KeyCode typed);
+    HeldKeys(Display* display, XkbDescPtr map);
     // Lets go of them for the moment.
     void Release() const;
     // Presses the modifiers again that the user has not let go of meanwhile, and notes those of a real
-    // keyboard in `again`. The typed key stays up: pressing it would type it once more.
+    // keyboard in `again`.
     void Restore(std::bitset<256>& again) const;
     // Lets go of noted keys that the user has let go of since; for everybody else they are up already.
     static void Forget(Display* display, std::bitset<256>& again);
@@ -57,8 +57,6 @@ class HeldKeys {
   private:
     static constexpr int Most = 16;
     Display* const display_;
-    const KeyCode typed_;
-    bool typedDown_ = false;
     KeyCode keys_[Most];
     bool real_[Most];  // held on a real keyboard, not by another program
     int count_ = 0;

@@ -319,7 +319,7 @@ bool XtestKeyboard::Borrow(KeySym symbol) {
 void XtestKeyboard::EmitBesideHeldKeys(const KeyChoice& choice) {
     Display* display = connection_.Get();
     HeldKeys::Forget(display, again_);
-    const HeldKeys held(display, map_, choice.key);
+    const HeldKeys held(display, map_);
     held.Release();
     if (state_.latched_mods != 0) {
         XkbLatchModifiers(display, XkbUseCoreKbd, AllModifiers, 0);

@@ -72,8 +72,8 @@ class ButtonControl : public WindowObject {
     QPushButton* button_;
 };
 
-// One line. EN_CHANGE comes for every change, the program's own included. EM_LIMITTEXT holds for the user
-// only.
+// One line. EN_CHANGE comes for every change, the program's own included. EM_LIMITTEXT holds for the
+// program's texts as well: it sets none that are longer.
 class EditControl : public WindowObject {
   public:
     explicit EditControl(const WindowInit& init);
@@ -82,11 +82,7 @@ class EditControl : public WindowObject {
     void SetText(std::u16string text) override;
 
   private:
-    void KeepLimit();
-    void LetIn(int length);
-
     QLineEdit* edit_;
-    int limit_;
     int telling_ = 0;  // EN_CHANGE notifications that have not returned
 };
 
@@ -107,7 +103,7 @@ constexpr int NoLimit = 32767;
 constexpr int DeepestChange = 16;
 
 EditControl::EditControl(const WindowInit& init)
-    : WindowObject(init), edit_(new QLineEdit(init.Parent->Client())), limit_(NoLimit) {
+    : WindowObject(init), edit_(new QLineEdit(init.Parent->Client())) {
     edit_->setText(QString::fromStdU16String(init.Text));
     if ((init.Style & EditNumber) != 0) {
         static const QRegularExpression digits(QStringLiteral("[0-9]*"));
@@ -115,7 +111,6 @@ EditControl::EditControl(const WindowInit& init)
         edit_->setInputMethodHints(Qt::ImhDigitsOnly);
     }
     QObject::connect(edit_, &QLineEdit::textChanged, edit_, [this] {
-        KeepLimit();
         if (telling_ < DeepestChange) {
             ++telling_;
             Command(EN_CHANGE);
@@ -127,27 +122,10 @@ EditControl::EditControl(const WindowInit& init)
 
 LRESULT EditControl::Message(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == EM_LIMITTEXT) {
-        limit_ = wParam == 0 || wParam > NoLimit ? NoLimit : static_cast<int>(wParam);
-        KeepLimit();
+        edit_->setMaxLength(wParam == 0 || wParam > NoLimit ? NoLimit : static_cast<int>(wParam));
         return 0;
     }
     return WindowObject::Message(message, wParam, lParam);
-}
-
-// A text that the program has set longer than the limit stays, and can only become shorter.
-void EditControl::KeepLimit() {
-    LetIn(static_cast<int>(edit_->text().size()));
-}
-
-// Room for the limit, or for a text that is longer.
-void EditControl::LetIn(int length) {
-    const int room = std::max(limit_, length);
-    if (edit_->maxLength() != room) {
-        // Qt takes the cursor to the end.
-        const int cursor = edit_->cursorPosition();
-        edit_->setMaxLength(room);
-        edit_->setCursorPosition(cursor);
-    }
 }
 
 std::u16string EditControl::Text() const {
@@ -156,7 +134,6 @@ std::u16string EditControl::Text() const {
 
 void EditControl::SetText(std::u16string text) {
     const QString shown = QString::fromStdU16String(text);
-    LetIn(static_cast<int>(shown.size()));
     // What is put right while it is typed keeps the cursor in front of the same rest.
     const auto rest = edit_->text().size() - edit_->cursorPosition();
     edit_->setText(shown);
