@@ -66,7 +66,7 @@ void RunSounds() {
 bool Ask(LPCWSTR name) {
     const std::u16string_view wanted = name != nullptr ? name : u"";
     SoundDesk& desk = Desk();
-    std::scoped_lock lock(desk.Mutex);
+    std::unique_lock lock(desk.Mutex);
     if (wanted.size() >= desk.Name.size()) {
         return false;
     }
@@ -84,6 +84,7 @@ bool Ask(LPCWSTR name) {
         desk.ThreadRuns = true;
     }
     desk.Waiting = true;
+    lock.unlock();
     desk.Asked.notify_one();
     return true;
 }

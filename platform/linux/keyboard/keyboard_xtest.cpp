@@ -27,8 +27,8 @@ namespace {
 
 constexpr std::uint64_t ReconnectPause = 1000;
 constexpr unsigned AllModifiers = 0xFF;
-// For how long an answer of the server's holds: that the user holds no key, and what is locked. Asking for
-// each key would take longer than typing it.
+// For how long an answer of the server's holds: that the user holds no key, what is locked, and the map.
+// Asking for each key would take longer than typing it.
 constexpr std::chrono::milliseconds RestHolds{1};
 
 std::atomic<Display*> ours{nullptr};
@@ -128,7 +128,7 @@ class XtestKeyboard : public KeyboardBackend {
     void Disconnect();
     bool Ready();
     void FetchMap();
-    void TakeNews();
+    void TakeNews(int howFar);
     void Type(const KeyMeaning& meaning, bool shift);
     bool Look();
     bool Choose(const KeyMeaning& meaning, unsigned locked, int group, KeyChoice& choice);
@@ -216,9 +216,9 @@ void XtestKeyboard::FetchMap() {
 }
 
 // The map may have changed since the last key.
-void XtestKeyboard::TakeNews() {
+void XtestKeyboard::TakeNews(int howFar) {
     XEvent event;
-    while (connection_.Usable() && XEventsQueued(connection_.Get(), QueuedAfterReading) > 0) {
+    while (connection_.Usable() && XEventsQueued(connection_.Get(), howFar) > 0) {
         XNextEvent(connection_.Get(), &event);
         if (event.type == MappingNotify) {
             XRefreshKeyboardMapping(&event.xmapping);
@@ -247,7 +247,6 @@ void XtestKeyboard::Type(const KeyMeaning& meaning, bool shift) {
     if (!Look()) {
         return;
     }
-    TakeNews();
     KeyChoice choice{};
     if (!connection_.Usable() || !Choose(meaning, state_.locked_mods, state_.group, choice)) {
         return;
@@ -276,6 +275,7 @@ bool XtestKeyboard::Look() {
     XQueryKeymap(connection_.Get(), down);
     atRest_ = state_.latched_mods == 0 && again_.none() &&
               std::all_of(std::begin(down), std::end(down), [](char bits) { return bits == 0; });
+    TakeNews(QueuedAlready);  // what came before these answers is here
     lookAgain_ = std::chrono::steady_clock::now() + RestHolds;
     return true;
 }
@@ -366,7 +366,7 @@ void XtestKeyboard::ReleaseAll() {
         return;
     }
     HeldKeys::Forget(connection_.Get(), again_);
-    TakeNews();
+    TakeNews(QueuedAfterReading);
     KeySym none[] = {NoSymbol};
     for (const Borrowed& key : borrowed_) {
         XChangeKeyboardMapping(connection_.Get(), key.key, 1, none, 1);

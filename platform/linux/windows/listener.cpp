@@ -1,17 +1,17 @@
 #include "platform/linux/windows/listener.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <QLocalSocket>
-#include <QPointer>
-#include <QSocketNotifier>
-#include <QThread>
-#include <QTimer>
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <mutex>
+#include <system_error>
+#include <thread>
 
 #include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/thread.h"
@@ -24,27 +24,43 @@ namespace layer {
 
 namespace {
 
-constexpr std::size_t MostCallers = 64;
-constexpr std::chrono::seconds LongestSilence{10};     // of a caller that owes us a line
-constexpr std::chrono::milliseconds AcceptPause{200};  // after a caller that could not be taken
+using SteadyClock = std::chrono::steady_clock;
 
+constexpr std::size_t MostCallers = 64;
+constexpr std::chrono::milliseconds LongestSilence{10000};  // of a caller that owes us a line
+constexpr std::chrono::milliseconds AcceptPause{200};       // after a caller that could not be taken
+
+// A program that calls: its lines are answered one after the other, until it hangs up, keeps silent for too
+// long or makes no sense.
+struct Caller {
+    LineConnection Connection;
+    SteadyClock::time_point SilentUntil = SteadyClock::now() + LongestSilence;
+    bool Handled = false;  // its message is with the main thread
+    bool Muted = false;    // and it has more to say meanwhile, which has to wait
+    bool Refused = false;  // nothing more is listened to
+
+    // Whether a line may be there without a call of the socket's.
+    bool HasMore() const { return Connection.Out.empty() && Connection.In.find('\n') != std::string::npos; }
+};
+
+// What the serving thread and the main thread, which answers by itself, share under the mutex. It is not held
+// while either waits for something.
 struct Listener {
     std::mutex Mutex;
     std::string Name;
-    // The main thread's: the thread that serves, and what lives on it.
-    QThread* Thread = nullptr;
-    class Server* Serving = nullptr;
-    // The serving thread's own.
-    std::vector<class Caller*> Callers;
+    std::map<std::uint64_t, Caller> Callers;
+    std::uint64_t LastCaller = 0;
+    bool Over = false;
+    SteadyClock::time_point AcceptAgain{};
+    Descriptor Socket;  // the serving thread's own while that runs
+    Waker Bell;
+    std::thread Thread;  // the main thread's
 };
 
 Listener& TheListener() {
     static auto* listener = new Listener;
     return *listener;
 }
-
-// Null when nothing is served any more. Main thread.
-QObject* TheServer();
 
 AnswerLine FindHere(const WindowLine& line) {
     AnswerLine answer;
@@ -59,120 +75,140 @@ AnswerLine FindHere(const WindowLine& line) {
     return answer;
 }
 
-// A program that calls: its lines are answered one after the other, until it hangs up, keeps silent for too
-// long or makes no sense. Lives on the serving thread.
-class Caller : public QObject {
-  public:
-    Caller(QLocalSocket* socket, QObject* server) : QObject(server), socket_(socket) {
-        socket->setParent(this);
-        socket->setReadBufferSize(static_cast<qint64>(LongestLine) + 1);
-        TheListener().Callers.push_back(this);
-        silence_.setSingleShot(true);
-        silence_.start(LongestSilence);
-        connect(socket, &QLocalSocket::readyRead, this, [this] { TakeLines(); });
-        connect(socket, &QLocalSocket::disconnected, this, &QObject::deleteLater);
-        connect(&silence_, &QTimer::timeout, this, &QObject::deleteLater);
+// What could not be sent at once goes when the caller takes it.
+void Reply(Caller& caller, const AnswerLine& answer, WindowLine::Kind kind) {
+    caller.Connection.Out += WriteAnswer(answer, kind);
+    caller.Connection.Flush();
+    caller.SilentUntil = SteadyClock::now() + LongestSilence;
+}
+
+// Main thread.
+void HandleMessage(std::uint64_t number, const WindowLine& line) {
+    const AnswerLine answer = DeliverLine(line);
+    Listener& listener = TheListener();
+    std::scoped_lock lock(listener.Mutex);
+    const auto found = listener.Callers.find(number);
+    if (found == listener.Callers.end()) {
+        return;
     }
-
-    ~Caller() override {
-        // What was answered is on its way all the same.
-        socket_->flush();
-        std::erase(TheListener().Callers, this);
+    Caller& caller = found->second;
+    Reply(caller, answer, WindowLine::Kind::Message);
+    caller.Handled = false;
+    if (caller.Muted || caller.HasMore() || !caller.Connection.Out.empty()) {
+        caller.Muted = false;
+        listener.Bell.Wake();
     }
+}
 
-  private:
-    void TakeLines() {
-        while (!handled_ && socket_->canReadLine()) {
-            TakeLine(socket_->readLine());
-        }
-        if (!handled_ && socket_->bytesAvailable() > static_cast<qint64>(LongestLine)) {
-            deleteLater();
-        }
+void TakeLine(std::uint64_t number, Caller& caller, const std::string& text) {
+    std::string reason;
+    const std::optional<WindowLine> line = ReadLine(text, reason);
+    if (!line) {
+        AnswerLine refusal;
+        refusal.Refusal = reason;
+        Reply(caller, refusal, WindowLine::Kind::Message);
+        caller.Refused = true;
+    } else if (line->What == WindowLine::Kind::Find) {
+        Reply(caller, FindHere(*line), WindowLine::Kind::Find);
+    } else {
+        caller.Handled = true;
+        PostToMainThread([number, line = *line] { HandleMessage(number, line); });
     }
+}
 
-    void TakeLine(QByteArray text) {
-        text.chop(1);
-        std::string reason;
-        const std::optional<WindowLine> line =
-            ReadLine({text.constData(), static_cast<std::size_t>(text.size())}, reason);
-        if (!line) {
-            AnswerLine refusal;
-            refusal.Refusal = reason;
-            Answer(WriteAnswer(refusal, WindowLine::Kind::Message));
-            handled_ = true;  // nothing more is listened to
-            socket_->disconnectFromServer();
-        } else if (line->What == WindowLine::Kind::Find) {
-            Answer(WriteAnswer(FindHere(*line), WindowLine::Kind::Find));
-        } else {
-            handled_ = true;
-            silence_.stop();
-            PostToMainThread([line = *line, caller = QPointer(this)] {
-                const std::string answer = WriteAnswer(DeliverLine(line), WindowLine::Kind::Message);
-                if (QObject* server = TheServer(); server != nullptr) {
-                    QMetaObject::invokeMethod(server, [caller, answer] {
-                        if (caller != nullptr) {
-                            caller->handled_ = false;
-                            caller->Answer(answer);
-                            caller->TakeLines();
-                        }
-                    });
-                }
-            });
-        }
+// Takes what has come from the caller and sends what it takes; false when it is to go.
+bool Serve(std::uint64_t number, Caller& caller, bool called) {
+    if (caller.Handled) {
+        caller.Muted = caller.Muted || called;
+        return true;
     }
-
-    void Answer(const std::string& line) {
-        socket_->write(line.data(), static_cast<qint64>(line.size()));
-        silence_.start(LongestSilence);
+    if (SteadyClock::now() >= caller.SilentUntil || !caller.Connection.Flush()) {
+        return false;
     }
-
-    QLocalSocket* socket_;
-    QTimer silence_;
-    bool handled_ = false;  // its message is with the main thread
-};
-
-// The socket that others call, and its callers. Lives on the serving thread. Qt's own server would stop
-// listening for good when a caller cannot be taken once, for want of a descriptor, say.
-class Server : public QObject {
-  public:
-    explicit Server(Descriptor socket)
-        : socket_(std::move(socket)), calls_(socket_.Number(), QSocketNotifier::Read, this), pause_(this) {
-        pause_.setSingleShot(true);
-        connect(&calls_, &QSocketNotifier::activated, this, [this] { TakeCallers(); });
-        connect(&pause_, &QTimer::timeout, this, [this] {
-            calls_.setEnabled(true);
-            TakeCallers();
-        });
-    }
-    ~Server() override { calls_.setEnabled(false); }
-
-  private:
-    void TakeCallers() {
-        for (;;) {
-            Descriptor caller(accept4(socket_.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-            if (!caller) {
+    // An answer that is not taken holds up the next line; the others have their turn after each.
+    std::string text;
+    if (!caller.Refused && caller.Connection.Out.empty()) {
+        switch (caller.Connection.TakeLine(text)) {
+            case LineConnection::Got::Line:
+                TakeLine(number, caller, text);
                 break;
-            }
-            if (TheListener().Callers.size() < MostCallers) {
-                auto* socket = new QLocalSocket;
-                socket->setSocketDescriptor(caller.Release());
-                new Caller(socket, this);
-            }
-        }
-        if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
-            Say(LogPriority::Warning, "a program that calls has to wait: %s", std::strerror(errno));
-            calls_.setEnabled(false);
-            pause_.start(AcceptPause);
+            case LineConnection::Got::Nothing:
+                break;
+            case LineConnection::Got::Closed:
+                return false;
         }
     }
+    return !caller.Refused || !caller.Connection.Out.empty();
+}
 
-    Descriptor socket_;
-    QSocketNotifier calls_;
-    QTimer pause_;
-};
+void TakeCallers(Listener& listener) {
+    for (;;) {
+        Descriptor socket(accept4(listener.Socket.Number(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (!socket) {
+            break;
+        }
+        if (listener.Callers.size() < MostCallers) {
+            const auto caller = listener.Callers.try_emplace(++listener.LastCaller).first;
+            caller->second.Connection.Socket = std::move(socket);
+            if (!Serve(caller->first, caller->second, false)) {
+                listener.Callers.erase(caller);
+            }
+        }
+    }
+    if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
+        Say(LogPriority::Warning, "a program that calls has to wait: %s", std::strerror(errno));
+        listener.AcceptAgain = SteadyClock::now() + AcceptPause;
+    }
+}
 
-QObject* TheServer() {
-    return TheListener().Serving;
+// What the serving thread waits for: the bell, a program that calls, and each caller; until when.
+SteadyClock::time_point WhatToAwait(const Listener& listener, std::vector<pollfd>& files) {
+    const auto now = SteadyClock::now();
+    const bool pausing = now < listener.AcceptAgain;
+    auto until = pausing ? listener.AcceptAgain : SteadyClock::time_point::max();
+    files.assign({{listener.Bell.Number(), POLLIN, 0}, {pausing ? -1 : listener.Socket.Number(), POLLIN, 0}});
+    for (const auto& [number, caller] : listener.Callers) {
+        // Also of one that is handled: the main thread's answer wakes nobody.
+        until = std::min(until, caller.Handled     ? now + LongestSilence
+                                : caller.HasMore() ? now
+                                                   : caller.SilentUntil);
+        const short events = caller.Connection.Out.empty() ? POLLIN : POLLOUT;
+        files.push_back({caller.Muted ? -1 : caller.Connection.Socket.Number(), events, 0});
+    }
+    return until;
+}
+
+void ServeCallers() {
+    Listener& listener = TheListener();
+    std::vector<pollfd> files;
+    std::unique_lock lock(listener.Mutex);
+    while (!listener.Over) {
+        const auto until = WhatToAwait(listener, files);
+        lock.unlock();
+        int wait = -1;
+        if (until != SteadyClock::time_point::max()) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - SteadyClock::now());
+            wait = static_cast<int>(std::clamp(left, {}, LongestSilence).count());
+        }
+        if (poll(files.data(), files.size(), wait) < 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            lock.lock();
+            continue;
+        }
+        lock.lock();
+        if (files[0].revents != 0) {
+            listener.Bell.Clear();
+        }
+        // Only this thread adds callers or lets them go.
+        auto file = files.begin() + 2;
+        for (auto caller = listener.Callers.begin(); caller != listener.Callers.end(); ++file) {
+            const bool stays = Serve(caller->first, caller->second, file->revents != 0);
+            caller = stays ? std::next(caller) : listener.Callers.erase(caller);
+        }
+        if (files[1].revents != 0) {
+            TakeCallers(listener);
+        }
+    }
 }
 
 }  // namespace
@@ -180,26 +216,24 @@ QObject* TheServer() {
 bool StartListening() {
     static unsigned count = 0;
     Listener& listener = TheListener();
-    if (listener.Thread != nullptr) {
+    if (listener.Thread.joinable()) {
         return true;
     }
     const std::string name = std::to_string(getpid()) + "-" + std::to_string(++count);
-    const int socket = ListenAs(name);
-    if (socket < 0) {
+    listener.Socket = Descriptor(ListenAs(name));
+    if (!listener.Socket) {
         Say(LogPriority::Error, "no socket for other programs' messages in %s: %s", WindowsFolder().c_str(),
             std::strerror(errno));
         return false;
     }
-    listener.Serving = new Server(Descriptor(socket));
-    listener.Thread = new QThread;
-    listener.Serving->moveToThread(listener.Thread);
-    listener.Thread->start();
-    if (!listener.Thread->isRunning()) {
-        // Nothing would ever be answered, and the end would wait for this thread's.
+    listener.Over = false;
+    try {
+        listener.Thread = std::thread(ServeCallers);
+    } catch (const std::system_error&) {
+        // Nothing would ever be answered.
         Say(LogPriority::Error, "no thread for other programs' messages");
         RemoveSocket(name);
-        delete std::exchange(listener.Serving, nullptr);
-        delete std::exchange(listener.Thread, nullptr);
+        listener.Socket.Close();
         return false;
     }
     {
@@ -214,18 +248,19 @@ bool StartListening() {
 
 void StopListening() {
     Listener& listener = TheListener();
-    if (listener.Thread == nullptr) {
+    if (!listener.Thread.joinable()) {
         return;
     }
     RemoveSocket(OwnProgram());
-    // The message that ended the program has its answer too: it was posted before this.
-    QMetaObject::invokeMethod(
-        listener.Serving, [server = listener.Serving] { delete server; }, Qt::BlockingQueuedConnection);
-    listener.Serving = nullptr;
-    listener.Thread->quit();
-    listener.Thread->wait();
-    delete std::exchange(listener.Thread, nullptr);
+    {
+        std::scoped_lock lock(listener.Mutex);
+        listener.Over = true;
+        listener.Bell.Wake();
+    }
+    listener.Thread.join();
     std::scoped_lock lock(listener.Mutex);
+    listener.Callers.clear();
+    listener.Socket.Close();
     listener.Name.clear();
 }
 

@@ -41,7 +41,9 @@ int Quiet = 0;
 int Pumps = 0;      // loops of this file that are running
 int PumpLevel = 0;  // Qt's loop level inside the innermost of them
 QTimer* Alarm = nullptr;
-std::atomic<DWORD> Position{0};
+// Of the message being handled; negative while nobody has said or asked.
+constexpr std::int64_t AtThePointer = -1;
+std::atomic<std::int64_t> Position{AtThePointer};
 
 bool TakePosted(MSG& message) {
     Mailbox& box = Box();
@@ -152,10 +154,8 @@ Taken TakeMessage(MSG& message) {
 }
 
 void StampMessage(MSG& message) {
-    const QPoint position = QCursor::pos();
     message.time = static_cast<DWORD>(CurrentClock().Now());
-    message.pt = {position.x(), position.y()};
-    SetMessagePosition(position);
+    Position = AtThePointer;
 }
 
 void WaitForInput() {
@@ -175,7 +175,12 @@ void OpenMailbox() {
     Alarm = new QTimer(qApp);
     Alarm->setSingleShot(true);
     Alarm->setTimerType(Qt::PreciseTimer);
-    QObject::connect(Alarm, &QTimer::timeout, Alarm, WakeMainThread);
+    // The loops of this file look at the timers themselves when they wake.
+    QObject::connect(Alarm, &QTimer::timeout, Alarm, [] {
+        if (Quiet == 0 && InLoopOfQt()) {
+            ServeLoopOfQt();
+        }
+    });
     WakeMainThread();
 }
 
@@ -338,5 +343,9 @@ void PostQuitMessage(int exitCode) {
 }
 
 DWORD GetMessagePos() {
-    return layer::Position;
+    // The display server is asked only for those who want to know.
+    if (layer::Position == layer::AtThePointer) {
+        layer::OnMain([] { layer::SetMessagePosition(QCursor::pos()); });
+    }
+    return static_cast<DWORD>(layer::Position);
 }

@@ -1,5 +1,5 @@
 # Windows, messages, dialogs, menus and the shell around them, on Qt; sockets between programs.
-find_package(Qt6 REQUIRED COMPONENTS Network Widgets)
+find_package(Qt6 REQUIRED COMPONENTS Widgets)
 pkg_check_modules(VANTREL_X11 REQUIRED IMPORTED_TARGET x11)
 
 vantrel_library(vantrel_platform_windows
@@ -42,7 +42,7 @@ target_precompile_headers(vantrel_platform_windows PRIVATE
   <QApplication> <QLabel> <QLineEdit> <QPainter> <QPushButton> <QTreeWidget> <QWidget>)
 target_link_libraries(vantrel_platform_windows
   PUBLIC vantrel_platform_kernel vantrel_resource_file vantrel_resources Qt6::Widgets
-  PRIVATE PkgConfig::VANTREL_X11 PkgConfig::SYSTEMD Qt6::Network)
+  PRIVATE PkgConfig::VANTREL_X11 PkgConfig::SYSTEMD)
 
 # Everything that the system's sources are linked with; linux/main.cpp goes into each program.
 add_library(vantrel_platform INTERFACE)
