@@ -15,6 +15,7 @@
 #include "settings/record.h"
 #include "settings/settings_file.h"
 #include "shell/error_messages.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -42,12 +43,16 @@ ErrorCode OpenStoredReader() {
     return Success;
 }
 
-// The settings are wanted although no barcode reader answers: those of the readers of the last run, or of the
-// 1D reader, whose decoder may have lost its firmware.
-ErrorCode GoOnWithoutReader(int loaded) {
+// The settings are wanted although no barcode reader answers: those of the readers of the last run, else of
+// the 1D reader, whose decoder may have lost its firmware, beside those of an RFID reader.
+ErrorCode GoOnWithoutReader(int loaded, WORD rfid) {
     if (!loaded) {
-        DeviceFlags = Device1D;
+        DeviceFlags = static_cast<WORD>(Device1D | rfid);
         ResetSettings(ResetAllGroups);
+    } else {
+        const WORD barcode = HasBarcodeReader() ? WORD{DeviceFlags} : Device1D;
+        ReconcileDeviceFlags(
+            static_cast<WORD>((barcode & DeviceBarcodeMask) | (DeviceFlags & DeviceRfid) | rfid));
     }
     if (ShellState.RfidPort) {
         CloseReaderPort(ShellState.RfidPort);
@@ -55,6 +60,17 @@ ErrorCode GoOnWithoutReader(int loaded) {
     ShellState.ReconfigureReaders = 0;
     DecoderSilent = (DeviceFlags & Device1D) != 0;
     return OpenStoredReader();
+}
+
+void TellWhatIsLeftOut(WORD gone) {
+    if (const BarcodeReader* reader = FindBarcodeReader(gone)) {
+        Log(LogPriority::Warning, TEXT("the %s of the last run does not answer: its settings are dropped"),
+            reader->Name);
+    }
+    if (gone & DeviceRfid) {
+        Log(LogPriority::Warning,
+            TEXT("the RFID reader of the last run does not answer: its settings are dropped"));
+    }
 }
 
 ErrorCode FindReaders(int loaded) {
@@ -69,14 +85,14 @@ ErrorCode FindReaders(int loaded) {
     if (result != Success) {
         return result;
     }
-    const bool expected = loaded ? HasBarcodeReader() : detected == 0;
-    if (SettingsAsked && expected && (detected & DeviceBarcodeMask) == 0) {
-        return GoOnWithoutReader(loaded);
+    if (SettingsAsked && (detected & DeviceBarcodeMask) == 0) {
+        return GoOnWithoutReader(loaded, detected & DeviceRfid);
     }
     if (detected == 0) {
         return ErrorNoReader;
     }
     if (loaded) {
+        TellWhatIsLeftOut(static_cast<WORD>(DeviceFlags & ~detected));
         ReconcileDeviceFlags(detected);
     } else {
         DeviceFlags = detected;
@@ -102,6 +118,7 @@ ErrorCode ConfigureReaders() {
     return Success;
 }
 
+// The queue, beside the event that tells of its records.
 ErrorCode CreateDataQueue() {
     MSGQUEUEOPTIONS options = {};
     options.dwSize = sizeof options;
@@ -113,7 +130,7 @@ ErrorCode CreateDataQueue() {
     HANDLE reader = CreateMsgQueue(DataQueueName, &options);
     ShellState.QueueWriter = writer;
     ShellState.QueueReader = reader;
-    return writer && reader ? Success : ErrorInitialize;
+    return writer && reader && ShellState.DecodeEventHandle ? Success : ErrorInitialize;
 }
 
 ErrorCode Initialize() {

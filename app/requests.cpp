@@ -99,7 +99,7 @@ ChangeAnswer ChangeSettings(HWND window, std::span<const BYTE> change) {
         before.push_back(RecordWord(word));
     }
     TakeChange(change);
-    if (!SaveSettings()) {
+    if (SaveSettings() != 1) {
         for (std::size_t word = 0; word < RecordWords; ++word) {
             RecordWord(word) = before[word];
         }

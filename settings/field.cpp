@@ -37,6 +37,9 @@ void SetValue(const Setting& setting, WORD value) {
 }
 
 bool Changed(const Setting& setting) {
+    if (!SnapshotsTaken) {
+        return WordOf(setting, FittedReader()) != nullptr;
+    }
     return Value(setting) != ValueBefore(setting);
 }
 

@@ -114,7 +114,7 @@ Relaxed<WORD>* WordOf(const Setting& setting, ReaderType type);
 WORD Value(const Setting& setting);
 WORD ValueBefore(const Setting& setting);
 void SetValue(const Setting& setting, WORD value);
-bool Changed(const Setting& setting);  // Value differs from ValueBefore
+bool Changed(const Setting& setting);  // Value differs from ValueBefore, or nothing is known of before
 
 // The fitted reader's layout: the word is '1'.
 bool IsOn(const Setting& setting);

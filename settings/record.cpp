@@ -7,6 +7,7 @@ SymbologyBlock SymbologySettings;
 GeneralBlock GeneralSettings;
 SymbologyBlock SymbologySettingsBefore;
 GeneralBlock GeneralSettingsBefore;
+Relaxed<DWORD> SnapshotsTaken;
 
 ReaderType FittedReader() {
     const unsigned barcode = DeviceFlags & DeviceBarcodeMask;
@@ -28,4 +29,5 @@ void TakeSnapshots() {
     for (std::size_t i = 0; i < GeneralWords; ++i) {
         GeneralSettingsBefore[i] = GeneralSettings[i];
     }
+    SnapshotsTaken = 1;
 }

@@ -25,10 +25,11 @@ extern Relaxed<WORD> DeviceFlags;
 extern SymbologyBlock SymbologySettings;  // laid out by the fitted barcode reader; all zero without one
 extern GeneralBlock GeneralSettings;      // words from 110 on depend on the fitted barcode reader
 
-// The blocks as they were when the settings sheet opened; all zero before it has been opened once. The
-// downloads send what differs from them.
+// The blocks as they were when the settings sheet opened; all zero, and different in every word, before it has
+// been opened once. The downloads send what differs from them.
 extern SymbologyBlock SymbologySettingsBefore;
 extern GeneralBlock GeneralSettingsBefore;
+extern Relaxed<DWORD> SnapshotsTaken;
 
 // In the order of their bits in DeviceFlags.
 enum class ReaderType { None, Decoder1D, LongRangeLaser, Imager2D };

@@ -66,7 +66,7 @@ int SaveSettings() {
         }
     }
     DWORD written = 0;
-    WriteFile(file, image.data(), SettingsFileSize, &written, nullptr);
-    CloseHandle(file);
-    return 1;
+    const BOOL whole = WriteFile(file, image.data(), SettingsFileSize, &written, nullptr);
+    const BOOL kept = CloseHandle(file);
+    return whole && kept && written == SettingsFileSize ? 1 : -1;
 }

@@ -13,6 +13,7 @@ HANDLE OpenSettingsFile(int create);
 // where there is no file, or none of full length; -1 where there is one that cannot be opened or read.
 int LoadSettings();
 
-// Writes the record; 0 when the file cannot be created. Where nothing is chosen in ActiveDevice or DataOutput
+// Writes the record: 1; 0 when the file cannot be created, -1 when it could not be kept, so that the old one
+// stays. Where nothing is chosen in ActiveDevice or DataOutput
 // the file says so, and the record gets the first choice.
 int SaveSettings();

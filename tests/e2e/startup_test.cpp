@@ -1,7 +1,12 @@
 // Every way a start can go.
+#include <fcntl.h>
+#include <semaphore.h>
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <functional>
 
+#include "platform/linux/kernel/terminal.h"
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
 #include "tests/e2e/error_box.h"
@@ -133,6 +138,15 @@ TEST_F(Startup, WithoutADisplayAFailureIsSaidAndEndsTheProgram) {
                     {"No reader device!! (20003)", [this] { FitReaders("none"); }},
                     {"Failed to initialize Corvin!! (20022)",
                      [this] { std::filesystem::create_directory(SettingsPath()); }},
+                    {"-DecodeEvent belongs to another user or is open to others",
+                     [this] {
+                         std::filesystem::remove(SettingsPath());
+                         FitReaders("imager");
+                         const std::string event = "/vantrel-" + layer::TerminalIdentity() + "-DecodeEvent";
+                         const mode_t mask = umask(0);
+                         sem_close(sem_open(event.c_str(), O_CREAT, 0666, 0));
+                         umask(mask);
+                     }},
                     {"windows", [this] {
                          std::filesystem::remove_all(Terminal.Path("windows"));
                          WriteWholeFile(Terminal.Path("windows"), "");

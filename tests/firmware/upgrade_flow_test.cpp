@@ -41,8 +41,8 @@ std::string LargeFirmware() {
 
 class UpgradeByHand : public EndToEnd {
   protected:
-    void Begin() {
-        FitReaders("1d");
+    void Begin(const std::string& rfid = "none") {
+        FitReaders("1d", rfid);
         WriteSettings(Device1D, {{&general::CheckReaderStatus, '0'}});
         WriteWholeFile(Terminal.Path("DiskOnChip/SMALL.SHX"), SmallFirmware());
         WriteWholeFile(Terminal.Path("DiskOnChip/LARGE.SHX"), LargeFirmware());
@@ -265,7 +265,7 @@ TEST_F(UpgradeByHand, ADecoderThatStaysAwayIsAskedThirtyTimes) {
 }
 
 TEST_F(UpgradeByHand, DecoderWithoutFirmwareIsLoadedAfterARestart) {
-    Begin();
+    Begin("100");
     ASSERT_TRUE(OpenCaution());
     Wire->Command("fault power-loss after1");
     Choose("small");
@@ -273,10 +273,20 @@ TEST_F(UpgradeByHand, DecoderWithoutFirmwareIsLoadedAfterARestart) {
     Running.reset();  // as when the terminal's power goes too
     Wire->Command("power on");
     Wire->Command("restart-ms 300");
-    // Neither the settings file nor the decoder helps: the upgrade is offered all the same.
-    std::filesystem::remove(SettingsPath());
-    Running = std::make_unique<Vantrel>(std::vector<std::string>{}, std::vector<std::string>{"--settings"});
-    ASSERT_TRUE(Desktop.WaitForFocus(CautionTitle, 20000));
+    // Neither the decoder nor the settings file, as no start or one without a decoder left it, helps: the
+    // upgrade is offered all the same.
+    for (const bool started : {false, true}) {
+        std::filesystem::remove(SettingsPath());
+        if (started) {
+            WriteSettings(DeviceRfid, {});
+        }
+        Running =
+            std::make_unique<Vantrel>(std::vector<std::string>{}, std::vector<std::string>{"--settings"});
+        ASSERT_TRUE(Desktop.WaitForFocus(CautionTitle, 20000)) << started;
+        if (!started) {
+            Running.reset();
+        }
+    }
     Choose("small");
     DismissDone();
     EXPECT_TRUE(Wire->Saw("event started com1 Ver 2."));

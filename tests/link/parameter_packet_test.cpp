@@ -85,17 +85,6 @@ TEST_F(ParameterPackets, HoldOnlyWhatChanged) {
     }
 }
 
-TEST_F(ParameterPackets, SendNoNumberThatIsZeroAgainstFreshSnapshots) {
-    for (auto& word : SymbologySettingsBefore)
-        word = 0;
-    for (auto& word : GeneralSettingsBefore)
-        word = 0;
-    SetValue(SupplementaryRedundancy, 0);
-    const std::string first = PacketHex(ParameterRows::ImagerFirst);
-    EXPECT_EQ("79C60408FF", first.substr(0, 10));
-    EXPECT_EQ(std::string::npos, first.substr(0, 40).find("50"));
-}
-
 TEST(LengthParameters, FollowTheMode) {
     const struct {
         WORD Mode;

@@ -1,6 +1,9 @@
 #include "settings/settings_file.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <vector>
 
@@ -129,6 +132,21 @@ TEST_F(SettingsFileTest, WithoutAWholeFileTheRecordStays) {
     EXPECT_EQ(DeviceFlags, DeviceLaser);
     EXPECT_EQ(SymbologySettings[25], '1');
     EXPECT_EQ(GeneralSettings[0], '3');
+}
+
+TEST_F(SettingsFileTest, OneThatFindsNoRoomIsNotSaved) {
+    ASSERT_EQ(SaveSettings(), 1);
+    const Bytes old = ReadBack();
+    SetValue(general::AutoEnter, '2');
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit full{SettingsFileSize - 1, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_EQ(SaveSettings(), -1);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(ReadBack(), old);
 }
 
 TEST_F(SettingsFileTest, NobodyElseOpensTheFileMeanwhile) {

@@ -123,6 +123,7 @@ void ClearState() {
     for (auto& word : GeneralSettings)
         word = 0;
     TakeSnapshots();
+    SnapshotsTaken = 0;
     ShellState.ReaderReady = 0;
     ShellState.ReconfigureReaders = 0;
     ShellState.BarcodeThreadRun = 0;
