@@ -77,11 +77,17 @@ DWORD KeyTime() {
 
 }  // namespace
 
-// Looked for each time: the system may have been started anew between a press and its release.
+// Looked for each time: the system may have been started anew between a press and its release. One that hung
+// over the press is not found, and gets the release all the same.
 bool SendTrigger(DWORD key, bool down, DWORD time) {
     constexpr LPCWSTR Names[2][2] = {{TEXT("WM_USER1UP"), TEXT("WM_USER1DOWN")},
                                      {TEXT("WM_USER2UP"), TEXT("WM_USER2DOWN")}};
-    const HWND window = FindWindowW(TEXT("Vantrel"), TEXT("Vantrel v1.29"));
+    static HWND pressed = nullptr;
+    HWND window = FindWindowW(TEXT("Vantrel"), TEXT("Vantrel v1.29"));
+    if (window == nullptr && !down) {
+        window = pressed;
+    }
+    pressed = down ? window : nullptr;
     if (window == nullptr) {
         std::fputs("vantrel-trigger: vantrel does not run on this terminal\n", stderr);
         return false;

@@ -61,6 +61,11 @@ TEST_F(Setup, TerminalWithoutAnRfidReaderWorks) {
     EXPECT_TRUE(Said("in use by vantrel (process " + std::to_string(Running->Id()) + ")")) << output_;
     EXPECT_TRUE(Said("end it first")) << output_;
     EXPECT_TRUE(Running->End());
+    // The barcode reader now hangs where the RFID reader was.
+    fs::remove(Terminal.Path("COM2"));
+    fs::create_symlink(devices_[1], Terminal.Path("COM2"));
+    EXPECT_EQ(Run({"--yes"}), 0) << output_;
+    EXPECT_EQ(Link("COM2"), "/dev/null") << output_;
     // A device that does not answer takes no link away.
     fs::remove(Terminal.Path("COM1"));
     fs::create_symlink("/dev/serial/by-id/unplugged", Terminal.Path("COM1"));

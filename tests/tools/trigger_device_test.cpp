@@ -152,6 +152,15 @@ TEST_F(TriggerDevice, KeyComesUpWithItsDeviceAndWithTheProgram) {
     EXPECT_EQ(program_->Wait(), 0);
 }
 
+TEST_F(TriggerDevice, AProgramThatHungOverThePressGetsTheRelease) {
+    Pedal pedal(terminal_.Path("pedal"));
+    Watch({"--device", terminal_.Path("pedal"), "--key", "BTN_TRIGGER"});
+    pedal.Plug();
+    pedal.Send({{BTN_TRIGGER, 1}, {BTN_TRIGGER, 0}});
+    std::this_thread::sleep_for(5500ms);  // longer than a message waits for its answer
+    EXPECT_EQ(Sent(10), "down1 up1 ");
+}
+
 TEST_F(TriggerDevice, CommandLines) {
     for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
              {"--device", "x"},

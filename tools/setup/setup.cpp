@@ -99,10 +99,18 @@ bool Link(const std::string& name, const std::string& target) {
     return true;
 }
 
-// Links the port to the reader that was found, or to nothing where there was none and no link either.
-bool Connect(const SetupOptions& options, const std::string& name, const std::string& reader) {
+bool SameDevice(const std::string& one, const std::string& other) {
+    std::error_code none;
+    const fs::path device = fs::canonical(one, none);
+    return !device.empty() && device == fs::canonical(other, none);
+}
+
+// Links the port to the reader that was found, or to nothing where there was none, and no link either, or one
+// to what has turned out to be the other port's reader.
+bool Connect(const SetupOptions& options, const std::string& name, const std::string& reader,
+             const std::string& other) {
     const std::string now = Target(layer::TerminalFolder() + "/" + name);
-    if (reader.empty() && !now.empty()) {
+    if (reader.empty() && !now.empty() && !SameDevice(now, other)) {
         const bool there = fs::exists(now);
         std::printf("%s stays at %s%s\n", name.c_str(), now.c_str(),
                     there ? "" : ", which is not there now: plug it in, or remove the link");
@@ -146,8 +154,8 @@ int SetUp(const SetupOptions& options, const std::vector<SerialDevice>& devices)
         std::printf("No reader was found; the links stay as they are.\n");
         return 1;
     }
-    const bool linked = Connect(options, "COM1", barcode);
-    return Connect(options, "COM2", rfid) && linked ? 0 : 1;
+    const bool linked = Connect(options, "COM1", barcode, rfid);
+    return Connect(options, "COM2", rfid, barcode) && linked ? 0 : 1;
 }
 
 }  // namespace
