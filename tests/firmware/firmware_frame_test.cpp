@@ -50,11 +50,12 @@ TEST(FirmwareFrame, BytesOfAFrame) {
                        "AABBF8\r\nS9030000FC\r\n"),
               s2);
     // A count that fills its byte, and a checksum of 00.
-    const auto longest = FramesOf(RecordLine('3', 0x10, Octets(249, 0)) + "S7");
+    const auto longest = FramesOf(RecordLine('3', 0x10, Ascending(249)) + "S7");
     ASSERT_EQ(longest.size(), 1u);
     EXPECT_EQ(longest[0].size(), 258u);
     EXPECT_EQ(longest[0][2], 254);
-    EXPECT_EQ(longest[0][256], 0xFF - (254 + 0x10) % 256);
+    EXPECT_EQ(longest[0][255], 248);
+    EXPECT_EQ(longest[0][256], 0xFF - (254 + 0x10 + 248 * 249 / 2) % 256);
     EXPECT_EQ(longest[0][257], 0x0D);
     EXPECT_EQ(FramesOf(RecordLine('3', 0, {0xF9}) + "S7")[0][8], 0x00);
 }

@@ -2,9 +2,6 @@
 // becomes of files and dialogs when something fails on the way.
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <QEvent>
 #include <algorithm>
 #include <random>
@@ -59,10 +56,6 @@ class FirmwareTransfer : public testing::Test {
     }
     ~FirmwareTransfer() override { CloseReaderPort(ShellState.BarcodePort); }
 
-    HANDLE OpenFirmware() {
-        return CreateFileW(FirmwareName, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                           nullptr);
-    }
     std::string FirmwarePath() const { return Terminal.Path("DiskOnChip/F.SHX"); }
 
     ErrorCode Load(const std::string& text) {
@@ -265,23 +258,6 @@ TEST_F(FirmwareTransfer, PowerLossAtEveryFrame) {
     BYTE version[32] = {};
     EXPECT_EQ(QueryFirmwareVersion(ShellState.BarcodePort, 5000, version), Success);
     EXPECT_EQ(std::string(reinterpret_cast<char*>(version)).substr(0, 6), "Ver 2.");
-}
-
-TEST_F(FirmwareTransfer, FileThatCannotBeReadOn) {
-    WriteWholeFile(FirmwarePath(), std::string(100 * Good.size(), 'x'));
-    HANDLE file = OpenFirmware();
-    FileChunk chunk;
-    std::span<const BYTE> read;
-    EXPECT_EQ(ReadFirmwareChunk(file, chunk, read), Success);
-    EXPECT_EQ(read.size(), chunk.size());
-    // The card's file system lost the rest.
-    ASSERT_EQ(truncate(FirmwarePath().c_str(), 300), 0);
-    EXPECT_EQ(ReadFirmwareChunk(file, chunk, read), Success);
-    EXPECT_EQ(read.size(), 44u);
-    EXPECT_EQ(ReadFirmwareChunk(file, chunk, read), ErrorFirmwareRead);
-    CloseHandle(file);
-    EXPECT_EQ(CheckFirmwareFile(file), ErrorDownload);
-    EXPECT_EQ(TransferFirmwareFile(nullptr, file), ErrorDownload);
 }
 
 }  // namespace

@@ -62,9 +62,3 @@ QWidget* ControlsTest::WidgetOf(HWND window) {
 void ControlsTest::Then(std::function<void()> step) {
     QTimer::singleShot(0, qApp, std::move(step));
 }
-
-void ControlsTest::RunLoop() {
-    bool over = false;
-    Then([&] { over = true; });
-    EXPECT_TRUE(layer::RunModalLoop([&] { return over; }));
-}

@@ -20,8 +20,6 @@ class ControlsTest : public testing::Test {
     static QWidget* WidgetOf(HWND window);
     // Runs the step once the messages are waited for.
     static void Then(std::function<void()> step);
-    // A loop of its own that soon ends, as an editor or a message box runs it inside a notification.
-    static void RunLoop();
 
     TemporaryTerminal terminal_;
     HWND window_ = nullptr;

@@ -111,22 +111,6 @@ TEST_F(UpDownTest, TakesTheEndOfItsNeighboursPlace) {
     EXPECT_GE(buttons.width(), 2 * 20);
 }
 
-TEST_F(UpDownTest, OutlivesItsNeighbour) {
-    DestroyWindow(edit_);
-    layer::PumpMessages();
-    Tap(Qt::UpArrow);
-    // And goes inside the change that it makes itself.
-    edit_ = Make(u"Edit", NumberEdit, QRect(10, 50, 100, 28), 201);
-    upDown_ = Make(u"msctls_updown32", Attached, {}, 911);
-    onChange_ = [&] {
-        DestroyWindow(upDown_);
-        DestroyWindow(edit_);
-    };
-    QTest::keyClick(Edit(), Qt::Key_Up);
-    EXPECT_FALSE(IsWindow(upDown_));
-    layer::PumpMessages();
-}
-
 // ---- corrections while typing
 
 TEST_F(UpDownTest, ACorrectionKeepsTheCursorInFrontOfTheSameRest) {
@@ -154,16 +138,6 @@ TEST_F(UpDownTest, ACorrectionKeepsTheCursorInFrontOfTheSameRest) {
         EXPECT_EQ(Text(), step.After) << step.Before;
         EXPECT_EQ(Edit()->cursorPosition(), step.CursorAfter) << step.Before;
     }
-}
-
-TEST_F(UpDownTest, ACorrectionThatIsNeverContentEnds) {
-    onChange_ = [&] { SetText(Text() == "1" ? "2" : "1"); };
-    QTest::keyClicks(Edit(), "7");
-    EXPECT_LT(changes_, 100);
-    onChange_ = nullptr;
-    changes_ = 0;
-    SetText("5");
-    EXPECT_EQ(changes_, 1);
 }
 
 // ---- progress

@@ -118,7 +118,6 @@ class TreeTest : public ControlsTest {
     HWND tree_ = nullptr;
     HIMAGELIST images_ = nullptr;
     std::vector<Told> told_;
-    std::function<void(UINT)> react_;
 
   private:
     void Note(const NMHDR& header) {
@@ -136,8 +135,5 @@ class TreeTest : public ControlsTest {
             told.Flags = hit.flags;
         }
         told_.push_back(told);
-        if (react_) {
-            react_(header.code);
-        }
     }
 };

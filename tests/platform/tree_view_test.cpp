@@ -196,31 +196,4 @@ TEST_F(TreeTest, TheValueAtTheEndOfALongRowIsThere) {
     EXPECT_EQ(View()->horizontalScrollBar()->maximum(), 0);
 }
 
-// ---- what may happen inside a notification
-
-TEST_F(TreeTest, ItemsAndTheTreeItselfMayGoInsideANotification) {
-    HTREEITEM a = Insert(TVI_ROOT, TVI_LAST, u"first");
-    HTREEITEM b = Insert(TVI_ROOT, TVI_LAST, u"second");
-    react_ = [&](UINT) { Delete(a); };
-    Click(LabelOf(a));
-    EXPECT_EQ(Get(TVGN_ROOT), b);
-    react_ = [&](UINT) { Delete(TVI_ROOT); };
-    Select(b);
-    Key(Qt::Key_Return);
-    EXPECT_EQ(Get(TVGN_ROOT), nullptr);
-
-    HTREEITEM c = Insert(TVI_ROOT, TVI_LAST, u"third");
-    Select(c);
-    // In a loop of its own meanwhile, as an editor has it.
-    react_ = [&](UINT) {
-        DestroyWindow(tree_);
-        RunLoop();
-    };
-    const std::size_t before = told_.size();
-    QTest::mouseClick(View()->viewport(), Qt::LeftButton, {}, LabelOf(c));
-    EXPECT_EQ(told_.size(), before + 1);
-    EXPECT_FALSE(IsWindow(tree_));
-    layer::PumpMessages();
-}
-
 }  // namespace

@@ -4,9 +4,7 @@
 #include <QApplication>
 #include <QImageReader>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMenu>
-#include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
@@ -24,22 +22,12 @@
 namespace {
 
 std::vector<std::pair<UINT, WPARAM>> Seen;
-std::function<INT_PTR(HWND, UINT, WPARAM, LPARAM)> DialogHandler;
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_COMMAND) {
         Seen.emplace_back(message, wParam);
         return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);
-}
-
-INT_PTR CALLBACK DialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    return DialogHandler ? DialogHandler(dialog, message, wParam, lParam) : 0;
-}
-
-QWidget* WidgetOf(HWND window) {
-    const layer::WindowPtr object = layer::FindWindowObject(window);
-    return object != nullptr ? object->Widget() : nullptr;
 }
 
 // The button of the message box that shows the text; null when there is none.
@@ -73,78 +61,13 @@ class DialogsTest : public testing::Test {
         ASSERT_NE(window_, nullptr);
     }
     void TearDown() override {
-        DialogHandler = nullptr;
         DestroyWindow(window_);
         layer::ForgetQuit();
         layer::PumpMessages();
     }
-    // Runs the text editor; the procedure ends it with the id of OK or Cancel.
-    INT_PTR RunEditor(std::function<void(HWND)> begin, std::function<void(HWND)> act) {
-        DialogHandler = [=, this](HWND dialog, UINT message, WPARAM wParam, LPARAM) -> INT_PTR {
-            if (message == WM_INITDIALOG) {
-                begin(dialog);
-                Then([=] { act(dialog); });
-                return 1;
-            }
-            if (message == WM_COMMAND && (LOWORD(wParam) == IDOK || LOWORD(wParam) == IDCANCEL)) {
-                EndDialog(dialog, LOWORD(wParam));
-                return 1;
-            }
-            return 0;
-        };
-        return DialogBoxParamW(nullptr, MAKEINTRESOURCEW(IDD_TEXT_EDITOR), window_, DialogProcedure, 0);
-    }
-
     TemporaryTerminal terminal_;
     HWND window_ = nullptr;
 };
-
-TEST_F(DialogsTest, EveryWayToEndADialog) {
-    const auto click = [](HWND d, int id) { QTest::mouseClick(WidgetOf(GetDlgItem(d, id)), Qt::LeftButton); };
-    const auto key = [](HWND d, Qt::Key pressed) {
-        QTest::keyClick(WidgetOf(GetDlgItem(d, IDC_EDIT)), pressed);
-    };
-    const struct {
-        std::function<void(HWND)> Way;
-        INT_PTR Result;
-    } ways[] = {{[&](HWND d) { click(d, IDOK); }, IDOK},
-                {[&](HWND d) { click(d, IDCANCEL); }, IDCANCEL},
-                {[&](HWND d) { key(d, Qt::Key_Return); }, IDOK},
-                {[&](HWND d) { key(d, Qt::Key_Escape); }, IDCANCEL},
-                {[&](HWND d) { WidgetOf(d)->close(); }, IDCANCEL},
-                {[&](HWND d) { DestroyWindow(d); }, IDCANCEL},
-                {[&](HWND) { PostQuitMessage(0); }, IDCANCEL},
-                {[&](HWND) { DestroyWindow(window_); }, IDCANCEL}};
-    for (const auto& way : ways) {
-        EXPECT_EQ(RunEditor([](HWND) {}, way.Way), way.Result) << &way - ways;
-        layer::ForgetQuit();
-    }
-    EXPECT_EQ(RunEditor([](HWND d) { EndDialog(d, 77); }, [](HWND) {}), 77) << "before it was shown";
-    EXPECT_EQ(DialogBoxParamW(nullptr, MAKEINTRESOURCEW(9999), nullptr, DialogProcedure, 0), -1);
-}
-
-// The button of a dialog is clicked, its dialog goes while the click is handled, and another loop runs on
-// top.
-TEST_F(DialogsTest, ADialogMayGoInsideItsOwnNotification) {
-    DialogHandler = [this](HWND dialog, UINT message, WPARAM wParam, LPARAM) -> INT_PTR {
-        if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
-            DestroyWindow(dialog);
-            Then([] { QTest::mouseClick(BoxButton("gone"), Qt::LeftButton); });
-            Seen.emplace_back(0, MessageBoxW(window_, TEXT("gone"), TEXT("box"), MB_OK));
-            return 1;
-        }
-        return 0;
-    };
-    const HWND dialog =
-        CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_CAUTION), window_, DialogProcedure, 0);
-    ASSERT_NE(dialog, nullptr);
-    QPointer<QWidget> button = WidgetOf(GetDlgItem(dialog, IDOK));
-    QTest::mouseClick(button, Qt::LeftButton);
-    ASSERT_EQ(Seen.size(), 1u);
-    EXPECT_EQ(Seen[0].second, static_cast<WPARAM>(IDOK));
-    layer::PumpMessages();
-    EXPECT_TRUE(button.isNull());
-}
 
 QMenu* OpenMenu() {
     return qobject_cast<QMenu*>(QApplication::activePopupWidget());
@@ -205,8 +128,7 @@ TEST_F(DialogsTest, AnIconHasEveryPictureOfItsFile) {
 }
 
 TEST_F(DialogsTest, ABoxGivesTheFocusBackAndGoesWithItsOwner) {
-    const HWND dialog =
-        CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_CAUTION), window_, DialogProcedure, 0);
+    const HWND dialog = CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_CAUTION), window_, nullptr, 0);
     const struct {
         std::function<void()> End;
         int Result;

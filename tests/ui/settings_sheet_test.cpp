@@ -60,6 +60,21 @@ TEST_F(SheetTest, HasAPagePerReaderAndOpensOnTheGeneralOne) {
     }
 }
 
+TEST_F(SheetTest, KeysTurnThePagesWhoseTreesFillThem) {
+    Open(Device1D | DeviceImager);
+    auto* tabs = SheetWidget()->findChild<QTabBar*>();
+    for (const int page : {0, 1, 2, 1}) {
+        const bool back = tabs->currentIndex() == 2 && page == 1;
+        QTest::keyClick(QApplication::focusWidget(), back ? Qt::Key_Backtab : Qt::Key_Tab,
+                        Qt::ControlModifier | (back ? Qt::ShiftModifier : Qt::NoModifier));
+        layer::PumpMessages();
+        EXPECT_EQ(tabs->currentIndex(), page);
+        const QWidget* tree = QApplication::focusWidget();
+        ASSERT_TRUE(tree->inherits("QTreeView")) << "the page has the keys";
+        EXPECT_EQ(tree->geometry().bottom() + 1, tree->parentWidget()->height());
+    }
+}
+
 TEST_F(SheetTest, SwitchesTheReadersOffAndKeepsWhatTheyHold) {
     Fit(Device1D);
     ShellState.BarcodeEnabled = 1;

@@ -209,29 +209,21 @@ void SheetWindow::Notify(WindowObject& page, UINT code) {
     page.Message(WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
 }
 
-// A page may show a box of its own meanwhile, over a sheet whose buttons can still be pressed.
 void SheetWindow::Apply() {
-    if (notifying_) {
-        return;
-    }
     const WindowPtr keep = shared_from_this();
-    notifying_ = true;
     for (const Page& page : pages_) {
         if (page.Window != nullptr && !Gone()) {
             Notify(*page.Window, PSN_APPLY);
         }
     }
-    notifying_ = false;
 }
 
 void SheetWindow::Cancel() {
-    if (notifying_ || shown_ < 0) {
+    if (shown_ < 0) {
         return;
     }
     const WindowPtr keep = shared_from_this();
-    notifying_ = true;
     Notify(*pages_[static_cast<std::size_t>(shown_)].Window, PSN_QUERYCANCEL);
-    notifying_ = false;
 }
 
 namespace {

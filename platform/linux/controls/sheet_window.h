@@ -77,7 +77,6 @@ class SheetWindow : public WindowObject {
     bool fills_;  // all that is free of the screen
     std::vector<Page> pages_;
     int shown_ = -1;
-    bool notifying_ = false;
     std::shared_ptr<TabControl> tabs_;
     WindowPtr ok_, cancel_;
 };

@@ -99,8 +99,6 @@ class TextControl : public WindowObject {
 };
 
 constexpr int NoLimit = 32767;
-// Corrections within corrections that are told; one that is never content ends here.
-constexpr int DeepestChange = 16;
 
 EditControl::EditControl(const WindowInit& init)
     : WindowObject(init), edit_(new QLineEdit(init.Parent->Client())) {
@@ -111,11 +109,9 @@ EditControl::EditControl(const WindowInit& init)
         edit_->setInputMethodHints(Qt::ImhDigitsOnly);
     }
     QObject::connect(edit_, &QLineEdit::textChanged, edit_, [this] {
-        if (telling_ < DeepestChange) {
-            ++telling_;
-            Command(EN_CHANGE);
-            --telling_;
-        }
+        ++telling_;
+        Command(EN_CHANGE);
+        --telling_;
     });
     SetWidget(edit_);
 }
