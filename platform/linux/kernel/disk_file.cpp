@@ -154,8 +154,9 @@ class DiskFile : public Stream {
         }
         const std::string folder = replaces_.substr(0, replaces_.rfind('/') + 1);
         const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (directory) {
-            fsync(directory.Number());
+        if (!directory || fsync(directory.Number()) != 0) {
+            Say(LogPriority::Warning, "%s is saved, but a power failure may bring the old one back: %s",
+                replaces_.c_str(), std::strerror(errno));
         }
         return true;
     }
