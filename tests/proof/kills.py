@@ -1,19 +1,22 @@
 #!/usr/bin/env python3
 """Kills the real program at random moments of starts, scans and saves, and looks at what the next start makes of it.
 
-  kills.py PROGRAMS COUNT [--seed N] [--terminals N]
+  kills.py PROGRAMS COUNT [--upgrades x] [--seed N] [--terminals N]
 
 After each kill the settings file has to be the old or the new one, whole. Each start that is not killed has to come
-up and to deliver a label of its own, and nothing that was presented before. Ends with 1 on the first contradiction.
+up and to deliver a label of its own, and nothing that was presented before. With upgrades the kills are in firmware
+upgrades, by keys on an X server each: the next start offers the upgrade to a decoder that has lost its firmware, and
+takes it to its end; then the decoder reads. Ends with 1 on the first contradiction.
 """
 
 import json
-import random
 import subprocess
+import sys
 import time
 
 from many import run_many
-from terminal import Failure, Lines, Terminal, settings_file, wait_for
+from screen import Screen
+from terminal import SETTINGS_OPEN, Failure, Lines, Terminal, settings_file, wait_for
 
 READERS = {"1d": "label A", "laser": "label 1", "imager": "label 1"}
 GENERAL = 760  # where the words of the general settings begin in the file
@@ -25,11 +28,12 @@ ITEMS = {"GoodReadBeep": (1, [(f"Sound {n}", 0x30 + n) for n in range(1, 10)]),
 
 class Victim:
     """A terminal that is killed again and again."""
+    readers = sorted(READERS)
 
     def __init__(self, programs, folder, chance):
         self.random = chance
         self.terminal = Terminal(programs, folder)
-        self.reader = chance.choice(sorted(READERS))
+        self.reader = chance.choice(self.readers)
         self.label = READERS[self.reader]
         self.number = 0
         self.counts = {}
@@ -123,5 +127,79 @@ class Victim:
         self.count(kind.__name__.replace("_", "ed ", 1))
 
 
+def s_record(kind, body):
+    body = bytes([len(body) + 1]) + body
+    return f"S{kind}{body.hex().upper()}{~sum(body) & 0xFF:02X}\r\n"
+
+
+FIRMWARE = "".join(s_record(3, (at * 128).to_bytes(4, "big") + bytes(128)) for at in range(300)) + s_record(7, bytes(4))
+
+
+class Upgraded(Victim):
+    """A terminal whose upgrades are killed, and repeated."""
+    readers = ["1d"]
+
+    def __init__(self, programs, folder, chance):
+        super().__init__(programs, folder, chance)
+        self.screen = Screen(self.terminal)
+        self.terminal.environment["VANTREL_KEYBOARD"] = f"trace:{self.terminal.keys}"
+        (self.terminal.home / "DiskOnChip" / "f.shx").write_text(FIRMWARE, newline="")
+
+    def look_at_file(self):
+        """No upgrade changes it; a start may miss a reader on a machine that is busy, and saves which it has found."""
+        content = self.terminal.settings.read_bytes()
+        if content[:40] + content[42:] != self.fresh[:40] + self.fresh[42:]:
+            raise Failure(f"an upgrade has changed the settings file: {len(content)} bytes")
+
+    def window(self, title, seconds):
+        try:
+            wait_for(title, lambda: self.screen.ask("search", "--onlyvisible", "--name", f"^{title}$"), seconds, 0.1)
+        except Failure:
+            return False
+        time.sleep(0.3)  # it takes the focus
+        return True
+
+    def press(self, *keys):
+        for key in keys:
+            self.screen.press(key)
+            time.sleep(0.05)
+
+    def begin(self, expected=False):
+        """From the start to the chosen file; whether the warning came by itself."""
+        self.terminal.system = self.terminal.start("vantrel", "--settings", stderr=subprocess.DEVNULL)
+        wait_for("the settings", lambda: self.terminal.flags() & SETTINGS_OPEN)
+        time.sleep(0.5)
+        offered = self.window("Caution", 6 if expected else 0.5)
+        if not offered:
+            self.press("F2", "F7")
+        for title, keys in ("Caution", ["Return"]), ("Open", ["Tab", *"f.shx", "Return"]):
+            if not self.window(title, 20):
+                raise Failure(f"no window {title}")
+            self.press(*keys)
+        return offered
+
+    def once(self):
+        mark = self.terminal.readers.mark()
+        self.begin()
+        self.kill(self.random.choice((1, 7)) * self.random.random())
+        events = " ".join(self.terminal.readers.since(mark))
+        sent = "event end-frame" in events
+        if sent:
+            self.terminal.readers.wait(mark, lambda line: line.startswith("event started"), 10)
+        lost = "event download-mode" in events and not sent
+        self.count("upgrades killed " + ("before the end" if lost else "at the edges"))
+        self.look_at_file()
+        if lost and not self.begin(True):
+            raise Failure("the upgrade is not offered to a decoder without firmware")
+        if lost:
+            if not self.window("Firmware Upgrade", 200):
+                raise Failure("the upgrade does not come to its end")
+            self.press("Return")
+            self.kill(1)
+            self.count("upgrades repeated to the end")
+        self.start()
+        self.kill(0)
+
+
 if __name__ == "__main__":
-    run_many(__doc__, Victim)
+    run_many(__doc__, Upgraded if "--upgrades" in sys.argv else Victim, {"--upgrades": False})

@@ -6,7 +6,7 @@ import subprocess
 from terminal import Failure, wait_for
 
 KEYS = {"Tab": 0xFF09, "Return": 0xFF0D, "Home": 0xFF50, "Down": 0xFF54, "Right": 0xFF53, "space": 0x20,
-        "Control": 0xFFE3}
+        "Control": 0xFFE3, "F2": 0xFFBF, "F7": 0xFFC4}
 
 
 class Screen:
@@ -37,7 +37,7 @@ class Screen:
         self.ask("windowfocus", "--sync", self.window)
 
     def press(self, name, held=None):
-        codes = [self.x.XKeysymToKeycode(self.display, ctypes.c_ulong(KEYS[key])) for key in (held, name) if key]
+        codes = [self.x.XKeysymToKeycode(self.display, ctypes.c_ulong(KEYS.get(key) or ord(key))) for key in (held, name) if key]
         for way, order in ((1, codes), (0, codes[::-1])):
             for code in order:
                 self.test.XTestFakeKeyEvent(self.display, code, way, ctypes.c_ulong(0))

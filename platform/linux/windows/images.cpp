@@ -109,6 +109,7 @@ QIcon LoadIconResource(WORD number) {
     QByteArray file = IconFile(number);
     QBuffer buffer(&file);
     QImageReader reader(&buffer, "ICO");
+    reader.setAutoDetectImageFormat(false);  // or the plug-ins of all formats are loaded
     QIcon icon;
     for (int i = 0; i < reader.imageCount() && reader.jumpToImage(i); ++i) {
         icon.addPixmap(QPixmap::fromImageReader(&reader));

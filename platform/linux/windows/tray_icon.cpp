@@ -128,23 +128,24 @@ class NotificationIcon {
     TrayWatcher watcher_;
 };
 
-std::vector<std::unique_ptr<NotificationIcon>>& Icons() {
+std::vector<std::unique_ptr<NotificationIcon>>& NotificationIcons() {
     static auto* icons = new std::vector<std::unique_ptr<NotificationIcon>>;
     return *icons;
 }
 
 BOOL AddIcon(const NOTIFYICONDATAW& data) {
-    for (const auto& icon : Icons()) {
+    for (const auto& icon : NotificationIcons()) {
         if (icon->Is(data.hWnd, data.uID)) {
             return FALSE;
         }
     }
-    Icons().push_back(std::make_unique<NotificationIcon>(data));
+    NotificationIcons().push_back(std::make_unique<NotificationIcon>(data));
     return TRUE;
 }
 
 BOOL DeleteIcon(const NOTIFYICONDATAW& data) {
-    return std::erase_if(Icons(), [&](const auto& icon) { return icon->Is(data.hWnd, data.uID); }) != 0
+    return std::erase_if(NotificationIcons(),
+                         [&](const auto& icon) { return icon->Is(data.hWnd, data.uID); }) != 0
                ? TRUE
                : FALSE;
 }
@@ -152,7 +153,7 @@ BOOL DeleteIcon(const NOTIFYICONDATAW& data) {
 }  // namespace
 
 void RemoveNotificationIcons() {
-    Icons().clear();
+    NotificationIcons().clear();
 }
 
 }  // namespace layer
@@ -175,7 +176,7 @@ BOOL Shell_NotifyIconW(DWORD action, NOTIFYICONDATAW* data) {
 
 HRESULT Shell_NotifyIconGetRect(const NOTIFYICONIDENTIFIER* identifier, RECT* place) {
     return layer::OnMain([=]() -> HRESULT {
-        for (const auto& icon : layer::Icons()) {
+        for (const auto& icon : layer::NotificationIcons()) {
             const QRect found = icon->Place();
             if (icon->Is(identifier->hWnd, identifier->uID) && !found.isEmpty()) {
                 *place = {found.left(), found.top(), found.right() + 1, found.bottom() + 1};
