@@ -4,8 +4,11 @@
 #include "platform/window.h"
 
 #ifdef _WIN32
-#include <commctrl.h>
-#include "platform/win32/renamed.h"
+
+#include "platform/win32/wrapped.h"
+#define PropertySheetW TerminalPropertySheetW
+#define GetMessagePos TerminalGetMessagePos
+
 #else
 
 struct IMAGELIST_TAG;

@@ -7,6 +7,8 @@
 
 #include "platform/win32/wrapped.h"
 #define CloseHandle TerminalCloseHandle
+#define CreateEventW TerminalCreateEventW
+#define CreateMutexW TerminalCreateMutexW
 
 #else
 

@@ -6,6 +6,7 @@
 
 #ifdef _WIN32
 
+#define FindWindowW TerminalFindWindowW
 #define SendMessageW TerminalSendMessageW
 #define CreateWindowExW TerminalCreateWindowExW
 #define ShowWindow TerminalShowWindow

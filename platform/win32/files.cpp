@@ -1,5 +1,5 @@
 // Files of the terminal folder, and ports by their names.
-#include <array>
+#include <map>
 
 #include "platform/win32/serial_port.h"
 #include "platform/win32/terminal.h"
@@ -11,22 +11,12 @@ using layer::Guard;
 
 // A file that takes its place when it is closed: until then, and when anything fails, the old one stays.
 struct Replacement {
-    HANDLE File = nullptr;
     std::wstring Written, Target;
     bool Failed = false;
 };
 
 SRWLOCK FilesLock = SRWLOCK_INIT;
-std::array<Replacement, 8> Replacements;  // under the lock
-
-Replacement* FindReplacement(HANDLE file) {
-    for (Replacement& entry : Replacements) {
-        if (entry.File == file) {
-            return &entry;
-        }
-    }
-    return nullptr;
-}
+std::map<HANDLE, Replacement> Replacements;  // under the lock
 
 HANDLE CreateReplacing(const std::wstring& target, DWORD access, LPSECURITY_ATTRIBUTES security) {
     const DWORD there = GetFileAttributesW(target.c_str());
@@ -35,27 +25,21 @@ HANDLE CreateReplacing(const std::wstring& target, DWORD access, LPSECURITY_ATTR
         SetLastError(ERROR_ACCESS_DENIED);
         return INVALID_HANDLE_VALUE;
     }
-    const Guard guard(FilesLock);
-    Replacement* const entry = FindReplacement(nullptr);
-    if (entry == nullptr) {
-        SetLastError(ERROR_TOO_MANY_OPEN_FILES);
-        return INVALID_HANDLE_VALUE;
-    }
     const std::wstring written = target + L".new";
     const HANDLE file =
         CreateFileW(written.c_str(), access, 0, security, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file != INVALID_HANDLE_VALUE) {
-        *entry = {file, written, target, false};
+        const Guard guard(FilesLock);
+        Replacements[file] = {written, target};
     }
     return file;
 }
 
-void PutInPlace(const Replacement& done) {
+void PutInPlace(const Replacement& done, bool whole) {
     const LPCWSTR written = done.Written.c_str(), target = done.Target.c_str();
     const bool placed =
-        !done.Failed &&
-        (ReplaceFileW(target, written, nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) ||
-         MoveFileExW(written, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+        whole && (ReplaceFileW(target, written, nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) ||
+                  MoveFileExW(written, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
     if (!placed) {
         DeleteFileW(written);
     }
@@ -100,8 +84,8 @@ BOOL WINAPI TerminalWriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD w
         return TRUE;
     }
     const Guard guard(FilesLock);
-    if (Replacement* const entry = FindReplacement(file)) {
-        entry->Failed = true;
+    if (const auto entry = Replacements.find(file); entry != Replacements.end()) {
+        entry->second.Failed = true;
     }
     return FALSE;
 }
@@ -114,20 +98,16 @@ BOOL WINAPI TerminalCloseHandle(HANDLE object) {
         port->Close();
         return TRUE;
     }
-    Replacement done;
+    decltype(Replacements)::node_type done;
     {
         const Guard guard(FilesLock);
-        if (Replacement* const entry = FindReplacement(object)) {
-            std::swap(done, *entry);
-        }
+        done = Replacements.extract(object);
     }
     // The content has to be on the disk before the name points at it.
-    if (done.File != nullptr && !FlushFileBuffers(object)) {
-        done.Failed = true;
-    }
+    const bool whole = !done.empty() && !done.mapped().Failed && FlushFileBuffers(object);
     const BOOL closed = CloseHandle(object);
-    if (done.File != nullptr) {
-        PutInPlace(done);
+    if (!done.empty()) {
+        PutInPlace(done.mapped(), whole);
     }
     return closed;
 }

@@ -1,29 +1,32 @@
-// Kernel calls that desktop Windows lacks.
+// Shared names of one terminal, kernel calls that desktop Windows lacks, and a program's end.
 #include "platform/kernel.h"
 
-#include <cstring>
+#include <cstdio>
 
+#include "platform/program.h"
 #include "platform/win32/terminal.h"
 
-namespace {
+#undef CreateEventW
+HANDLE WINAPI TerminalCreateEventW(LPSECURITY_ATTRIBUTES security, BOOL manualReset, BOOL initialState,
+                                   LPCWSTR name) {
+    return CreateEventW(security, manualReset, initialState,
+                        name != nullptr ? layer::SharedName(name).c_str() : nullptr);
+}
 
-constexpr DWORD VibratorCode = 0x24321015;
-
-}  // namespace
+#undef CreateMutexW
+HANDLE WINAPI TerminalCreateMutexW(LPSECURITY_ATTRIBUTES security, BOOL initialOwner, LPCWSTR name) {
+    return CreateMutexW(security, initialOwner, layer::SharedName(name).c_str());
+}
 
 BOOL EventModify(HANDLE event, DWORD action) {
     return action == EVENT_SET && SetEvent(event);
 }
 
 // The vibrator is a file: `1` while it runs, else `0`.
-BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID, DWORD, LPDWORD returned) {
-    DWORD value = 0;
-    if (code != VibratorCode || input == nullptr || inputSize < sizeof value) {
+BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID, DWORD, LPDWORD) {
+    constexpr DWORD vibrator = 0x24321015;
+    if (code != vibrator || input == nullptr || inputSize < sizeof(DWORD)) {
         return FALSE;
-    }
-    std::memcpy(&value, input, sizeof value);
-    if (returned != nullptr) {
-        *returned = 0;
     }
     const HANDLE file =
         CreateFileW((layer::TerminalFolder() + L"\\VIBRATOR").c_str(), GENERIC_WRITE,
@@ -32,6 +35,17 @@ BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID, DWORD, L
         return FALSE;
     }
     DWORD written = 0;
-    const BOOL done = WriteFile(file, value != 0 ? "1" : "0", 1, &written, nullptr);
-    return CloseHandle(file) && done;
+    const BOOL done = WriteFile(file, *static_cast<DWORD*>(input) != 0 ? "1" : "0", 1, &written, nullptr);
+    return TerminalCloseHandle(file) && done;
+}
+
+void layer::StartHiddenWindows() {}
+
+void layer::EndOnSignal() {
+    SetConsoleCtrlHandler([](DWORD) -> BOOL { EndProgram(0); }, TRUE);
+}
+
+void layer::EndProgram(int code) {
+    std::fflush(nullptr);
+    ExitProcess(static_cast<UINT>(code));
 }

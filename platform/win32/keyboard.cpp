@@ -1,6 +1,7 @@
 // Typed keys: the application in front gets the character that a US keyboard would give, whatever its layout.
+#include <algorithm>
 #include <array>
-#include <atomic>
+#include <utility>
 
 #include "platform/keyboard.h"
 
@@ -20,7 +21,15 @@ constexpr std::array<UsKey, 21> UsKeys = {{
     {VK_OEM_7, '\'', '"'},
 }};
 
-std::atomic<bool> ShiftDown = false;
+// A stroke goes out as one, from its first key down to its last key up: no program that is paused or killed
+// leaves a key down. Only Tab is held.
+struct Stroke {
+    std::array<INPUT, 8> Events{};
+    UINT Count = 0;
+    int Held = 0;  // keys
+    bool Shift = false;
+};
+thread_local Stroke Current;
 
 // 0 for a key without a character of its own on a US keyboard.
 char UsCharacter(BYTE key, bool shift) {
@@ -46,23 +55,28 @@ bool GivesCharacter(BYTE key, bool shift, char character) {
 }  // namespace
 
 void WINAPI Terminal_keybd_event(BYTE key, BYTE scanCode, DWORD flags, ULONG_PTR extraInfo) {
-    if (key == VK_SHIFT) {
-        ShiftDown = (flags & KEYEVENTF_KEYUP) == 0;
-    }
-    INPUT input{};
+    const bool up = (flags & KEYEVENTF_KEYUP) != 0;
+    INPUT& input = Current.Events[Current.Count++];
+    input = {};
     input.type = INPUT_KEYBOARD;
     input.ki.wVk = key;
     input.ki.wScan = scanCode != 0 ? scanCode : static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC));
     input.ki.dwFlags = flags;
     input.ki.dwExtraInfo = extraInfo;
-    const bool shift = ShiftDown;
-    const char character = UsCharacter(key, shift);
-    if (character != 0 && !GivesCharacter(key, shift, character)) {
+    const char character = UsCharacter(key, Current.Shift);
+    if (character != 0 && !GivesCharacter(key, Current.Shift, character)) {
         input.ki.wVk = 0;
         input.ki.wScan = static_cast<WORD>(character);
         input.ki.dwFlags = flags | KEYEVENTF_UNICODE;
     }
-    SendInput(1, &input, sizeof input);
+    if (key == VK_SHIFT) {
+        Current.Shift = !up;
+    }
+    Current.Held += up ? -1 : 1;
+    if (Current.Held <= 0 || key == VK_TAB || Current.Count == Current.Events.size()) {
+        SendInput(std::exchange(Current.Count, 0), Current.Events.data(), sizeof input);
+        Current.Held = std::max(Current.Held, 0);
+    }
 }
 
 KeysGoTo WhoTakesKeys() {

@@ -18,21 +18,8 @@ std::atomic<bool>& DebugWanted() {
     return wanted;
 }
 
-const char* NameOf(LogPriority priority) {
-    switch (priority) {
-        case LogPriority::Error:
-            return "error";
-        case LogPriority::Warning:
-            return "warning";
-        case LogPriority::Notice:
-            return "notice";
-        case LogPriority::Info:
-            return "info";
-        case LogPriority::Debug:
-            return "debug";
-    }
-    return "";
-}
+// By LogPriority.
+constexpr const char* Names[] = {"", "", "", "error", "warning", "notice", "info", "debug"};
 
 std::string ToUtf8(LPCWSTR text) {
     char bytes[4 * 1024];
@@ -63,7 +50,7 @@ void WriteLogLine(LogPriority priority, LPCWSTR text) {
     GetLocalTime(&now);
     char head[64];
     std::snprintf(head, sizeof head, "%04u-%02u-%02u %02u:%02u:%02u %s: ", now.wYear, now.wMonth, now.wDay,
-                  now.wHour, now.wMinute, now.wSecond, NameOf(priority));
+                  now.wHour, now.wMinute, now.wSecond, Names[static_cast<int>(priority)]);
     const std::string said = ToUtf8(text);
     const layer::Guard guard(LogLock);
     Append(layer::TerminalFolder() + L"\\vantrel.log", head + said + "\r\n");

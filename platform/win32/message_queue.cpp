@@ -1,34 +1,37 @@
 // Message queues: a mapping that all programs of the terminal share, with a mutex around it and two events.
-// docs/windows.md describes it to programs that bring their own code.
+// Those that the system has hold one message. docs/windows.md describes it to programs that bring their own
+// code.
 #include "platform/message_queue.h"
 
+#include <algorithm>
 #include <cstring>
-#include <string>
 
 #include "platform/win32/terminal.h"
 
+// The names are the terminal's already.
+#undef CreateEventW
+#undef CreateMutexW
+
 namespace {
 
-constexpr DWORD LargestQueue = 1 << 20;  // bytes
+constexpr DWORD LongestMessage = 1 << 20;  // bytes
 
-struct QueueHead {
-    DWORD Slots;     // messages that fit; 0 until the queue has been laid out
-    DWORD SlotSize;  // bytes of the longest message
-    DWORD First;     // slot of the oldest message
-    DWORD Count;
-    // Slots follow, each with its message's size in front.
+struct QueueContent {
+    DWORD Longest;  // bytes of the longest message; 0 until the queue has been laid out
+    DWORD Size;     // of the message, which follows; 0 when there is none
 };
 
 struct Queue {
     HANDLE Mapping = nullptr;
     HANDLE Mutex = nullptr;
-    HANDLE Filled = nullptr;   // set while there is a message, and perhaps when there is none
-    HANDLE Emptied = nullptr;  // set while there is room, and perhaps when there is none
-    QueueHead* Head = nullptr;
+    HANDLE Filled = nullptr;   // automatic reset: set by who puts a message in,
+    HANDLE Emptied = nullptr;  // and by who takes one out
+    QueueContent* Content = nullptr;
+    DWORD Longest = 0;
     bool Reads = false;
 };
 
-// A program that died inside leaves the queue as it was before its call, or after it: the count says which.
+// A program that died inside leaves the queue as it was before its call, or after it: the size says which.
 class Locked {
   public:
     explicit Locked(const Queue& queue) : mutex_(queue.Mutex) { WaitForSingleObject(mutex_, INFINITE); }
@@ -40,34 +43,31 @@ class Locked {
     HANDLE mutex_;
 };
 
-BYTE* SlotAt(const Queue& queue, DWORD number) {
-    return reinterpret_cast<BYTE*>(queue.Head + 1) +
-           std::size_t{number % queue.Head->Slots} * (sizeof(DWORD) + queue.Head->SlotSize);
+BYTE* MessageOf(const Queue& queue) {
+    return reinterpret_cast<BYTE*>(queue.Content + 1);
 }
 
-void Release(Queue* queue) {
-    if (queue->Head != nullptr) {
-        UnmapViewOfFile(queue->Head);
-    }
-    for (const HANDLE handle : {queue->Mapping, queue->Mutex, queue->Filled, queue->Emptied}) {
-        if (handle != nullptr) {
-            CloseHandle(handle);
-        }
-    }
-    delete queue;
-}
-
-bool OpenObjects(Queue& queue, const std::wstring& name, DWORD size) {
-    queue.Mutex = CreateMutexW(nullptr, FALSE, (name + L"-mutex").c_str());
-    queue.Filled = CreateEventW(nullptr, TRUE, FALSE, (name + L"-filled").c_str());
-    queue.Emptied = CreateEventW(nullptr, TRUE, TRUE, (name + L"-emptied").c_str());
-    queue.Mapping = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, name.c_str());
+bool Open(Queue& queue, LPCWSTR name) {
+    const std::wstring shared = layer::SharedName(name);
+    const DWORD size = static_cast<DWORD>(sizeof(QueueContent)) + queue.Longest;
+    queue.Mutex = CreateMutexW(nullptr, FALSE, (shared + L"-mutex").c_str());
+    queue.Filled = CreateEventW(nullptr, FALSE, FALSE, (shared + L"-filled").c_str());
+    queue.Emptied = CreateEventW(nullptr, FALSE, FALSE, (shared + L"-emptied").c_str());
+    queue.Mapping =
+        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, shared.c_str());
     if (queue.Mutex == nullptr || queue.Filled == nullptr || queue.Emptied == nullptr ||
         queue.Mapping == nullptr) {
         return false;
     }
-    queue.Head = static_cast<QueueHead*>(MapViewOfFile(queue.Mapping, FILE_MAP_ALL_ACCESS, 0, 0, size));
-    return queue.Head != nullptr;
+    queue.Content = static_cast<QueueContent*>(MapViewOfFile(queue.Mapping, FILE_MAP_ALL_ACCESS, 0, 0, size));
+    if (queue.Content == nullptr) {
+        return false;
+    }
+    const Locked locked(queue);
+    if (queue.Content->Longest == 0) {
+        queue.Content->Longest = queue.Longest;
+    }
+    return queue.Content->Longest == queue.Longest;
 }
 
 // Tries until it has worked or the time is over. `ready` is set whenever a try could work.
@@ -75,15 +75,8 @@ template <class Try>
 BOOL Within(DWORD milliseconds, HANDLE ready, Try attempt) {
     const std::int64_t end = layer::Milliseconds() + milliseconds;
     while (!attempt()) {
-        DWORD left = INFINITE;
-        if (milliseconds != INFINITE) {
-            const std::int64_t rest = end - layer::Milliseconds();
-            if (rest <= 0) {
-                return FALSE;
-            }
-            left = static_cast<DWORD>(rest);
-        }
-        if (WaitForSingleObject(ready, left) == WAIT_FAILED) {
+        const std::int64_t left = milliseconds == INFINITE ? INFINITE : end - layer::Milliseconds();
+        if (left <= 0 || WaitForSingleObject(ready, static_cast<DWORD>(left)) == WAIT_FAILED) {
             return FALSE;
         }
     }
@@ -93,33 +86,16 @@ BOOL Within(DWORD milliseconds, HANDLE ready, Try attempt) {
 }  // namespace
 
 HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options) {
-    if (name == nullptr || options == nullptr || options->dwMaxMessages == 0 || options->cbMaxMessage == 0 ||
-        options->dwMaxMessages > LargestQueue ||
-        options->cbMaxMessage > LargestQueue / options->dwMaxMessages) {
+    if (name == nullptr || options == nullptr || options->dwMaxMessages != 1 || options->cbMaxMessage == 0 ||
+        options->cbMaxMessage > LongestMessage) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
     auto* queue = new Queue;
     queue->Reads = options->bReadAccess;
-    const DWORD size = static_cast<DWORD>(sizeof(QueueHead)) +
-                       options->dwMaxMessages * (static_cast<DWORD>(sizeof(DWORD)) + options->cbMaxMessage);
-    const std::wstring shared = L"Local\\vantrel-" + layer::TerminalIdentity() + L"-" + name;
-    if (!OpenObjects(*queue, shared, size)) {
-        Release(queue);
-        return nullptr;
-    }
-    bool fits = true;
-    {
-        const Locked locked(*queue);
-        if (queue->Head->Slots == 0) {
-            queue->Head->SlotSize = options->cbMaxMessage;
-            queue->Head->Slots = options->dwMaxMessages;
-        }
-        fits = queue->Head->Slots == options->dwMaxMessages && queue->Head->SlotSize == options->cbMaxMessage;
-    }
-    if (!fits) {
-        Release(queue);
-        SetLastError(ERROR_INVALID_PARAMETER);
+    queue->Longest = options->cbMaxMessage;
+    if (!Open(*queue, name)) {
+        CloseMsgQueue(queue);
         return nullptr;
     }
     return queue;
@@ -127,58 +103,53 @@ HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options) {
 
 BOOL ReadMsgQueue(HANDLE handle, LPVOID buffer, DWORD size, LPDWORD read, DWORD milliseconds, DWORD* flags) {
     auto* const queue = static_cast<Queue*>(handle);
-    if (queue == nullptr || !queue->Reads || size < queue->Head->SlotSize) {
+    if (queue == nullptr || !queue->Reads || size < queue->Longest) {
         return FALSE;
     }
     *flags = 0;
     return Within(milliseconds, queue->Filled, [=] {
         const Locked locked(*queue);
-        QueueHead& head = *queue->Head;
-        if (head.Count == 0) {
-            ResetEvent(queue->Filled);
+        *read = std::min(queue->Content->Size, queue->Longest);
+        if (*read == 0) {
             return false;
         }
-        const BYTE* slot = SlotAt(*queue, head.First);
-        DWORD length;
-        std::memcpy(&length, slot, sizeof length);
-        *read = length < head.SlotSize ? length : head.SlotSize;
-        std::memcpy(buffer, slot + sizeof length, *read);
+        std::memcpy(buffer, MessageOf(*queue), *read);
         SetEvent(queue->Emptied);
-        head.First = (head.First + 1) % head.Slots;
-        if (--head.Count == 0) {
-            ResetEvent(queue->Filled);
-        }
+        queue->Content->Size = 0;
         return true;
     });
 }
 
 BOOL WriteMsgQueue(HANDLE handle, LPVOID message, DWORD size, DWORD milliseconds, DWORD) {
     auto* const queue = static_cast<Queue*>(handle);
-    if (queue == nullptr || queue->Reads || size > queue->Head->SlotSize) {
+    if (queue == nullptr || queue->Reads || size == 0 || size > queue->Longest) {
         return FALSE;
     }
     return Within(milliseconds, queue->Emptied, [=] {
         const Locked locked(*queue);
-        QueueHead& head = *queue->Head;
-        if (head.Count >= head.Slots) {
-            ResetEvent(queue->Emptied);
+        if (queue->Content->Size != 0) {
             return false;
         }
-        BYTE* slot = SlotAt(*queue, head.First + head.Count);
-        std::memcpy(slot, &size, sizeof size);
-        std::memcpy(slot + sizeof size, message, size);
+        std::memcpy(MessageOf(*queue), message, size);
         SetEvent(queue->Filled);
-        if (++head.Count == head.Slots) {
-            ResetEvent(queue->Emptied);
-        }
+        queue->Content->Size = size;
         return true;
     });
 }
 
 BOOL CloseMsgQueue(HANDLE handle) {
-    if (handle == nullptr) {
+    auto* const queue = static_cast<Queue*>(handle);
+    if (queue == nullptr) {
         return FALSE;
     }
-    Release(static_cast<Queue*>(handle));
+    if (queue->Content != nullptr) {
+        UnmapViewOfFile(queue->Content);
+    }
+    for (const HANDLE opened : {queue->Mapping, queue->Mutex, queue->Filled, queue->Emptied}) {
+        if (opened != nullptr) {
+            CloseHandle(opened);
+        }
+    }
+    delete queue;
     return TRUE;
 }

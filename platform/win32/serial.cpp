@@ -1,5 +1,5 @@
 // The serial calls, by handle.
-#include <array>
+#include <map>
 #include <utility>
 
 #include "platform/win32/serial_port.h"
@@ -9,24 +9,10 @@ namespace layer {
 
 namespace {
 
-struct OpenedPort {
-    HANDLE Handle = nullptr;
-    std::shared_ptr<SerialPort> Port;
-};
-
 SRWLOCK PortsLock = SRWLOCK_INIT;
-std::array<OpenedPort, 8> Ports;  // under the lock
+std::map<HANDLE, std::shared_ptr<SerialPort>> Ports;  // under the lock
 // Handles of ports are no handles of the platform's, and none comes twice: a call that is late finds nothing.
 std::uintptr_t LastHandle = 0x40000000;
-
-OpenedPort* FindEntry(HANDLE handle) {
-    for (OpenedPort& entry : Ports) {
-        if (entry.Handle == handle) {
-            return &entry;
-        }
-    }
-    return nullptr;
-}
 
 }  // namespace
 
@@ -50,26 +36,22 @@ HANDLE OpenPort(LPCWSTR name) {
         return INVALID_HANDLE_VALUE;
     }
     const Guard guard(PortsLock);
-    OpenedPort* const entry = FindEntry(nullptr);
-    if (entry == nullptr) {
-        SetLastError(ERROR_TOO_MANY_OPEN_FILES);
-        return INVALID_HANDLE_VALUE;
-    }
     LastHandle += 4;
-    *entry = {reinterpret_cast<HANDLE>(LastHandle), std::move(opened)};
-    return entry->Handle;
+    const HANDLE handle = reinterpret_cast<HANDLE>(LastHandle);
+    Ports[handle] = std::move(opened);
+    return handle;
 }
 
 std::shared_ptr<SerialPort> FindPort(HANDLE handle) {
     const Guard guard(PortsLock);
-    const OpenedPort* const entry = handle != nullptr ? FindEntry(handle) : nullptr;
-    return entry != nullptr ? entry->Port : nullptr;
+    const auto entry = Ports.find(handle);
+    return entry != Ports.end() ? entry->second : nullptr;
 }
 
 std::shared_ptr<SerialPort> TakePort(HANDLE handle) {
     const Guard guard(PortsLock);
-    OpenedPort* const entry = handle != nullptr ? FindEntry(handle) : nullptr;
-    return entry != nullptr ? std::exchange(*entry, {}).Port : nullptr;
+    const auto entry = Ports.extract(handle);
+    return entry.empty() ? nullptr : entry.mapped();
 }
 
 }  // namespace layer

@@ -51,13 +51,14 @@ bool SerialPort::OpenLine() {
     }
     stop_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     wrote_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    arrived_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     line_ = line;
     {
         const Guard queue(queueLock_);
         lost_ = false;
     }
     reader_ = CreateThread(nullptr, 0, RunReader, this, 0, nullptr);
-    if (stop_ == nullptr || wrote_ == nullptr || reader_ == nullptr) {
+    if (stop_ == nullptr || wrote_ == nullptr || arrived_ == nullptr || reader_ == nullptr) {
         CloseLine();
         return false;
     }
@@ -74,7 +75,7 @@ void SerialPort::CloseLine() {
         }
         WaitForSingleObject(reader_, INFINITE);
     }
-    for (HANDLE* handle : {&reader_, &stop_, &wrote_, &line_}) {
+    for (HANDLE* handle : {&reader_, &stop_, &wrote_, &arrived_, &line_}) {
         if (*handle != nullptr) {
             CloseHandle(std::exchange(*handle, nullptr));
         }
@@ -116,13 +117,13 @@ DWORD WINAPI SerialPort::RunReader(LPVOID port) {
 
 // Waits for a byte, then takes those that have come with it.
 void SerialPort::Receive() {
-    const HANDLE arrived = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    const HANDLE either[] = {stop_, arrived};
+    const HANDLE either[] = {stop_, arrived_};
     BYTE chunk[512];
     DWORD wanted = 1;
     for (;;) {
         OVERLAPPED pending{};
-        pending.hEvent = arrived;
+        pending.hEvent = arrived_;
+        ResetEvent(arrived_);
         DWORD got = 0;
         bool good = ReadFile(line_, chunk, wanted, nullptr, &pending) || GetLastError() == ERROR_IO_PENDING;
         if (good) {
@@ -146,7 +147,6 @@ void SerialPort::Receive() {
         }
         wanted = std::clamp<DWORD>(status.cbInQue, 1, sizeof chunk);
     }
-    CloseHandle(arrived);
 }
 
 // Puts bytes into the queue. While it is full they wait, as they would in the driver, unless nobody asks for
@@ -185,48 +185,62 @@ void SerialPort::Wait(std::int64_t until) {
     SleepConditionVariableSRW(&changed_, &queueLock_, time, 0);
 }
 
-// When a read that has got nothing new is over, by the time-outs.
-std::int64_t SerialPort::ReadEnd(DWORD size, std::int64_t start) const {
-    const DWORD interval = timeouts_.ReadIntervalTimeout, multiplier = timeouts_.ReadTotalTimeoutMultiplier,
-                constant = timeouts_.ReadTotalTimeoutConstant;
-    std::int64_t end = Never;
-    if (interval == MAXDWORD && multiplier == 0 && constant == 0) {
+// When a read that has got nothing new is over: at once, after so long without a byte, or when it has got
+// all.
+std::int64_t SerialPort::ReadEnd(std::int64_t start) const {
+    const DWORD interval = timeouts_.ReadIntervalTimeout;
+    if (interval == MAXDWORD) {
         return start;
     }
-    if (interval == MAXDWORD && multiplier == MAXDWORD) {
-        return count_ > 0 ? start : start + constant;
+    return interval != 0 && count_ > 0 ? lastArrival_ + interval : Never;
+}
+
+// Whether the line may have bytes that the reader has not brought yet: on a busy machine it is late.
+bool SerialPort::ReaderIsLate() {
+    if (!TryAcquireSRWLockExclusive(&lineLock_)) {
+        return true;
     }
-    if (multiplier != 0 || constant != 0) {
-        end = start + std::int64_t{multiplier} * size + constant;
-    }
-    if (interval != 0 && interval != MAXDWORD && count_ > 0) {
-        end = std::min(end, lastArrival_ + interval);
-    }
-    return end;
+    DWORD errors = 0;
+    COMSTAT status{};
+    // In this order: what leaves the driver's queue has arrived.
+    const bool late = line_ != nullptr && ((ClearCommError(line_, &errors, &status) && status.cbInQue > 0) ||
+                                           WaitForSingleObject(arrived_, 0) == WAIT_OBJECT_0);
+    ReleaseSRWLockExclusive(&lineLock_);
+    const Guard queue(queueLock_);
+    broke_ = broke_ || (errors & CE_BREAK) != 0;
+    return late;
 }
 
 BOOL SerialPort::Read(BYTE* buffer, DWORD size, DWORD& read) {
     read = 0;
     const std::int64_t start = Milliseconds();
     const DWORD wanted = std::min(size, QueueSize - 1);
-    const Guard queue(queueLock_);
+    AcquireSRWLockExclusive(&queueLock_);
     const unsigned aborted = readsAborted_;
-    for (;;) {
-        if (closed_ || aborted != readsAborted_ || (lost_ && count_ == 0)) {
-            return FALSE;
+    bool over = false;
+    while (!over && count_ < wanted && !closed_ && !lost_ && aborted == readsAborted_) {
+        const std::int64_t end = ReadEnd(start);
+        if (Milliseconds() < end) {
+            Wait(end);
+            continue;
         }
-        const std::int64_t end = ReadEnd(size, start);
-        if (count_ >= wanted || lost_ || Milliseconds() >= end) {
-            break;
+        ReleaseSRWLockExclusive(&queueLock_);
+        const bool late = ReaderIsLate();
+        AcquireSRWLockExclusive(&queueLock_);
+        if (late) {
+            Wait(Milliseconds() + 1);
+        } else {
+            over = Milliseconds() >= ReadEnd(start);
         }
-        Wait(end);
     }
-    for (; read < size && count_ > 0; --count_) {
+    const bool good = !closed_ && aborted == readsAborted_ && (!lost_ || count_ > 0);
+    for (; good && read < size && count_ > 0; --count_) {
         buffer[read++] = queue_[first_];
         first_ = (first_ + 1) % QueueSize;
     }
     WakeAllConditionVariable(&changed_);
-    return TRUE;
+    ReleaseSRWLockExclusive(&queueLock_);
+    return good;
 }
 
 BOOL SerialPort::Write(const BYTE* bytes, DWORD size, DWORD& written) {
@@ -237,10 +251,10 @@ BOOL SerialPort::Write(const BYTE* bytes, DWORD size, DWORD& written) {
     }
     COMMTIMEOUTS timeouts;
     GetTimeouts(timeouts);
-    DWORD wait = timeouts.WriteTotalTimeoutMultiplier * size + timeouts.WriteTotalTimeoutConstant;
     // The time-out is there for a line that has stopped; a slow line gets the time it needs.
-    wait = wait == 0 ? INFINITE : wait + LineTime(state_.BaudRate, size);
-    sentBy_ = std::max(sentBy_, Milliseconds()) + LineTime(state_.BaudRate, size);
+    const DWORD constant = timeouts.WriteTotalTimeoutConstant, needed = LineTime(state_.BaudRate, size);
+    const DWORD wait = constant == 0 ? INFINITE : constant + needed;
+    sentBy_ = std::max(sentBy_, Milliseconds()) + needed;
     OVERLAPPED pending{};
     pending.hEvent = wrote_;
     if (!WriteFile(line_, bytes, size, nullptr, &pending) && GetLastError() != ERROR_IO_PENDING) {
@@ -292,6 +306,10 @@ BOOL SerialPort::GetTimeouts(COMMTIMEOUTS& timeouts) {
 }
 
 BOOL SerialPort::SetTimeouts(const COMMTIMEOUTS& timeouts) {
+    if (timeouts.ReadTotalTimeoutMultiplier != 0 || timeouts.ReadTotalTimeoutConstant != 0 ||
+        timeouts.WriteTotalTimeoutMultiplier != 0) {
+        return FALSE;
+    }
     const Guard queue(queueLock_);
     timeouts_ = timeouts;
     WakeAllConditionVariable(&changed_);
@@ -327,7 +345,6 @@ BOOL SerialPort::SetMask(DWORD mask) {
 
 BOOL SerialPort::WaitEvent(DWORD& events) {
     events = 0;
-    bool lost = false;
     {
         const Guard queue(queueLock_);
         const unsigned masksSet = masksSet_;
@@ -352,8 +369,7 @@ BOOL SerialPort::WaitEvent(DWORD& events) {
             if (lost_ && until == Never) {
                 until = Milliseconds() + UnpluggedPause;
             }
-            lost = lost_ && Milliseconds() >= until;
-            if (lost) {
+            if (lost_ && Milliseconds() >= until) {
                 break;
             }
             Wait(until);

@@ -27,6 +27,7 @@ class SerialPort {
     BOOL GetState(DCB& state);
     BOOL SetState(const DCB& state);
     BOOL GetTimeouts(COMMTIMEOUTS& timeouts);
+    // Read interval and write constant; the others must be 0.
     BOOL SetTimeouts(const COMMTIMEOUTS& timeouts);
     BOOL Purge(DWORD flags);
     BOOL SetMask(DWORD mask);
@@ -43,7 +44,8 @@ class SerialPort {
     bool OpenLine();
     void CloseLine();
     bool Ready();
-    std::int64_t ReadEnd(DWORD size, std::int64_t start) const;
+    bool ReaderIsLate();
+    std::int64_t ReadEnd(std::int64_t start) const;
     void Wait(std::int64_t until);
 
     const std::wstring device_;
@@ -54,6 +56,7 @@ class SerialPort {
     HANDLE reader_ = nullptr;
     HANDLE stop_ = nullptr;  // set when the reader is to end
     HANDLE wrote_ = nullptr;
+    HANDLE arrived_ = nullptr;  // set from a byte's arrival to the reader's next read
     DCB state_{};
     std::int64_t sentBy_ = 0;  // when the last bit of what was written will have left
 

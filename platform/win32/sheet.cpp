@@ -1,8 +1,8 @@
 // Property sheets by keys: Space and Enter tap the picture of the tree's current item, and the tabs come
 // between the page and the buttons.
-#include "platform/win32/sheet.h"
-
 #include <atomic>
+
+#include "platform/win32/wrapped.h"
 
 namespace {
 

@@ -41,8 +41,7 @@ BOOL WINAPI TerminalGetOpenFileNameW(LPOPENFILENAMEW dialog) {
     OPENFILENAMEW wanted = *dialog;
     WCHAR chosen[MAX_PATH] = {};
     lstrcpynW(chosen, dialog->lpstrFile, MAX_PATH);
-    std::wstring start =
-        dialog->lpstrInitialDir != nullptr ? layer::HostPath(dialog->lpstrInitialDir) : folder;
+    std::wstring start = layer::HostPath(dialog->lpstrInitialDir);
     if (start.empty()) {
         start = folder;
     }
@@ -60,11 +59,6 @@ BOOL WINAPI TerminalGetOpenFileNameW(LPOPENFILENAMEW dialog) {
         const std::wstring own = inside ? path.substr(folder.size()) : std::wstring();
         if (inside && own.size() < dialog->nMaxFile) {
             lstrcpyW(dialog->lpstrFile, own.c_str());
-            dialog->nFilterIndex = wanted.nFilterIndex;
-            dialog->nFileOffset = static_cast<WORD>(own.rfind(L'\\') + 1);
-            const std::size_t dot = own.rfind(L'.');
-            dialog->nFileExtension =
-                dot != own.npos && dot > own.rfind(L'\\') ? static_cast<WORD>(dot + 1) : 0;
             return TRUE;
         }
         MessageBoxW(dialog->hwndOwner, L"Please choose a file in the terminal folder.", L"Vantrel", MB_OK);

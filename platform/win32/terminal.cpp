@@ -1,7 +1,9 @@
 #include "platform/win32/terminal.h"
 
 #include <mmsystem.h>
+#include <shlobj.h>
 
+#include <chrono>
 #include <string_view>
 
 namespace layer {
@@ -10,7 +12,7 @@ namespace {
 
 struct Terminal {
     std::wstring Folder;
-    std::wstring Identity;
+    std::uint64_t Identity = 0;
 };
 
 // Waits and time-outs are counted in milliseconds, not in the 15.6 of the platform's ordinary clock.
@@ -29,25 +31,14 @@ std::wstring FullPath(const std::wstring& path) {
     return result;
 }
 
-void MakeFolders(const std::wstring& path) {
-    for (std::size_t end = path.find(L'\\', 3);; end = path.find(L'\\', end + 1)) {
-        CreateDirectoryW(path.substr(0, end).c_str(), nullptr);
-        if (end == path.npos) {
-            return;
-        }
-    }
-}
-
-std::wstring Identify(std::wstring folder) {
+std::uint64_t Identify(std::wstring folder) {
     CharLowerBuffW(folder.data(), static_cast<DWORD>(folder.size()));
     std::uint64_t hash = 0xCBF29CE484222325u;
     const auto* bytes = reinterpret_cast<const BYTE*>(folder.data());
     for (std::size_t i = 0; i < folder.size() * sizeof(WCHAR); ++i) {
         hash = (hash ^ bytes[i]) * 0x100000001B3u;
     }
-    WCHAR digits[17];
-    wsprintfW(digits, L"%08x%08x", static_cast<UINT>(hash >> 32), static_cast<UINT>(hash));
-    return digits;
+    return hash;
 }
 
 void WriteSound(const std::wstring& folder, LPCWSTR name) {
@@ -83,8 +74,7 @@ Terminal OpenTerminal() {
     Terminal terminal;
     terminal.Folder = FullPath(folder);
     terminal.Identity = Identify(terminal.Folder);
-    MakeFolders(terminal.Folder);
-    CreateDirectoryW((terminal.Folder + L"\\DiskOnChip").c_str(), nullptr);
+    SHCreateDirectoryExW(nullptr, (terminal.Folder + L"\\DiskOnChip").c_str(), nullptr);
     InstallSounds(terminal.Folder + L"\\Windows");
     return terminal;
 }
@@ -104,8 +94,16 @@ const std::wstring& TerminalFolder() {
     return Current().Folder;
 }
 
-const std::wstring& TerminalIdentity() {
+std::uint64_t TerminalIdentity() {
     return Current().Identity;
+}
+
+std::wstring SharedName(LPCWSTR name) {
+    const std::uint64_t identity = TerminalIdentity();
+    WCHAR start[40];
+    wsprintfW(start, L"Local\\vantrel-%08x%08x-", static_cast<UINT>(identity >> 32),
+              static_cast<UINT>(identity));
+    return std::wstring(start) + name;
 }
 
 std::wstring Variable(LPCWSTR name) {
@@ -115,11 +113,8 @@ std::wstring Variable(LPCWSTR name) {
 }
 
 std::int64_t Milliseconds() {
-    LARGE_INTEGER now, frequency;
-    QueryPerformanceCounter(&now);
-    QueryPerformanceFrequency(&frequency);
-    return now.QuadPart / frequency.QuadPart * 1000 +
-           now.QuadPart % frequency.QuadPart * 1000 / frequency.QuadPart;
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 std::wstring HostPath(LPCWSTR path) {

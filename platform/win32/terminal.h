@@ -12,9 +12,12 @@ namespace layer {
 // %VANTREL_TERMINAL%, else %LOCALAPPDATA%\vantrel\terminal; made with its folders at the first call. A full
 // path without a separator at its end. Any thread.
 const std::wstring& TerminalFolder();
-// 16 hexadecimal digits for the names of shared objects: the 64-bit FNV-1a hash of the folder's path in lower
-// case, as UTF-16 bytes.
-const std::wstring& TerminalIdentity();
+// What tells this terminal from others: the 64-bit FNV-1a hash of the folder's path in lower case, as UTF-16
+// bytes.
+std::uint64_t TerminalIdentity();
+// The name of an object that the programs of this terminal share: `Local\vantrel-` and the identity's 16
+// hexadecimal digits in front.
+std::wstring SharedName(LPCWSTR name);
 // Where a path of the platform (`\DiskOnChip\X`) lies; empty when it is none or would leave the folder.
 std::wstring HostPath(LPCWSTR path);
 // An environment variable; empty when it is not set.

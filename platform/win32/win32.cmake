@@ -7,13 +7,12 @@ vantrel_library(vantrel_platform
   win32/keyboard.cpp
   win32/log.cpp
   win32/message_queue.cpp
-  win32/program.cpp
-  win32/send_message.cpp
   win32/serial.cpp
   win32/serial_port.cpp
   win32/sheet.cpp
   win32/shell.cpp
-  win32/show_window.cpp
-  win32/terminal.cpp)
+  win32/terminal.cpp
+  win32/window.cpp)
+vantrel_one_by_one(vantrel_platform)  # a source that knows the system's names, and one that does not, stay apart
 target_compile_definitions(vantrel_platform PUBLIC _WIN32_WINNT=0x0601)
 target_link_libraries(vantrel_platform PUBLIC comctl32 comdlg32 gdi32 shell32 user32 winmm)

@@ -4,8 +4,10 @@
 
 #include "platform/base.h"
 // Behind <windows.h>.
+#include <commctrl.h>
 #include <commdlg.h>
 #include <mmsystem.h>
+#include <prsht.h>
 
 // Files of the terminal folder and serial ports.
 decltype(CreateFileW) TerminalCreateFileW;
@@ -27,6 +29,11 @@ decltype(ClearCommError) TerminalClearCommError;
 decltype(SetCommBreak) TerminalSetCommBreak;
 decltype(ClearCommBreak) TerminalClearCommBreak;
 
+// Names that only the programs of one terminal share.
+decltype(CreateEventW) TerminalCreateEventW;
+decltype(CreateMutexW) TerminalCreateMutexW;
+decltype(FindWindowW) TerminalFindWindowW;
+
 // Keys by SendInput, sounds of the terminal folder, broadcasts that nobody can hold up.
 decltype(keybd_event) Terminal_keybd_event;
 decltype(PlaySoundW) TerminalPlaySoundW;
@@ -35,3 +42,14 @@ decltype(SendMessageW) TerminalSendMessageW;
 // A window that shows itself leaves the focus where it is: who wants it says so (SetForegroundWindow).
 decltype(CreateWindowExW) TerminalCreateWindowExW;
 decltype(ShowWindow) TerminalShowWindow;
+
+// Property sheets by keys.
+decltype(PropertySheetW) TerminalPropertySheetW;
+decltype(GetMessagePos) TerminalGetMessagePos;
+
+namespace layer {
+
+// Offers a message to the sheet, as PSM_ISDIALOGMESSAGE does; whether it has taken it.
+bool SheetTakes(HWND sheet, MSG* message);
+
+}  // namespace layer

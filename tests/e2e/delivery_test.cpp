@@ -4,6 +4,8 @@
 
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
+#include "tests/e2e/error_box.h"
+#include "tests/e2e/wine_screen.h"
 
 namespace {
 
@@ -161,6 +163,26 @@ TEST_F(Delivery, ConsumersStayThroughRestarts) {
     EXPECT_TRUE(event->Wait());
     EXPECT_TRUE(messages->Wait());
     ExpectNothingLeft();
+}
+
+// Of two terminals on one machine each has its own program, names and scans. The other one has no reader.
+TEST_F(Delivery, AnotherTerminalIsAnotherProgram) {
+    StartLaser('6');
+    const std::vector<std::string> elsewhere = {
+        "VANTREL_TERMINAL=" + (OnWine() ? WineTerminal() + "\\other" : Terminal.Path("other")),
+        "VANTREL_COM1=COM9"};
+    const auto event = StartProgram("vantrel-watch", {"--event"}, elsewhere);
+    const auto messages = StartProgram("vantrel-watch", {"--messages"}, elsewhere);
+    Vantrel other(elsewhere);
+    EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to turn barcode reader on!!"));
+    EXPECT_TRUE(Read("1 AB12"));
+    EXPECT_TRUE(LinesOf(*event, 0).empty());
+    EXPECT_TRUE(LinesOf(*messages, 0).empty());
+    DismissErrorBox(Desktop);
+    EXPECT_EQ(other.Ended(), 0);
+    EXPECT_TRUE(Read("1 AGAIN"));
+    EXPECT_FALSE(SettingsOpen(true, 0));
+    EXPECT_TRUE(Running->End());
 }
 
 // Sound files are named by number; the vibrator runs for its time and stops by itself.

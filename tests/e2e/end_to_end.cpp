@@ -43,7 +43,8 @@ void EndToEnd::TearDown() {
         std::error_code ignored;
         std::filesystem::create_directories(folder, ignored);
         Desktop.Save(folder / (name + ".ppm"));
-        WriteWholeFile(folder / (name + ".log"), Wire ? Wire->Log() : "");
+        const std::string program = Running ? "the program: " + std::to_string(Running->Ended(0)) + "\n" : "";
+        WriteWholeFile(folder / (name + ".log"), (Wire ? Wire->Log() : "") + program);
     }
     Running.reset();
     Wire.reset();

@@ -25,6 +25,7 @@ class Ending : public EndToEnd {
         Running.reset();
         FitLaser();
         StartReady();
+        Desktop.Typed(1, 0);  // what the ended one has still typed
         EXPECT_EQ(Scan("1 NEXT", 5), "NEXT\n");
         EXPECT_TRUE(Running->End());
         ExpectNothingLeft();
@@ -211,7 +212,8 @@ TEST_F(Ending, TenTimesInARowWithTenKillsBetween) {
         } else {
             std::this_thread::sleep_for(std::chrono::milliseconds(30 * round));
         }
-        if (round == 4) {
+        // Wine hands the keys of one stroke on one by one: there a kill may come between them.
+        if (round == 4 && !OnWine()) {
             ASSERT_TRUE(WaitUntilReady());
             Wire->Command("label 3 repeat:4000:TypeMe");
             EXPECT_TRUE(PressTrigger());

@@ -166,8 +166,9 @@ TEST_F(Rfid, ManyReadsLeaveNothingBehind) {
         ASSERT_EQ(Desktop.Typed(17), std::string(Uid) + "\n") << "read " << read;
     }
     ASSERT_TRUE(Wire->Saw("event closed com2"));
-    EXPECT_TRUE(Within(5000, [&] { return entries("task") <= threads; }));
-    EXPECT_TRUE(Within(5000, [&] { return entries("fd") <= files; }));
+    // One of each read would be 46 more; Wine's own come and go.
+    EXPECT_TRUE(Within(5000, [&] { return entries("task") <= threads + 5; }));
+    EXPECT_TRUE(Within(5000, [&] { return entries("fd") <= files + 5; }));
     EXPECT_TRUE(Running->End());
 }
 

@@ -15,6 +15,13 @@ fail() {
 run_key() { "$wine" reg query 'HKCU\Software\Microsoft\Windows\CurrentVersion\Run' 2>/dev/null | grep -a Vantrel; }
 trap '"$WINESERVER" -k 2>/dev/null || true; rm -rf "$WINEPREFIX"' EXIT
 
+# Nothing is needed but what every Windows has.
+for program in "$windows"/bin/vantrel*.exe; do
+  foreign=$(objdump -p "$program" | sed -n 's/.*DLL Name: //p' | tr '[:upper:]' '[:lower:]' |
+    grep -vxE '(comctl32|comdlg32|gdi32|kernel32|msvcrt|shell32|user32|winmm)\.dll' || true)
+  [ -z "$foreign" ] || fail "$(basename "$program") needs $foreign"
+done
+
 cp -al "$windows/wine/prefix" "$WINEPREFIX"
 timeout 120 "$wine" "$windows"/vantrel-*-windows.exe /S 2>/dev/null || fail "it ends with $?"
 folder=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Local/Programs/Vantrel)

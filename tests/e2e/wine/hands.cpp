@@ -157,7 +157,7 @@ void SayTyped() {
 void SayShared(const std::string& prefix) {
     int found = 0;
     const std::wstring name(prefix.begin(), prefix.end());
-    if (const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, L"DecodeEvent")) {
+    if (const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, (name + L"DecodeEvent").c_str())) {
         CloseHandle(event);
         ++found;
     }

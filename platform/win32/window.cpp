@@ -1,12 +1,14 @@
-// Messages to other programs: a broadcast reaches all that answer, and nobody can hold it up.
+// Windows among those of others: they come up behind the focus, they are found by their terminal, and nobody
+// can hold up a message to all.
 #include <algorithm>
 #include <vector>
 
-#include "platform/win32/sheet.h"
 #include "platform/win32/terminal.h"
+#include "platform/win32/wrapped.h"
 
 namespace {
 
+constexpr LPCWSTR TerminalProperty = L"VantrelTerminal";
 constexpr UINT LongestBroadcast = 5000;  // ms, all windows together
 constexpr UINT LongestAnswer = 1000;     // ms, one window
 constexpr UINT SignOfLife = 10;          // ms
@@ -14,8 +16,16 @@ constexpr UINT SignOfLife = 10;          // ms
 SRWLOCK SilentLock = SRWLOCK_INIT;
 std::vector<HWND> Silent;  // windows that have not answered; under the lock
 
+HANDLE OwnMark() {
+    return reinterpret_cast<HANDLE>(layer::TerminalIdentity());
+}
+
+// All but those that belong to another terminal.
 BOOL CALLBACK AddWindow(HWND window, LPARAM windows) {
-    reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
+    const HANDLE mark = GetPropW(window, TerminalProperty);
+    if (mark == nullptr || mark == OwnMark()) {
+        reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
+    }
     return TRUE;
 }
 
@@ -60,6 +70,32 @@ void Broadcast(UINT message, WPARAM wParam, LPARAM lParam) {
 
 }  // namespace
 
+HWND WINAPI TerminalCreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x,
+                                    int y, int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
+                                    LPVOID parameter) {
+    const HWND window = CreateWindowExW(extendedStyle, className, title, style & ~WS_VISIBLE, x, y, width,
+                                        height, parent, menu, instance, parameter);
+    if (window != nullptr && parent == nullptr) {
+        SetPropW(window, TerminalProperty, OwnMark());
+    }
+    if (window != nullptr && (style & WS_VISIBLE) != 0) {
+        ShowWindow(window, SW_SHOWNA);
+    }
+    return window;
+}
+
+BOOL WINAPI TerminalShowWindow(HWND window, int command) {
+    return ShowWindow(window, command == SW_SHOWNORMAL ? SW_SHOWNOACTIVATE : command);
+}
+
+HWND WINAPI TerminalFindWindowW(LPCWSTR className, LPCWSTR title) {
+    HWND found = nullptr;
+    do {
+        found = FindWindowExW(nullptr, found, className, title);
+    } while (found != nullptr && GetPropW(found, TerminalProperty) != OwnMark());
+    return found;
+}
+
 LRESULT WINAPI TerminalSendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (window == HWND_BROADCAST) {
         Broadcast(message, wParam, lParam);
@@ -67,12 +103,6 @@ LRESULT WINAPI TerminalSendMessageW(HWND window, UINT message, WPARAM wParam, LP
     }
     if (message == PSM_ISDIALOGMESSAGE) {
         return layer::SheetTakes(window, reinterpret_cast<MSG*>(lParam));
-    }
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    if (process != GetCurrentProcessId()) {
-        // What the other program is asked to show may come to the front.
-        AllowSetForegroundWindow(process);
     }
     return SendMessageW(window, message, wParam, lParam);
 }
