@@ -19,20 +19,20 @@ if(VANTREL_SANITIZE)
   endif()
 endif()
 
-# With VANTREL_UNITY several sources are compiled as one: a build from nothing takes less than half the time. A library
-# whose sources use the same names for different things stays out by vantrel_one_by_one.
+# With VANTREL_UNITY several sources are compiled as one: a build from nothing takes less than half the time. Sources
+# that use the same names for different things stay out by vantrel_by_themselves.
 function(vantrel_together name)
   if(VANTREL_UNITY)
     set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
   endif()
 endfunction()
-function(vantrel_one_by_one name)
-  set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
+function(vantrel_by_themselves)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
-# Tests put parts of their own in the place of single sources, so those must be members of their library by themselves.
-function(vantrel_replaceable name)
+# Tests put parts of their own in the place of these sources, so they must be members of their library by themselves.
+function(vantrel_replaceable)
   if(VANTREL_TESTS)
-    vantrel_one_by_one(${name})
+    vantrel_by_themselves(${ARGN})
   endif()
 endfunction()
 

@@ -20,7 +20,7 @@ namespace {
 
 constexpr DWORD ReadSize = 4096;
 constexpr DWORD WaitPause = 10;  // a wait that keeps failing must not keep the processor busy
-constexpr DWORD PollStep = 10;
+constexpr DWORD PortStep = 10;
 constexpr DWORD LongestPortUse = 2000;
 
 // The number of the reading: odd while the reader is on, even while it is off. Only one thread at a time
@@ -205,10 +205,10 @@ void EndBarcodeReceiver() {
 }
 
 void AwaitPausedReceiver() {
-    for (DWORD waited = 0; PortInUse && waited < LongestPortUse; waited += PollStep) {
+    for (DWORD waited = 0; PortInUse && waited < LongestPortUse; waited += PortStep) {
         // It may have been about to wait when it was woken before.
         SetCommMask(ShellState.BarcodePort, ReceiveEvents);
-        Sleep(PollStep);
+        Sleep(PortStep);
     }
 }
 

@@ -18,13 +18,13 @@ namespace {
 
 constexpr UINT RfidPowerUp = 200;
 constexpr UINT BarcodePowerUp = 3200;
-constexpr DWORD PollStep = 10;
+constexpr DWORD ProbeStep = 10;
 constexpr int RfidRepeats = 10;
 
 void PowerUpDelay(UINT milliseconds) {
     SetTimer(ShellState.MainWindow, IDT_READER_READY, milliseconds, nullptr);
     while (!ShellState.ReaderReady) {
-        Sleep(PollStep);
+        Sleep(ProbeStep);
     }
 }
 

@@ -20,7 +20,7 @@ constexpr int GreetingTries = 6;
 constexpr DWORD GreetingWindow = 250;
 constexpr DWORD GreetingEndWindow = 250;
 constexpr DWORD ReceiverStartTime = 100;
-constexpr DWORD PollStep = 10;
+constexpr DWORD ChannelStep = 10;
 constexpr DWORD OldChannelLimit = 500;
 
 // The channel was opened for the read that is about to start. Main thread.
@@ -56,8 +56,8 @@ void EndOldChannel() {
     if (ShellState.RfidPort != nullptr || RfidChannelInUse()) {
         CloseRfidChannel();
     }
-    for (DWORD waited = 0; RfidChannelInUse() && waited < OldChannelLimit; waited += PollStep) {
-        Sleep(PollStep);
+    for (DWORD waited = 0; RfidChannelInUse() && waited < OldChannelLimit; waited += ChannelStep) {
+        Sleep(ChannelStep);
     }
 }
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr DWORD ProbeDelay = 100;
+constexpr DWORD EngineProbeDelay = 100;
 constexpr DWORD DefaultsTime = 1000;  // an engine that takes its factory defaults restarts at 9600
 constexpr DWORD DefaultsRate = 9600;
 constexpr DWORD NewRateTime = 500;
@@ -72,7 +72,7 @@ WORD ProbeScanEngine(HANDLE port) {
         return 0;
     }
     SetRts(port, false);
-    Sleep(ProbeDelay);
+    Sleep(EngineProbeDelay);
     ProbeAnswer buffer;
     const ReplyWindow window{port, IsWholePacket, ProbeWindow};
     for (;;) {

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int Quiet = 150;  // milliseconds in which nothing more is expected
+constexpr int QuietTime = 150;  // milliseconds in which nothing more is expected
 
 bool EventWithin(Display* display, int milliseconds) {
     if (XPending(display) > 0) {
@@ -75,7 +75,7 @@ std::string XScreen::Typed(std::size_t count, int milliseconds) {
     for (;;) {
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now()).count();
-        const int wait = text.size() >= count ? Quiet : static_cast<int>(left > 0 ? left : 0);
+        const int wait = text.size() >= count ? QuietTime : static_cast<int>(left > 0 ? left : 0);
         if (!EventWithin(display_, wait)) {
             return text;
         }

@@ -23,7 +23,7 @@ namespace {
 
 using namespace std::string_literals;
 
-RfidScanData Tag(const char* uid, const char* data) {
+RfidScanData TagOf(const char* uid, const char* data) {
     RfidScanData scan{};
     scan.tagType = 'V';
     std::strcpy(scan.uid, uid);
@@ -184,7 +184,7 @@ TEST(Delivery, ATagIsDeliveredWithoutTouchingTheBarcodeTransfer) {
     SetValue(general::ReadRfidUid, '1');
     SetValue(general::DataOutput, '7');
     ShellState.TransferBusy = 1;
-    const RfidScanData tag = Tag("E004010012345678", "ABC");
+    const RfidScanData tag = TagOf("E004010012345678", "ABC");
     terminal.OnReceiveThread([&] { DeliverScan(tag); });
     EXPECT_EQ(terminal.Keys->Text(), "E004010012345678");
     EXPECT_EQ(ShellState.TransferBusy, 1);
@@ -211,7 +211,7 @@ TEST(Delivery, TwoReadersAtOnceLoseNothingAndNeverMix) {
                                    },
                                    [] {
                                        for (int round = 0; round < Rounds; ++round) {
-                                           DeliverScan(Tag("e0040100aaBB", ""));
+                                           DeliverScan(TagOf("e0040100aaBB", ""));
                                        }
                                    }});
         int labels = 0, tags = 0;

@@ -20,7 +20,7 @@ vantrel_library(vantrel_platform_kernel
   linux/kernel/text.cpp
   linux/kernel/threads.cpp
   linux/kernel/vibrator.cpp)
-vantrel_replaceable(vantrel_platform_kernel)
+vantrel_replaceable(linux/kernel/sound.cpp)
 # Files and serial ports share CreateFileW and ReadFile, so the two libraries need each other.
 target_link_libraries(vantrel_platform_kernel
   PUBLIC Threads::Threads vantrel_resources $<TARGET_NAME_IF_EXISTS:vantrel_platform_serial>

@@ -36,6 +36,8 @@ vantrel_library(vantrel_platform_serial
   linux/serial/wire_trace.cpp
   linux/keyboard/us_keyboard.cpp
   linux/keyboard/wayland_connection.cpp)
-vantrel_one_by_one(vantrel_platform_serial)
+# Keyboards name their own parts alike.
+vantrel_by_themselves(linux/keyboard/keyboard_wayland.cpp linux/keyboard/keyboard_xtest.cpp
+  linux/keyboard/wayland_connection.cpp)
 # Files open ports and ports wait through the kernel's objects: each library needs the other.
 target_link_libraries(vantrel_platform_serial PUBLIC vantrel_platform_kernel PRIVATE PkgConfig::VANTREL_KEYS vantrel_virtual_keyboard)

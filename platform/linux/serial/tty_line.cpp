@@ -215,9 +215,9 @@ void TtyLine::WaitSent() const {
     if (pseudo_) {
         return;
     }
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::milliseconds(LineTime(0) + 100);
-    while (Queued() > 0 && Clock::now() < deadline) {
+    using Steady = std::chrono::steady_clock;
+    const auto deadline = Steady::now() + std::chrono::milliseconds(LineTime(0) + 100);
+    while (Queued() > 0 && Steady::now() < deadline) {
         Pause(1);
     }
     unsigned status = 0;
@@ -226,7 +226,7 @@ void TtyLine::WaitSent() const {
         Pause(2 * BitsPerByte * 1000 / std::max<DWORD>(Speed(), 1200) + 1);
         return;
     }
-    while ((status & TIOCSER_TEMT) == 0 && Clock::now() < deadline) {
+    while ((status & TIOCSER_TEMT) == 0 && Steady::now() < deadline) {
         Pause(1);
         if (ioctl(fd_, TIOCSERGETLSR, &status) != 0) {
             return;

@@ -30,12 +30,9 @@ vantrel_library(vantrel_platform_windows
   linux/windows/window_table.cpp)
 include(linux/controls/controls.cmake)
 # X11's names would change Qt's; the others have names of their own that are others' as well.
-set_source_files_properties(linux/windows/window_manager.cpp linux/windows/menus.cpp
-  linux/controls/sheet_window.cpp linux/controls/tree_widget.cpp linux/controls/updown_control.cpp
-  PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-if(VANTREL_TESTS)
-  set_source_files_properties(linux/windows/timers.cpp linux/windows/cursors.cpp PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-endif()
+vantrel_by_themselves(linux/windows/window_manager.cpp linux/windows/menus.cpp
+  linux/controls/sheet_window.cpp linux/controls/tree_widget.cpp linux/controls/updown_control.cpp)
+vantrel_replaceable(linux/windows/timers.cpp linux/windows/cursors.cpp)
 # Qt's headers take longer than all else.
 target_precompile_headers(vantrel_platform_windows PRIVATE
   <functional> <map> <memory> <string> <vector>
