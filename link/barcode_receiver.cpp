@@ -83,10 +83,15 @@ bool ReceiveOnce(HANDLE port, ReceiveBuffer& buffer, PacketMessage& message) {
     }
     DWORD events = 0;
     if (!WaitCommEvent(port, &events, nullptr)) {
+        // The reader has gone: whatever comes next is no rest of what has come.
+        DropPart(message);
+        buffer.Kept = 0;
         Sleep(WaitPause);
         return true;
     }
     if (events & EV_BREAK) {
+        Log(LogPriority::Warning,
+            TEXT("a break has ended the reading of the barcode port: the next press begins it anew"));
         return false;
     }
     if ((events & EV_RXCHAR) == 0 || !ReadingLasts()) {
@@ -194,6 +199,7 @@ bool RenewBarcodeReceiver() {
 void PauseBarcodeReceiver() {
     Log(LogPriority::Debug, TEXT("the barcode reader is off"));
     Reading += Reading & 1;
+    ShellState.TransferBusy = 0;
     FinishReadingStep();
     SetCommMask(ShellState.BarcodePort, ReceiveEvents);  // wakes the thread
 }
@@ -213,6 +219,9 @@ void AwaitPausedReceiver() {
 }
 
 void ResumeBarcodeReceiver() {
+    if (ShellState.Closing) {
+        return;  // the end has come while settings were being applied
+    }
     RenewBarcodeReceiver();
     KillTimer(ShellState.MainWindow, IDT_CONTINUATION);
     KillTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY);

@@ -66,6 +66,17 @@ PacketStep Join(PacketMessage& message, std::span<const BYTE> packet) {
     return PacketStep::Complete;
 }
 
+// The engine sends each packet so often. Behind a refused one only its resend is surely of the same decode.
+void NoteBroken(PacketMessage& message, std::optional<BYTE> status) {
+    const bool first = status && (*status & SsiResent) == 0;
+    const bool surelyResent = status && !first;
+    message.Tries = first ? 1 : message.Tries + 1;
+    if (message.Pending && (message.Tries >= EngineTries || (message.Refused && !surelyResent))) {
+        DropPart(message);
+    }
+    message.FirstBroken |= first;
+}
+
 }  // namespace
 
 void ClearMessage(PacketMessage& message) {
@@ -88,30 +99,39 @@ void DropOverdue(PacketMessage& message, DWORD now) {
     }
 }
 
-void NoteBroken(PacketMessage& message, BYTE status) {
-    message.FirstBroken |= (status & SsiResent) == 0;
+void NoteRefusal(PacketMessage& message, std::optional<BYTE> status) {
+    NoteBroken(message, status);
+    message.Refused = true;
 }
 
-void NoteRefusal(PacketMessage& message, DWORD now) {
-    message.Refused = true;
-    message.LastPacket = now;
+void NotePassedOver(PacketMessage& message, std::optional<BYTE> status) {
+    NoteBroken(message, status);
+    message.Doubtful = true;
 }
 
 PacketStep AddPacket(PacketMessage& message, std::span<const BYTE> packet, DWORD now) {
     const bool resent = (StatusOf(packet) & SsiResent) != 0;
     const bool afterRefusal = std::exchange(message.Refused, false);
+    const bool doubtful = std::exchange(message.Doubtful, false) && !afterRefusal;
     message.LastPacket = now;
     if (resent && RepeatsLast(message, packet)) {
+        ++message.Tries;
+        if (!message.Pending && (StatusOf(packet) & SsiContinued) != 0) {
+            // Its part has been dropped meanwhile, and the rest is still to come.
+            message.Pending = message.Discarding = true;
+        }
         return message.Pending ? PacketStep::More : PacketStep::Repeated;
     }
-    if (!resent && afterRefusal) {
+    const bool mayBeTail = !resent && doubtful && message.Pending;
+    if (!resent && (afterRefusal || doubtful)) {
         ClearMessage(message);
     }
     if (!message.Pending) {
-        message.Discarding = resent && BelongsToLostPart(message);
+        message.Discarding = mayBeTail || (resent && BelongsToLostPart(message));
         message.Lost = LostPart::None;
     }
     message.FirstBroken = false;
+    message.Tries = 0;
     KeepAsLast(message, packet);
     return Join(message, packet);
 }

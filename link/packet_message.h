@@ -9,12 +9,14 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <span>
 
 #include "platform/base.h"
 
 inline constexpr std::size_t MessageLimit = 4096;   // bytes of one message
 inline constexpr DWORD ContinuationTimeout = 2000;  // milliseconds between the packets of a message
+inline constexpr DWORD EngineTries = 3;             // so often an engine sends a packet, then it gives up
 
 // What packets with the resend bit may be the rest of.
 enum class LostPart : BYTE {
@@ -28,10 +30,12 @@ struct PacketMessage {
     DWORD Length = 0;
     bool Pending = false;     // a continuation is awaited
     bool Discarding = false;  // the packets of this message are taken and dropped, up to the last one
-    DWORD LastPacket = 0;     // tick of the packet before, taken or refused
+    DWORD LastPacket = 0;     // tick of the packet that was taken last
 
     LostPart Lost = LostPart::None;
     bool Refused = false;          // the packet before was refused
+    bool Doubtful = false;         // one that came broken since the last one taken got no answer
+    DWORD Tries = 0;               // how often, at least, the packet under way has come broken or again
     bool FirstBroken = false;      // one without the resend bit came broken since the last one that was taken
     std::array<BYTE, 255> Last{};  // the packet acknowledged last, without its resend bit
     std::size_t LastSize = 0;
@@ -46,10 +50,12 @@ enum class PacketStep {
 
 // Drops a part whose continuation is overdue; before any other call for a packet that arrives.
 void DropOverdue(PacketMessage& message, DWORD now);
-// Notes a packet that came broken, by its status byte, or one whose acknowledgement could not be sent.
-void NoteBroken(PacketMessage& message, BYTE status);
-// Notes that such a packet has been refused: its resend continues the part, another first try does not.
-void NoteRefusal(PacketMessage& message, DWORD now);
+// Notes a packet that came broken and is refused, or whose acknowledgement could not be sent, by its status
+// byte where that has come. Its resend continues the part, another first try does not. One that shows that
+// the engine has given the decode up drops the part.
+void NoteRefusal(PacketMessage& message, std::optional<BYTE> status);
+// Notes one that needs no answer, since a whole packet follows it. Only a resend continues the part then.
+void NotePassedOver(PacketMessage& message, std::optional<BYTE> status);
 // Adds a verified packet (bytes 0 to L - 1) that has been acknowledged. The first brings its code identifier
 // and data, the later ones their data only.
 PacketStep AddPacket(PacketMessage& message, std::span<const BYTE> packet, DWORD now);

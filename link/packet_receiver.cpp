@@ -26,13 +26,12 @@ BYTE BeginPacket(PacketMessage& message) {
 }
 
 // The packet counts as not received, and the engine will send it again.
-void LeaveToResend(PacketMessage& message, BYTE status) {
-    NoteBroken(message, status);
-    NoteRefusal(message, GetTickCount());
+void LeaveToResend(PacketMessage& message, std::optional<BYTE> status) {
+    NoteRefusal(message, status);
     ShellState.TransferBusy = 0;
 }
 
-void RefusePacket(HANDLE port, PacketMessage& message, BYTE status) {
+void RefusePacket(HANDLE port, PacketMessage& message, std::optional<BYTE> status) {
     BeginPacket(message);
     // What else has come is the rest of the broken packet; the resend begins a clean line.
     PurgeComm(port, PURGE_RXCLEAR);
@@ -50,7 +49,8 @@ void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packe
     }
     const PacketStep step = AddPacket(message, packet, GetTickCount());
     if (!ReadingLasts()) {
-        return;  // the reader was switched off meanwhile
+        ShellState.TransferBusy = 0;  // the reader was switched off meanwhile
+        return;
     }
     switch (step) {
         case PacketStep::More:
@@ -79,7 +79,7 @@ void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packe
 DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled) {
     while (!bytes.empty() && ReadingLasts()) {
         const SsiPiece piece = NextSsiPacket(bytes);
-        const auto broken = BrokenDecodeStatus(piece.Bytes);
+        const BrokenDecode broken = FindBrokenDecode(piece.Bytes);
         switch (piece.Finding) {
             case SsiFinding::Decode:
                 TakePacket(port, message, piece.Bytes);
@@ -88,16 +88,16 @@ DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> byt
                 break;
             case SsiFinding::Noise:
                 // No refusal: what was broken has been sent again by itself.
-                if (broken) {
-                    NoteBroken(message, *broken);
+                if (broken.Found) {
+                    NotePassedOver(message, broken.Status);
                 }
                 break;
             case SsiFinding::Rest:
                 if (filled) {
                     return static_cast<DWORD>(std::min(bytes.size(), SsiFrameLimit));
                 }
-                if (broken) {
-                    RefusePacket(port, message, *broken);
+                if (broken.Found) {
+                    RefusePacket(port, message, broken.Status);
                 }
                 break;
         }

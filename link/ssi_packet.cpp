@@ -54,12 +54,12 @@ SsiPiece NextSsiPacket(std::span<const BYTE> bytes) {
     return {SsiFinding::Rest, bytes, bytes.size()};
 }
 
-std::optional<BYTE> BrokenDecodeStatus(std::span<const BYTE> bytes) {
+BrokenDecode FindBrokenDecode(std::span<const BYTE> bytes) {
     for (std::size_t at = 0; at < bytes.size(); ++at) {
         const bool fromReader = at == 1 || (at + 1 < bytes.size() && bytes[at + 1] == SsiReader);
         if (bytes[at] == DECODE_DATA && fromReader) {
-            return at + 2 < bytes.size() ? bytes[at + 2] : BYTE{0};
+            return {true, at + 2 < bytes.size() ? std::optional(bytes[at + 2]) : std::nullopt};
         }
     }
-    return std::nullopt;
+    return {};
 }

@@ -68,6 +68,9 @@ struct SsiPiece {
 // DECODE_DATA packet counts, at the next place where length and checksum are right.
 SsiPiece NextSsiPacket(std::span<const BYTE> bytes);
 
-// Whether the bytes, which are no packet, look like a broken DECODE_DATA packet or a part of one; its status
-// byte then, 0 when that is missing.
-std::optional<BYTE> BrokenDecodeStatus(std::span<const BYTE> bytes);
+// What bytes that are no packet look like.
+struct BrokenDecode {
+    bool Found = false;          // a broken DECODE_DATA packet or a part of one
+    std::optional<BYTE> Status;  // its status byte, where that has come
+};
+BrokenDecode FindBrokenDecode(std::span<const BYTE> bytes);

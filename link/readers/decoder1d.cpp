@@ -108,7 +108,9 @@ bool Save1DSettings() {
         if (answered && ReplyContains(reply, "OK\r")) {
             return true;
         }
-        if (i == 0 && !answered) {
+        // At a wrong speed it may be silent, or answer anything else.
+        const bool refused = answered && ReplyContains(reply, "NG\r");
+        if (i == 0 && !refused) {
             FindRate(port);
         }
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "link/await_reply.h"
 #include "link/command_exchange.h"
 #include "link/packet_sender.h"
 #include "link/probe_reply.h"
@@ -26,10 +27,12 @@ bool BeginsWithAck(const ReaderReply& reply) {
            std::equal(SsiReaderAck.begin(), SsiReaderAck.end(), reply.Bytes.begin());
 }
 
-// 0 when the reply is no refusal either.
-unsigned NakCause(const ReaderReply& reply) {
-    constexpr DWORD causeAt = 4;
-    return reply.Length > causeAt && reply.Bytes[1] == CMD_NAK ? reply.Bytes[causeAt] : 0;
+constexpr DWORD NakCauseAt = 4;
+
+// Only a whole packet: at a wrong speed an engine's bytes may look like anything.
+bool IsNak(const ReaderReply& reply) {
+    return reply.Length > NakCauseAt && reply.Bytes[1] == CMD_NAK &&
+           IsWholePacket({reply.Bytes.data(), reply.Length});
 }
 
 // Sends a packet until it is acknowledged, twice at most: one acknowledgement may get lost.
@@ -37,14 +40,18 @@ Reaction SendTwice(HANDLE port, std::span<const BYTE> packet) {
     Reaction reaction = Reaction::None;
     for (int i = 0; i < PacketTries && reaction != Reaction::Taken; ++i) {
         ReaderReply reply;
-        reaction = !RequestReply(port, packet, reply) ? Reaction::None
-                   : BeginsWithAck(reply)             ? Reaction::Taken
-                                                      : Reaction::Refused;
+        const bool answered = RequestReply(port, packet, reply);
+        reaction = !answered              ? Reaction::None
+                   : BeginsWithAck(reply) ? Reaction::Taken
+                   : IsNak(reply)         ? Reaction::Refused
+                                          : Reaction::None;
         if (reaction == Reaction::None) {
-            Log(LogPriority::Warning, TEXT("the scan engine has not answered a packet"));
+            Log(LogPriority::Warning, answered
+                                          ? TEXT("the scan engine has answered a packet with something else")
+                                          : TEXT("the scan engine has not answered a packet"));
         } else if (reaction == Reaction::Refused) {
             Log(LogPriority::Warning, TEXT("the scan engine has refused a packet: cause %u"),
-                NakCause(reply));
+                DWORD{reply.Bytes[NakCauseAt]});
         }
     }
     return reaction;

@@ -1,7 +1,8 @@
 // An engine that sends decodes over a line that breaks packets and loses acknowledgements, by its own
 // protocol: a packet that was refused or not acknowledged is sent again with the resend bit, so often, and
 // then the decode is given up. Whatever happens, a message that is handed over is one of the decodes, whole,
-// and no decode is handed over twice; a decode of which every packet arrived in time is handed over.
+// and no decode is handed over twice; a decode of which every packet arrived in time, at worst after
+// refusals, is handed over.
 #include <algorithm>
 
 #include "link/packet_message.h"
@@ -40,12 +41,11 @@ struct Line {
     std::size_t Delivered = 0;
     Bytes Newest;  // the last that was delivered: code identifier and data
 
-    // The receiver as it takes a packet that has arrived whole, or broken.
-    void Arrive(std::span<const BYTE> packet, bool broken) {
+    // The receiver as it takes a packet that has arrived whole, or broken, with or without its status byte.
+    void Arrive(std::span<const BYTE> packet, bool broken, bool torn) {
         DropOverdue(Message, Now);
         if (broken) {
-            NoteBroken(Message, packet[3]);
-            NoteRefusal(Message, Now);
+            NoteRefusal(Message, torn ? std::nullopt : std::optional(packet[3]));
             return;
         }
         if (AddPacket(Message, packet, Now) == PacketStep::Complete) {
@@ -62,6 +62,7 @@ struct Line {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     constexpr int Tries = 3;
+    constexpr DWORD AnswerTime = 1000;
     Choices choices(bytes, size);
     Line line;
     bool partDropped = false;
@@ -72,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         const BYTE code = 1;
         Bytes decode;
         decode.Add(code);
-        bool arrived = true, late = false;
+        bool arrived = true, unsure = false;
         const std::size_t before = line.Delivered;
         for (std::size_t i = 0; i < packets && arrived; ++i) {
             Bytes data;
@@ -81,18 +82,28 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             data.Add(same ? 'x' : static_cast<BYTE>(number + 1));
             Bytes packet = Packet(data.Used(), code, i + 1 < packets);
             decode.Add(data.Used());
-            bool acknowledged = false, taken = false;
+            bool acknowledged = false, taken = false, locked = false;
             for (int attempt = 0; attempt < Tries && !acknowledged; ++attempt) {
                 const BYTE fate = choices.Byte();
-                line.Now += fate & 0x40 ? 700 : 5;
-                late |= (fate & 0x40) != 0;
-                line.Arrive(packet.Used(), fate % 4 == 1);
-                taken |= fate % 4 != 1;
-                acknowledged = fate % 4 == 0 || fate % 4 == 3;  // 2: it arrived, the acknowledgement did not
+                // Of two equal packets in a row the second, sent again, could be the first.
+                const bool slow = fate & 0x40, torn = part && (fate & 0x10);
+                const bool unseen = part && fate % 4 == 3 && (fate & 0x20);
+                const bool broken = fate % 4 == 1, unheard = fate % 4 == 2;  // the acknowledgement got lost
+                line.Now += slow ? 700 : 5;
+                if (!unseen) {
+                    line.Arrive(packet.Used(), broken, torn);
+                }
+                if (unseen || unheard) {
+                    line.Now += AnswerTime;
+                }
+                unsure |= slow || torn || unseen || unheard;
+                taken |= !unseen && !broken;
+                acknowledged = !unseen && !broken && !unheard;
+                locked = unheard;
                 packet.All[3] |= SsiResent;
             }
-            if (!acknowledged) {
-                line.Now += ContinuationTimeout;  // an engine gives up after its last wait for an answer
+            if (!acknowledged && locked) {
+                line.Now += ContinuationTimeout;  // no trigger before
             }
             arrived = acknowledged;
             if (!acknowledged && taken && i + 1 == packets) {
@@ -104,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             Require(std::ranges::equal(line.Newest.Used(), decode.Used()));
         } else {
             // What is sent again after a part was dropped may be that part's, and is never taken for a scan.
-            Require(!arrived || late || partDropped);
+            Require(!arrived || unsure || partDropped);
         }
         partDropped = line.Delivered == before;
         line.Now += choices.Byte() & 1 ? 3000 : 50;

@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                 Require(!Valid(rest.subspan(at)) || rest[at + 1] != DECODE_DATA);
             }
             Require((piece.Finding == SsiFinding::Rest) == (piece.Size == rest.size()));
-            BrokenDecodeStatus(piece.Bytes);
+            FindBrokenDecode(piece.Bytes);
         }
         rest = rest.subspan(piece.Size);
     }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <sstream>
 
 #include "hex_bytes.h"
@@ -12,8 +13,9 @@ std::string TextOf(const PacketMessage& message) {
 }
 
 // Plays packets and gives what is handed over, and "-" for a last packet that brings nothing. A packet is its
-// text: "+" behind it announces another one, in front "'" marks a resend and "!" a packet that comes broken
-// and is refused. "~N" lets N ms pass, "off" switches the reader off.
+// text: "+" behind it announces another one, in front "'" marks a resend. A packet that comes broken has "!"
+// in front when it is refused, "?" when nothing of its status byte has come either, "^" when it is passed
+// over. "~N" lets N ms pass, "off" switches the reader off.
 std::string Play(const std::string& script, DWORD now = 0) {
     PacketMessage message;
     std::string result;
@@ -27,7 +29,8 @@ std::string Play(const std::string& script, DWORD now = 0) {
             now += static_cast<DWORD>(std::stoul(word.substr(1)));
             continue;
         }
-        const bool broken = word[0] == '!', resent = word[broken] == '\'', more = word.back() == '+';
+        const bool broken = std::strchr("!?^", word[0]), resent = word[broken] == '\'',
+                   more = word.back() == '+';
         const std::string text = word.substr(broken + resent, word.size() - broken - resent - more);
         std::vector<BYTE> packet{0, 0xF3, 0, static_cast<BYTE>(resent | more << 1)};
         if (text != "empty")
@@ -37,8 +40,10 @@ std::string Play(const std::string& script, DWORD now = 0) {
         packet[0] = static_cast<BYTE>(packet.size());
         DropOverdue(message, now);
         if (broken) {
-            NoteBroken(message, packet[3]);
-            NoteRefusal(message, now);
+            if (word[0] == '^')
+                NotePassedOver(message, packet[3]);
+            else
+                NoteRefusal(message, word[0] == '!' ? std::optional(packet[3]) : std::nullopt);
             continue;
         }
         switch (AddPacket(message, packet, now)) {
@@ -73,6 +78,19 @@ TEST(PacketMessage, JoinsResendsAndDrops) {
         {"!ab+ 'ab+ cd", "#abcd"},
         {"ab+ !cd xy", "#xy"},
         {"ab+ 'cd", "#abcd"},
+        // An engine that has given up: three tries, or another first try behind a refused packet.
+        {"ab+ !cd !'cd !'cd xy", "#xy"},
+        {"ab+ !cd !'cd !'cd !xy 'xy zw", "- #zw"},
+        {"ab+ !cd !'cd !'cd 'xy+ zw", "-"},
+        {"ab+ !cd !xy 'xy zw", "- #zw"},
+        {"ab+ !cd ?xy 'xy zw", "- #zw"},
+        {"ab+ 'ab+ !'ab+ ?xy 'xy", "-"},
+        {"ab+ !cd+ ~1900 !'cd+ ~200 'cd+ ef", "-"},
+        // Passed over: what follows is the same one again, or nobody knows what it is the rest of.
+        {"ab+ ^cd 'cd", "#abcd"},
+        {"ab+ ^cd xy+ zw next", "- #next"},
+        {"ab+ !cd ^'cd xy", "#xy"},
+        {"^ab cd", "#cd"},
         // A lost acknowledgement: the repetition of what has been taken brings nothing.
         {"ab 'ab", "#ab"},
         {"ab+ 'ab+ cd 'cd", "#abcd"},
@@ -83,6 +101,7 @@ TEST(PacketMessage, JoinsResendsAndDrops) {
         // The same again, but refused in between: that one's resend.
         {"ab !ab 'ab", "#ab #ab"},
         {"ab !ab !'ab 'ab 'ab", "#ab #ab"},
+        {"ab ?ab 'ab cd", "#ab #cd"},
         {"ab+ !ab+ 'ab+ ab", "#ababab"},
         {"ab+ cd 'ab", "#abcd #ab"},
         // Overdue: the rest is taken and dropped up to the last packet.
@@ -92,12 +111,14 @@ TEST(PacketMessage, JoinsResendsAndDrops) {
         {"ab+ ~2000 'cd+ ef+ !gh 'gh xy", "- #xy"},
         {"ab+ ~2000 'cd+ ~2000 'ef 'gh", "- #gh"},
         {"ab+ ~2000 'ab+ 'cd", "-"},
-        {"ab+ ~1900 cd+ ~1900 !ef ~1900 'ef", "#abcdef"},
+        {"ab+ ~2000 'ab+ cd ef", "- #ef"},
+        {"ab+ ~1900 cd+ ~1900 !ef 'ef", "#abcdef"},
         {"ab+ ~2000 !cd 'cd xy", "- #xy"},
         {"ab+ ~2000 xy+ !zz 'zz", "#xyzz"},
         // Switched off: nothing of then is continued.
         {"ab+ off 'cd 'ef", "- #ef"},
         {"ab+ off cd", "#cd"},
+        {"ab+ off 'ab+ cd ef", "- #ef"},
         {"off 'ab xy", "- #xy"},
         {"off 'ab+ cd xy", "- #xy"},
         {"off !ab 'ab", "#ab"},

@@ -63,6 +63,8 @@ std::string Describe(const WireStep& step) {
             return port + "! break";
         case WireAct::Unplug:
             return port + "! unplugged";
+        case WireAct::Plug:
+            return port + "! plugged";
         case WireAct::Nothing:
             return "~ " + TimeOf(step) + "ms, and nothing else";
     }
@@ -190,7 +192,7 @@ void Conversation::Deliver(std::uint64_t now) {
         input.Bytes.insert(input.Bytes.end(), step.Bytes.begin(), step.Bytes.end());
         input.LastArrival = now;
         input.Broke |= step.Act == WireAct::ReceiveBreak;
-        input.Unplugged |= step.Act == WireAct::Unplug;
+        input.Unplugged = step.Act == WireAct::Unplug || (input.Unplugged && step.Act != WireAct::Plug);
         steps_.pop_front();
     }
     changed_.notify_all();

@@ -32,6 +32,7 @@ enum class WireAct {
     Receive,
     ReceiveBreak,
     Unplug,
+    Plug,
     Nothing,  // time passes; only at the end
 };
 

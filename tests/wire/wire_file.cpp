@@ -87,6 +87,7 @@ const ActForm ActForms[] = {
     {"> fails", WireAct::FailWrite},
     {"! break", WireAct::ReceiveBreak},
     {"! unplugged", WireAct::Unplug},
+    {"! plugged", WireAct::Plug},
     {"^ rts", WireAct::Rts, ActForm::OnOff},
     {"^ dtr", WireAct::Dtr, ActForm::OnOff},
     {"^ break", WireAct::LineBreak, ActForm::OnOff},
