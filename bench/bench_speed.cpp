@@ -67,11 +67,12 @@ double ProcessorTime(pid_t process) {
     return own + static_cast<double>(children) * 1e3 / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
+// What the process has written: pages of files that nobody else happens to have mapped are anybody's.
 double PrivateMemory(pid_t process) {
     std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
     double kilobytes = 0;
     for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("Private_")) {
+        if (line.starts_with("Private_Dirty")) {
             kilobytes += std::atof(line.substr(line.find(':') + 1).c_str());
         }
     }
