@@ -55,9 +55,12 @@ TEST_F(SharedObjects, TheLastUserTakesTheNamesAway) {
         Program comes;
         comes.Open();
         EXPECT_EQ(comes.Ask("write record"), "ok");
+        EXPECT_EQ(comes.Ask("write another"), "failed") << "room for one";
+        EXPECT_EQ(comes.Ask("set"), "ok");
         EXPECT_EQ(comes.Ask("set"), "ok");
         comes.End();
         EXPECT_EQ(stays.Ask("wait 0"), "set") << start;
+        EXPECT_EQ(stays.Ask("wait 0"), "timeout") << "an event counts nothing";
         EXPECT_EQ(stays.Ask("read 0"), "record") << start;
     }
     EXPECT_TRUE(EventExists());

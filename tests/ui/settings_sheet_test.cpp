@@ -72,6 +72,7 @@ TEST_F(SheetTest, KeysTurnThePagesWhoseTreesFillThem) {
         const QWidget* tree = QApplication::focusWidget();
         ASSERT_TRUE(tree->inherits("QTreeView")) << "the page has the keys";
         EXPECT_EQ(tree->geometry().bottom() + 1, tree->parentWidget()->height());
+        EXPECT_EQ(tree->parentWidget()->geometry().bottom() + 1, tabs->geometry().top());
     }
 }
 
