@@ -93,11 +93,11 @@ bool Ask(HWND owner, std::span<WCHAR, FirmwarePathSize> path) {
     return true;
 }
 
-ErrorCode Upgrade(HWND owner) {
+void Upgrade(HWND owner) {
     SetPortTimeouts(ShellState.BarcodePort, MAXDWORD);
     WCHAR path[FirmwarePathSize] = {};
     if (!Ask(owner, path)) {
-        return NoResult;
+        return;
     }
     RepaintActiveWindow(owner);
     const ErrorCode result = LoadFirmware(owner, path);
@@ -105,7 +105,6 @@ ErrorCode Upgrade(HWND owner) {
         static_cast<void>(Save1DSettings());  // the upgrade itself has worked, whatever comes of this
     }
     ShowErrorMessage(owner, result == Success ? FirmwareUpgradeDone : result);
-    return result;
 }
 
 }  // namespace
@@ -120,9 +119,8 @@ ErrorCode LoadFirmware(HWND owner, LPCWSTR path) {
     return result;
 }
 
-ErrorCode UpgradeFirmware(HWND owner) {
+void UpgradeFirmware(HWND owner) {
     ShellState.UpgradeActive = 1;
-    const ErrorCode result = Upgrade(owner);
+    Upgrade(owner);
     ShellState.UpgradeActive = 0;
-    return result;
 }

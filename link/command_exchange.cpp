@@ -100,10 +100,6 @@ bool ReplyContains(const ReaderReply& reply, std::string_view mark) {
     return TextOf(reply).find(mark) != std::string_view::npos;
 }
 
-bool ReplyAcknowledges(const ReaderReply& reply) {
-    return ReplyContains(reply, "\x04\xD0");
-}
-
 int ReadRfidRegister(BYTE number, DWORD blockSize, char* value) {
     constexpr char Hex[] = "0123456789abcdef";
     const std::array<BYTE, 3> command{'r', static_cast<BYTE>(Hex[number >> 4]),

@@ -36,8 +36,6 @@ struct ReaderReply {
 
 // Whether the mark occurs in the reply before its first zero byte.
 bool ReplyContains(const ReaderReply& reply, std::string_view mark);
-// Whether the bytes 04 D0 occur in the reply before its first zero byte.
-bool ReplyAcknowledges(const ReaderReply& reply);
 
 inline constexpr DWORD RegisterTextLimit = 20;  // characters of one RFID register (memory block)
 

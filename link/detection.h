@@ -17,7 +17,8 @@ extern Relaxed<DWORD> RfidReaderModel;
 // Probes for every kind of barcode reader, at every rate; those that are asked alike are asked once. 0, or
 // what was found: 1 (1D reader), 2 laser, 4 imager; a reader that needs RTS has it from then on.
 WORD ProbeBarcodeReader(HANDLE port);
-// Probes at every rate, the working one first. `type`: 32 RFID reader, 1 1D reader, 4 scan engines. 0, or
+// Probes at every rate: an RFID reader at its working one first, a barcode reader at 115200, 38400 and 9600.
+// `type`: 32 RFID reader, else the bit of a barcode reader that is asked in the same way. 0, or
 // what was found: 1 (1D or RFID reader), 2 laser, 4 imager. Another rate than the working one sets
 // ReconfigureReaders.
 WORD ProbeReaderRates(HANDLE port, WORD type);

@@ -92,7 +92,7 @@ constexpr const Setting* LaserEndRows[] = {
     &EnableRssExpanded,
     &ConvertRssToUpcEan,
     &general::BarcodeDecodeTimeout,
-    &general::LaserSameBarcodeTimeout,
+    &general::SameBarcodeTimeout,
 };
 
 constexpr const Setting* ImagerSecondRows[] = {
@@ -123,7 +123,7 @@ constexpr const Setting* ImagerSecondRows[] = {
     &TransmitControlHeader,
     &EscapeCharacters,
     &general::ImagerDecodeTimeout,
-    &general::ImagerSameBarcodeTimeout,
+    &general::SameBarcodeTimeout,
     &general::DecodingAutoexposure,
     &general::DecodingIllumination,
     &general::DecodingAimingPattern,

@@ -38,5 +38,5 @@ void keybd_event(BYTE key, BYTE scanCode, DWORD flags, ULONG_PTR extraInfo);
 #endif
 
 // Who takes the keys now. Any thread.
-enum class KeysGoTo : DWORD { Unknown, Nowhere, Trace, Xtest, Wayland, Uinput, Windows };
+enum class KeysGoTo : DWORD { Unknown, Nowhere, Trace, Xtest, Wayland, Uinput, Windows, Count };
 KeysGoTo WhoTakesKeys();

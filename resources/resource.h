@@ -40,8 +40,7 @@
 #define IDB_STATE_IMAGES 991
 #define IDI_ABOUT 999
 
-// Symbologies of the 1D reader: group 1000 + 100 * n is called IDS_1D_SYMBOLOGY_FIRST + n.
-#define IDS_1D_SYMBOLOGY_FIRST 101
+// Symbologies of the 1D reader: group 1000 + 100 * n is called 101 + n.
 #define IDS_1D_CODE_39 101
 #define IDS_1D_ITALIAN_PHARMACODE 102
 #define IDS_1D_FRENCH_PHARMACODE 103
@@ -62,8 +61,7 @@
 #define IDS_1D_CODE_128 118
 #define IDS_1D_EAN_128 119
 
-// Group headings of the packet readers: group 0x1000 + 0x100 * n is called IDS_GROUP_FIRST + n.
-#define IDS_GROUP_FIRST 130
+// Group headings of the packet readers: group 0x1000 + 0x100 * n is called 130 + n.
 #define IDS_GROUP_UPC_EAN 130
 #define IDS_GROUP_CODE_128 131
 #define IDS_GROUP_CODE_39 132
@@ -79,8 +77,7 @@
 #define IDS_GROUP_2D_SYMBOLOGIES 142
 #define IDS_GROUP_MACRO_PDF 143
 
-// Options of the 1D reader's symbologies: option i is called IDS_1D_OPTION_BASE + i.
-#define IDS_1D_OPTION_BASE 200
+// Options of the 1D reader's symbologies: option i is called 200 + i.
 #define IDS_1D_TRANSMIT_START_STOP 201
 #define IDS_1D_VERIFY_CHECKSUM 202
 #define IDS_1D_TRANSMIT_CHECKSUM 203

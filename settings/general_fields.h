@@ -19,7 +19,9 @@ struct Position {
 };
 
 constexpr Places Everywhere(const SettingPlace& place) {
-    return {place, place, place, place};
+    Places places;
+    places.fill(place);
+    return places;
 }
 constexpr Position Common(WORD word, WORD value) {
     return {ResetGroup::General, Everywhere(Place(word, value, {}))};
@@ -155,8 +157,6 @@ SETTING(SameBarcodeTimeout,
                       PlaceWithoutDefault(113, SameBarcodeLimits), Place(112, 10, SameBarcodeLimits),
                       Place(113, 6, SameBarcodeLimits)},
                      Parameter(0x89)));
-inline constexpr const Setting& LaserSameBarcodeTimeout = SameBarcodeTimeout;
-inline constexpr const Setting& ImagerSameBarcodeTimeout = SameBarcodeTimeout;
 SETTING(NegativeBarcode, Toggle(12004, IDS_NEGATIVE_BARCODE, IDS_BASE_NO_YES, On1D(113, '0')));
 
 SETTING(FocusMode, Toggle(14246, IDS_FOCUS_MODE, IDS_BASE_OFF_ON, OnImager(115, '0')));

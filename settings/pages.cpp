@@ -207,6 +207,13 @@ constexpr ReaderLayout Layouts[] = {
      lists::OnImager2D, &ImagerGroupCount},
 };
 static_assert(std::size(Layouts) == ReaderTypes - 1);
+static_assert(std::ranges::all_of(Layouts,
+                                  [](const ReaderLayout& layout) {
+                                      return std::size(lists::Output) + layout.Items.size() +
+                                                 std::size(lists::Tags) + std::size(lists::Closing) <=
+                                             MaxGeneralItems;
+                                  }),
+              "the general page has no room for an item: raise MaxGeneralItems");
 
 }  // namespace
 

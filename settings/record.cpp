@@ -1,7 +1,5 @@
 #include "settings/record.h"
 
-#include <bit>
-
 Relaxed<WORD> DeviceFlags;
 SymbologyBlock SymbologySettings;
 GeneralBlock GeneralSettings;
@@ -10,8 +8,7 @@ GeneralBlock GeneralSettingsBefore;
 Relaxed<DWORD> SnapshotsTaken;
 
 ReaderType FittedReader() {
-    const unsigned barcode = DeviceFlags & DeviceBarcodeMask;
-    return barcode == 0 ? ReaderType::None : static_cast<ReaderType>(1 + std::countr_zero(barcode));
+    return BarcodeReaderOf(DeviceFlags);
 }
 
 bool HasBarcodeReader() {

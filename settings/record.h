@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 
 #include "platform/base.h"
 #include "shell/relaxed.h"
@@ -25,8 +26,8 @@ extern Relaxed<WORD> DeviceFlags;
 extern SymbologyBlock SymbologySettings;  // laid out by the fitted barcode reader; all zero without one
 extern GeneralBlock GeneralSettings;      // words from 110 on depend on the fitted barcode reader
 
-// The blocks as they were when the settings sheet opened; all zero, and different in every word, before it has
-// been opened once. The downloads send what differs from them.
+// The blocks as they were when the settings sheet opened; all zero, and different in every word, before it
+// has been opened once. The downloads send what differs from them.
 extern SymbologyBlock SymbologySettingsBefore;
 extern GeneralBlock GeneralSettingsBefore;
 extern Relaxed<DWORD> SnapshotsTaken;
@@ -35,8 +36,27 @@ extern Relaxed<DWORD> SnapshotsTaken;
 enum class ReaderType { None, Decoder1D, LongRangeLaser, Imager2D };
 inline constexpr std::size_t ReaderTypes = 4;
 
-// The barcode reader that DeviceFlags names. Where several are set, the 1D reader comes before the laser
-// and the laser before the imager.
+// By ReaderType: the bit in DeviceFlags, and the short name that commands and programs use.
+struct ReaderIdentity {
+    WORD Bit;
+    const char* Name;
+};
+inline constexpr std::array<ReaderIdentity, ReaderTypes> ReaderIdentities{{
+    {0, "none"},
+    {Device1D, "1d"},
+    {DeviceLaser, "laser"},
+    {DeviceImager, "imager"},
+}};
+static_assert(ReaderIdentities.back().Bit == 1 << (ReaderTypes - 2),
+              "a reader type without its bit and name");
+
+// The barcode reader that such flags name. Where several are set, the 1D reader comes before the laser and
+// the laser before the imager.
+constexpr ReaderType BarcodeReaderOf(DWORD deviceFlags) {
+    const unsigned barcode = deviceFlags & DeviceBarcodeMask;
+    return barcode == 0 ? ReaderType::None : static_cast<ReaderType>(1 + std::countr_zero(barcode));
+}
+// The one that DeviceFlags names.
 ReaderType FittedReader();
 bool HasBarcodeReader();
 bool HasRfidReader();

@@ -1,5 +1,5 @@
-// A word or flag that several threads read and write without a lock: each access is whole, none orders
-// another.
+// A word or flag that several threads read and write without a lock: each access is whole, and but for
+// Exchange none orders another.
 #pragma once
 
 #include <atomic>

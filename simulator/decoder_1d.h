@@ -20,7 +20,6 @@ class Decoder1D : public Reader {
     std::vector<std::string> Parameters() const override;
 
     const MemoryImage& Memory() const { return Loader.Memory(); }
-    void SetRestartTime(Milliseconds time) { RestartTime = time; }
 
   private:
     enum class Mode { Running, Loading, Restarting };

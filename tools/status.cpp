@@ -5,6 +5,7 @@
 #include <ctime>
 #include <iterator>
 
+#include "platform/keyboard.h"
 #include "platform/window.h"
 #include "settings/record.h"
 #include "shell/shell_state.h"
@@ -35,19 +36,13 @@ const char* Bool(bool value) {
 // By KeysGoTo.
 const char* KeysName(DWORD kind) {
     constexpr const char* names[] = {"unknown", "none", "trace", "xtest", "wayland", "uinput", "windows"};
+    static_assert(std::size(names) == static_cast<std::size_t>(KeysGoTo::Count));
     return names[kind < std::size(names) ? kind : 0];
 }
 
 std::string Reader(DWORD rate, bool on, bool reading) {
     return std::string("\"rate\":") + (rate != 0 ? Number(rate) : "null") + ",\"on\":" + Bool(on) +
            ",\"reading\":" + Bool(reading) + "}";
-}
-
-const char* BarcodeReader(DWORD devices) {
-    return devices & Device1D       ? "1d"
-           : devices & DeviceLaser  ? "laser"
-           : devices & DeviceImager ? "imager"
-                                    : nullptr;
 }
 
 }  // namespace
@@ -79,8 +74,9 @@ std::optional<ProgramStatus> AskStatus() {
 std::string StatusJson(const ProgramStatus& status) {
     const auto is = [&status](DWORD flag) { return (status.Flags & flag) != 0; };
     std::string readers;
-    if (const char* type = BarcodeReader(status.Devices)) {
-        readers = std::string("\"barcode\":{\"type\":\"") + type + "\"," +
+    if (const ReaderType type = BarcodeReaderOf(status.Devices); type != ReaderType::None) {
+        readers = std::string("\"barcode\":{\"type\":\"") +
+                  ReaderIdentities[static_cast<std::size_t>(type)].Name + "\"," +
                   Reader(status.BarcodeRate, is(StatusBarcodeOn), is(StatusBarcodeReading));
     }
     if ((status.Devices & DeviceRfid) != 0) {

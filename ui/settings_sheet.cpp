@@ -6,6 +6,7 @@
 #include "firmware/decoder.h"
 #include "firmware/upgrade.h"
 #include "platform/controls.h"
+#include "platform/keyboard.h"
 #include "resources/resource.h"
 #include "settings/catalogue.h"
 #include "settings/record.h"
@@ -16,8 +17,8 @@
 
 namespace {
 
-constexpr WORD KeyUpgradeFirst = 0x71;   // F2
-constexpr WORD KeyUpgradeSecond = 0x76;  // F7
+constexpr WORD KeyUpgradeFirst = VK_F2;
+constexpr WORD KeyUpgradeSecond = VK_F7;
 constexpr UINT UpgradeKeyTime = 3000;    // milliseconds between the two
 
 bool UpgradePossible() {

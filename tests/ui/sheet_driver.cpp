@@ -24,10 +24,9 @@
 Outside World;
 
 // What the key sequence leads to is told elsewhere.
-ErrorCode UpgradeFirmware(HWND owner) {
+void UpgradeFirmware(HWND owner) {
     EXPECT_EQ(owner, static_cast<HWND>(ShellState.SettingsSheet));
     ++World.Upgrades;
-    return NoResult;
 }
 
 namespace {

@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr const char* ShortNames[] = {"none", "1d", "laser", "imager"};
-
 bool SameText(std::string_view a, std::string_view b) {
     return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
@@ -114,9 +112,9 @@ std::string ReaderName(ReaderType type) {
 }
 
 std::optional<ReaderType> ReaderByName(std::string_view name) {
-    for (int i = 0; i < static_cast<int>(ReaderTypes); ++i) {
+    for (std::size_t i = 0; i < ReaderTypes; ++i) {
         const auto type = static_cast<ReaderType>(i);
-        if (name == ShortNames[i] || SameText(name, ReaderName(type))) {
+        if (name == ReaderIdentities[i].Name || SameText(name, ReaderName(type))) {
             return type;
         }
     }
@@ -124,8 +122,7 @@ std::optional<ReaderType> ReaderByName(std::string_view name) {
 }
 
 WORD ReaderFlag(ReaderType type) {
-    constexpr WORD flags[] = {0, Device1D, DeviceLaser, DeviceImager};
-    return flags[static_cast<int>(type)];
+    return ReaderIdentities[static_cast<std::size_t>(type)].Bit;
 }
 
 std::string ItemLabel(const Item& item) {

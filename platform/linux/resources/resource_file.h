@@ -30,7 +30,6 @@ class Cursor {
 
     std::size_t Left() const { return data_.size() - at_; }
     Bytes Take(std::size_t count);
-    std::uint8_t U8() { return static_cast<std::uint8_t>(Number(1)); }
     std::uint16_t U16() { return static_cast<std::uint16_t>(Number(2)); }
     std::uint32_t U32() { return Number(4); }
     std::int16_t S16() { return static_cast<std::int16_t>(U16()); }
