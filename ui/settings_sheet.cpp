@@ -19,7 +19,7 @@ namespace {
 
 constexpr WORD KeyUpgradeFirst = VK_F2;
 constexpr WORD KeyUpgradeSecond = VK_F7;
-constexpr UINT UpgradeKeyTime = 3000;    // milliseconds between the two
+constexpr UINT UpgradeKeyTime = 3000;  // milliseconds between the two
 
 bool UpgradePossible() {
     HWND sheet = ShellState.SettingsSheet;
