@@ -4,7 +4,6 @@
 
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
-#include "tests/e2e/error_box.h"
 #include "tests/e2e/wine_screen.h"
 
 namespace {

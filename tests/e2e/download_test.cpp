@@ -3,7 +3,6 @@
 
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
-#include "tests/e2e/error_box.h"
 
 namespace {
 

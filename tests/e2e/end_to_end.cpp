@@ -11,7 +11,6 @@
 #include "settings/defaults.h"
 #include "settings/record.h"
 #include "settings/settings_file.h"
-#include "tests/e2e/error_box.h"
 #include "tests/e2e/wine_screen.h"
 
 namespace {

@@ -7,7 +7,6 @@
 
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
-#include "tests/e2e/error_box.h"
 #include "tests/support/x_server.h"
 
 namespace {
@@ -149,9 +148,6 @@ TEST_F(Ending, AStartRightAfterAKillComesUp) {
 // The display goes while the program runs, and at every moment of its own end: never a crash, and always in
 // order.
 TEST_F(Ending, WithItsDisplayAtTheSameInstant) {
-    if (OnWine()) {
-        GTEST_SKIP() << "there the display is Wine's, which ends its programs";
-    }
     FitLaser({{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 30}});
     const std::string usual = std::getenv("DISPLAY");
     for (int round = 0; round < 6; ++round) {

@@ -73,3 +73,10 @@ class TestScreen {
 bool OnWine();
 // The desktop for the programs under test; it is that of $DISPLAY from now on.
 std::unique_ptr<TestScreen> MakeScreen();
+
+inline constexpr const char* ErrorBoxTitle = "Error Msg";
+
+// Waits for an error box and tells whether it says this.
+bool ErrorBoxSays(TestScreen& screen, const std::string& text);
+// Presses the box's button.
+void DismissErrorBox(TestScreen& screen);

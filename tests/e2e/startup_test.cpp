@@ -9,7 +9,6 @@
 #include "platform/linux/kernel/terminal.h"
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
-#include "tests/e2e/error_box.h"
 
 namespace {
 

@@ -45,34 +45,20 @@ constexpr struct {
     {"EveryCharacterIsTypedIntoATerminalProgram", "types into an X client: the keys go to Windows programs"},
     {"ChangesReachTheReaderTheFileAndTheNextScan/InATray", "taps an icon in an X notification area"},
     {"WithoutADisplayAFailureIsSaidAndEndsTheProgram", "a Windows session always has a screen"},
+    {"WithItsDisplayAtTheSameInstant", "there the display is Wine's, which ends its programs"},
 };
 
 // The virtual key of an X symbol.
 int VirtualKey(unsigned long symbol) {
-    switch (symbol) {
-        case XK_Return:
-            return 0x0D;
-        case XK_Escape:
-            return 0x1B;
-        case XK_Tab:
-            return 0x09;
-        case XK_space:
-            return 0x20;
-        case XK_End:
-            return 0x23;
-        case XK_Home:
-            return 0x24;
-        case XK_Left:
-            return 0x25;
-        case XK_Up:
-            return 0x26;
-        case XK_Right:
-            return 0x27;
-        case XK_Down:
-            return 0x28;
-        default:
-            return symbol >= XK_a && symbol <= XK_z ? static_cast<int>(symbol - XK_a + 'A') : 0;
+    unsigned long key = symbol & 0xFF;  // Return, Escape, Tab and the space have the same number
+    if (symbol >= XK_a && symbol <= XK_z) {
+        key = symbol - XK_a + 'A';
+    } else if (symbol >= XK_Home && symbol <= XK_Down) {
+        key = symbol - XK_Home + 0x24;
+    } else if (symbol == XK_End) {
+        key = 0x23;
     }
+    return static_cast<int>(key);
 }
 
 }  // namespace
@@ -227,9 +213,8 @@ Picture WineScreen::Capture(int x, int y, int width, int height) {
 }
 
 void WineScreen::Press(unsigned long symbol, bool control) {
-    const int key = VirtualKey(symbol);
-    ASSERT_NE(key, 0) << "no virtual key for " << symbol;
-    WineSession::Current().Ask(std::string("press ") + (control ? "17 " : "") + std::to_string(key));
+    WineSession::Current().Ask(std::string("press ") + (control ? "17 " : "") +
+                               std::to_string(VirtualKey(symbol)));
 }
 
 void WineScreen::Click(int x, int y) {

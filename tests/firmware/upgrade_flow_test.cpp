@@ -8,7 +8,6 @@
 #include <filesystem>
 
 #include "tests/e2e/end_to_end.h"
-#include "tests/e2e/error_box.h"
 #include "tests/firmware/firmware_text.h"
 
 namespace {
