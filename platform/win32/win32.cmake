@@ -13,6 +13,7 @@ vantrel_library(vantrel_platform
   win32/shell.cpp
   win32/terminal.cpp
   win32/window.cpp)
-vantrel_one_by_one(vantrel_platform)  # a source that knows the system's names, and one that does not, stay apart
+# A source that knows the system's names and one that does not stay apart.
+set_target_properties(vantrel_platform PROPERTIES UNITY_BUILD OFF)
 target_compile_definitions(vantrel_platform PUBLIC _WIN32_WINNT=0x0601)
 target_link_libraries(vantrel_platform PUBLIC comctl32 comdlg32 gdi32 shell32 user32 winmm)
