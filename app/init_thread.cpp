@@ -38,6 +38,8 @@ ErrorCode OpenStoredReader() {
         ShellState.BarcodePort = port;
         SetPortLine(port, reader->WorkingRate);
         powerUp = reader->PowerUp;
+        Log(LogPriority::Notice, TEXT("%s taken to be there, at %u bit/s: nothing was asked"), reader->Name,
+            reader->WorkingRate);
     }
     SetTimer(ShellState.MainWindow, IDT_READER_READY, powerUp, nullptr);
     return Success;

@@ -1,6 +1,7 @@
 #include "app/single_instance.h"
 
 #include "platform/window.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -25,6 +26,9 @@ bool HandOver() {
 bool BecomeOnlyInstance() {
     // Held until the process ends, whatever ends it: who gets it finds the ports free.
     HANDLE mutex = CreateMutexW(nullptr, FALSE, WindowClassName);
+    if (!mutex) {
+        Log(LogPriority::Warning, TEXT("another start at this instant would not be noticed"));
+    }
     const DWORD start = GetTickCount();
     do {
         if (HandOver()) {

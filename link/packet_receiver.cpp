@@ -31,13 +31,14 @@ void LeaveToResend(PacketMessage& message, std::optional<BYTE> status) {
     ShellState.TransferBusy = 0;
 }
 
-void RefusePacket(HANDLE port, PacketMessage& message, std::optional<BYTE> status) {
+void RefusePacket(HANDLE port, PacketMessage& message, const BrokenDecode& broken) {
     BeginPacket(message);
     // What else has come is the rest of the broken packet; the resend begins a clean line.
     PurgeComm(port, PURGE_RXCLEAR);
-    Log(LogPriority::Warning, TEXT("a packet of the barcode reader came broken and was refused"));
+    Log(LogPriority::Warning, TEXT("a packet of the barcode reader was refused: %s"),
+        broken.Whole ? TEXT("its checksum is wrong") : TEXT("a part of it has not come"));
     static_cast<void>(SendReaderCommand(port, SsiHostNak));  // unsent, the engine resends by its own time
-    LeaveToResend(message, status);
+    LeaveToResend(message, broken.Status);
 }
 
 void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packet) {
@@ -97,7 +98,7 @@ DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> byt
                     return static_cast<DWORD>(std::min(bytes.size(), SsiFrameLimit));
                 }
                 if (broken.Found) {
-                    RefusePacket(port, message, broken.Status);
+                    RefusePacket(port, message, broken);
                 }
                 break;
         }

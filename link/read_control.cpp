@@ -12,6 +12,7 @@
 #include "settings/general_fields.h"
 #include "settings/record.h"
 #include "shell/error_messages.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 
 namespace {
@@ -92,6 +93,7 @@ ErrorCode OpenRfidChannel() {
             Sleep(ReceiverStartTime);
             return Success;
         }
+        Log(LogPriority::Warning, TEXT("the RFID reader has not announced itself"));
         CloseReaderPort(ShellState.RfidPort);
     }
     return ErrorInitRfidReader;

@@ -7,6 +7,7 @@
 #include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "settings/record.h"
+#include "shell/log.h"
 
 namespace {
 
@@ -25,8 +26,10 @@ bool InitializeRfidReader(HANDLE port) {
                             Confirmed(port, "wp0E7F", "7F") && Confirmed(port, "wp0C03", "03") &&
                             Confirmed(port, "x", {});
     if (!configured) {
+        Log(LogPriority::Warning, TEXT("the RFID reader has not confirmed its set-up"));
         return false;
     }
+    Log(LogPriority::Info, TEXT("the RFID reader is set up"));
     SetPortRate(port, RfidWorkingRate);
     return true;
 }

@@ -6,14 +6,27 @@ namespace {
 
 constexpr std::size_t ChecksumSize = 2;
 
+// Whether as many bytes are there as the first one says, and a checksum.
+bool IsWhole(std::span<const BYTE> bytes) {
+    return !bytes.empty() && bytes[0] >= SsiHeaderSize && bytes.size() >= bytes[0] + ChecksumSize;
+}
+
 // The length of the whole packet that begins with the first byte, without its checksum; 0 when none does.
 std::size_t PacketLength(std::span<const BYTE> bytes) {
-    const std::size_t length = bytes.empty() ? 0 : bytes[0];
-    if (length < SsiHeaderSize || bytes.size() < length + ChecksumSize) {
+    if (!IsWhole(bytes)) {
         return 0;
     }
+    const std::size_t length = bytes[0];
     const WORD expected = SsiChecksum(bytes.first(length));
     return bytes[length] == expected >> 8 && bytes[length + 1] == (expected & 0xFF) ? length : 0;
+}
+
+// Whether the checksum of a whole one is wrong by what a resend bit makes that came the other way round.
+bool ResendBitInDoubt(std::span<const BYTE> bytes) {
+    const std::size_t length = bytes[0];
+    const int wrong =
+        static_cast<WORD>(bytes[length] << 8 | bytes[length + 1]) - SsiChecksum(bytes.first(length));
+    return wrong == ((bytes[3] & SsiResent) != 0 ? 1 : -1);
 }
 
 }  // namespace
@@ -58,7 +71,10 @@ BrokenDecode FindBrokenDecode(std::span<const BYTE> bytes) {
     for (std::size_t at = 0; at < bytes.size(); ++at) {
         const bool fromReader = at == 1 || (at + 1 < bytes.size() && bytes[at + 1] == SsiReader);
         if (bytes[at] == DECODE_DATA && fromReader) {
-            return {true, at + 2 < bytes.size() ? std::optional(bytes[at + 2]) : std::nullopt};
+            const std::span<const BYTE> packet = bytes.subspan(at == 0 ? bytes.size() : at - 1);
+            const bool whole = IsWhole(packet);
+            const bool known = at + 2 < bytes.size() && !(whole && ResendBitInDoubt(packet));
+            return {true, whole, known ? std::optional(bytes[at + 2]) : std::nullopt};
         }
     }
     return {};

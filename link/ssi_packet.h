@@ -71,6 +71,7 @@ SsiPiece NextSsiPacket(std::span<const BYTE> bytes);
 // What bytes that are no packet look like.
 struct BrokenDecode {
     bool Found = false;          // a broken DECODE_DATA packet or a part of one
-    std::optional<BYTE> Status;  // its status byte, where that has come
+    bool Whole = false;          // as long as its first byte says
+    std::optional<BYTE> Status;  // its status byte, where that has come and its resend bit is not in doubt
 };
 BrokenDecode FindBrokenDecode(std::span<const BYTE> bytes);

@@ -78,7 +78,7 @@ TEST_F(EndToEnd, WhatMattersIsInTheLog) {
         {"<7>vantrel: the barcode reader is on", [] {}},
         {"<7>vantrel: a read was handed on", scan},
         {"<6>vantrel: a record that nobody has taken was replaced", scan},
-        {"<4>vantrel: a packet of the barcode reader came broken and was refused",
+        {"<4>vantrel: a packet of the barcode reader was refused: its checksum is wrong",
          [&] { Wire->Command("fault checksum"), scan(); }},
         {"does not answer; it is left out until it does", [&] { consumer->Signal(SIGSTOP), scan(); }},
         {"<4>vantrel: " + com1 + " has gone", [&] { Wire->Command("unplug com1"); }},

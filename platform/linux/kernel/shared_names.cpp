@@ -118,6 +118,7 @@ std::shared_ptr<SharedNames> JoinSharedNames() {
         open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0600));
     struct stat status {};
     if (!file || fstat(file.Number(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        Say(LogPriority::Error, "%s cannot be used: %s", path.c_str(), std::strerror(file ? EINVAL : errno));
         return nullptr;
     }
     if (LockFile(file.Number(), LOCK_EX)) {
@@ -126,6 +127,7 @@ std::shared_ptr<SharedNames> JoinSharedNames() {
     // The exclusive lock is held by others for a few calls only; a program that was stopped in the middle of
     // them must not stop this one. A file system without locks: do without.
     if (!LockFile(file.Number(), LOCK_SH, std::chrono::seconds(1)) && errno == EWOULDBLOCK) {
+        Say(LogPriority::Error, "%s stays locked", path.c_str());
         return nullptr;
     }
     names = std::make_shared<SharedNames>(std::move(file), prefix);

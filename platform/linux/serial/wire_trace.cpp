@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -53,7 +54,11 @@ void WriteLine(const std::string& port, std::string_view text) {
                       static_cast<long long>(time % 1000000));
     std::string line(stamp, static_cast<std::size_t>(size));
     line.append(port).append(" ").append(text).append("\n");
-    [[maybe_unused]] const auto written = write(Trace().Fd, line.data(), line.size());
+    static std::atomic<bool> torn = false;
+    if (!torn && write(Trace().Fd, line.data(), line.size()) != static_cast<ssize_t>(line.size()) &&
+        !torn.exchange(true)) {
+        Say(LogPriority::Warning, "the wire trace ends here: %s", std::strerror(errno));
+    }
 }
 
 }  // namespace
