@@ -1,10 +1,14 @@
 // The warning before an upgrade: what it says of the decoder's version, and what counts as going on.
 #include <gtest/gtest.h>
 
+#include <QAbstractScrollArea>
+#include <QScrollBar>
+
 #include "firmware/upgrade_dialogs.h"
 #include "link/serial_ports.h"
 #include "platform/linux/kernel/terminal.h"
 #include "platform/linux/windows/start_windows.h"
+#include "platform/linux/windows/window_object.h"
 #include "resources/resource.h"
 #include "settings/record.h"
 #include "shell/shell_state.h"
@@ -17,10 +21,16 @@ struct {
     UINT Message;   // is posted once the warning is there
     WPARAM Button;  // with this
     std::string Text;
+    bool Scrolls;
 } Caution;
 
 // The warning's own procedure, and somebody who reads and answers.
 INT_PTR CALLBACK ReadAndAnswer(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == Caution.Message && LOWORD(wParam) == Caution.Button) {
+        auto* text = qobject_cast<QAbstractScrollArea*>(
+            layer::FindWindowObject(GetDlgItem(dialog, IDC_EDIT))->Widget());
+        Caution.Scrolls = !text || text->verticalScrollBar()->maximum() > 0;
+    }
     const INT_PTR result = CautionDlgProc(dialog, message, wParam, lParam);
     if (message == WM_INITDIALOG) {
         EXPECT_NE(result, 0);
@@ -34,7 +44,7 @@ INT_PTR CALLBACK ReadAndAnswer(HWND dialog, UINT message, WPARAM wParam, LPARAM 
 }
 
 INT_PTR ShowCaution(UINT message, WPARAM button) {
-    Caution = {message, button, ""};
+    Caution = {message, button, "", true};
     return DialogBoxParamW(nullptr, MAKEINTRESOURCEW(IDD_CAUTION), nullptr, ReadAndAnswer, 0);
 }
 
@@ -72,6 +82,7 @@ TEST_F(FirmwareCaution, NamesTheVersion) {
         Wire->Command(std::string("version ") + told);
         EXPECT_EQ(ShowCaution(WM_COMMAND, IDOK), IDOK);
         EXPECT_EQ(VersionLine(), shown) << told;
+        EXPECT_TRUE(!Caution.Scrolls || shown.size() > 20) << "a part of it is out of sight";
     }
     // ESC in the last place, without a CR behind it.
     Wire->Command("fault com1 reply 56 65 72 20 39 1B");

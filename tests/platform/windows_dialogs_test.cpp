@@ -142,8 +142,16 @@ TEST_F(DialogsTest, ABoxGivesTheFocusBackAndGoesWithItsOwner) {
         Then(end.End);
         EXPECT_EQ(MessageBoxW(dialog, TEXT("text"), TEXT("box"), MB_OK), end.Result);
     }
-    Then([] { PostQuitMessage(0); });
+    const HWND another = CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_TEXT_EDITOR), window_, nullptr, 0);
+    Then([&] {
+        for (const QWidget* frame :
+             {BoxButton("text")->window(), layer::FindWindowObject(another)->Widget()->window()}) {
+            EXPECT_EQ(frame->minimumSize(), frame->maximumSize()) << "no window manager changes it";
+        }
+        PostQuitMessage(0);
+    });
     EXPECT_EQ(MessageBoxW(window_, TEXT("text"), TEXT("box"), MB_OK), 0);
+    DestroyWindow(another);
 }
 
 TEST_F(DialogsTest, BoxesOfSeveralThreadsEndInAnyOrder) {
