@@ -1,17 +1,18 @@
 #include "app/command_line.h"
 #include "app/init_thread.h"
 #include "app/main_window.h"
-#include "app/single_instance.h"
 #include "link/message_handlers.h"
 #include "platform/controls.h"
 #include "platform/log.h"
 #include "platform/shell.h"
 #include "platform/text.h"
+#include "platform/window.h"
 #include "resources/resource.h"
 #include "scan/barcode_data.h"
 #include "scan/read_feedback.h"
 #include "scan/rfid_data.h"
 #include "settings/catalogue.h"
+#include "shell/log.h"
 #include "shell/shell_state.h"
 #include "ui/tree_view.h"
 
@@ -98,6 +99,45 @@ int RunMessageLoop() {
         DispatchMessageW(&message);
     }
     return static_cast<int>(message.wParam);
+}
+
+constexpr DWORD LongestEnd = 5000;  // milliseconds
+constexpr DWORD LookAgain = 50;
+
+// Tells a running instance to show its settings. An ending one is not found any more, perhaps only from now
+// on.
+bool HandOver() {
+    HWND running = FindWindowW(WindowClassName, WindowTitle);
+    if (!running) {
+        return false;
+    }
+    AllowSetForegroundWindow(ASFW_ANY);
+    SendMessageW(running, WM_OPENSETTINGS, 0, 0);
+    return FindWindowW(WindowClassName, WindowTitle) != nullptr;
+}
+
+// Whether this start goes on: no other instance runs. One that runs shows its settings instead; one that is
+// just ending is waited for, 5 s at most, since the readers' ports are its until its end.
+bool BecomeOnlyInstance() {
+    // Held until the process ends, whatever ends it: who gets it finds the ports free.
+    HANDLE mutex = CreateMutexW(nullptr, FALSE, WindowClassName);
+    if (!mutex) {
+        Log(LogPriority::Warning, TEXT("another start at this instant would not be noticed"));
+    }
+    const DWORD start = GetTickCount();
+    do {
+        if (HandOver()) {
+            return false;
+        }
+        const DWORD got = WaitForSingleObject(mutex, LookAgain);
+        if (got == WAIT_OBJECT_0 || got == WAIT_ABANDONED) {
+            return true;
+        }
+        if (got == WAIT_FAILED) {
+            Sleep(LookAgain);
+        }
+    } while (GetTickCount() - start < LongestEnd);
+    return true;
 }
 
 }  // namespace

@@ -2,13 +2,7 @@
 
 #include <utility>
 
-#include "app/about_box.h"
-#include "app/apply_settings.h"
-#include "app/requests.h"
 #include "app/settings_window.h"
-#include "app/shell_cleanup.h"
-#include "app/tray_menu.h"
-#include "app/trigger.h"
 #include "firmware/upgrade.h"
 #include "link/barcode_receiver.h"
 #include "link/read_control.h"
@@ -17,10 +11,6 @@
 #include "resources/resource.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
-
-void ReportError(ErrorCode code) {
-    SendMessageW(ShellState.MainWindow, WM_SHOWERROR, code, 0);
-}
 
 namespace {
 
@@ -32,6 +22,45 @@ void OnCreate() {
     ShellState.MsgDecode = RegisterWindowMessageW(TEXT("WM_DECODE"));
     ShellState.DecodeEventHandle = CreateEventW(nullptr, FALSE, FALSE, TEXT("DecodeEvent"));
     ShellState.AppIcon = LoadIconW(ShellState.Instance, MAKEINTRESOURCEW(IDI_TRAY));
+}
+
+INT_PTR CALLBACK AboutDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+    switch (message) {
+        case WM_INITDIALOG:
+            SetWindowTextW(dialog, WindowTitle);
+            SetDlgItemTextW(dialog, IDC_TEXT, TEXT("Vantrel 1.29\nBarcode and RFID reader utility"));
+            ShellState.AboutDialog = dialog;
+            SetWindowPos(dialog, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_SHOWWINDOW);
+            return 1;
+        case WM_COMMAND:
+            if (LOWORD(wParam) == IDOK) {
+                EndDialog(dialog, IDOK);
+                ShellState.AboutDialog = nullptr;
+            }
+            return 1;
+        case WM_CLOSE:
+            EndDialog(dialog, IDCANCEL);
+            ShellState.AboutDialog = nullptr;
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+// Shows the About box modally, or brings the open one to the front.
+void ShowAboutBox() {
+    if (HWND open = ShellState.AboutDialog) {
+        SetActiveWindow(open);
+        return;
+    }
+    DialogBoxParamW(ShellState.Instance, MAKEINTRESOURCEW(IDD_ABOUT), GetActiveWindow(), AboutDlgProc, 0);
+}
+
+// Ends an open About box as if it had been cancelled.
+void CloseAboutBox() {
+    if (HWND open = ShellState.AboutDialog.Exchange(nullptr)) {
+        EndDialog(open, IDCANCEL);
+    }
 }
 
 // Every reported failure ends the program. Whatever else fails while the box is up has nothing to add.
@@ -134,6 +163,10 @@ void OnCommand(HWND window, UINT id) {
 }
 
 }  // namespace
+
+void ReportError(ErrorCode code) {
+    SendMessageW(ShellState.MainWindow, WM_SHOWERROR, code, 0);
+}
 
 LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (HandleTriggerMessage(message, static_cast<DWORD>(wParam))) {

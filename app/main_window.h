@@ -1,5 +1,5 @@
-// The main window's procedure: the program's switchboard. Every handler runs on the main thread; other
-// threads reach it by sent messages only.
+// The main window: the program's switchboard, and what stands behind it. Every handler runs on the main
+// thread; other threads reach it by sent messages only.
 #pragma once
 
 #include "platform/window.h"
@@ -13,3 +13,23 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
 
 // Shows the error of the code and then closes the program: WM_SHOWERROR, sent to the main window. Any thread.
 void ReportError(ErrorCode code);
+
+// Answers what other programs ask, for the status or for a change of settings; false when it is no such
+// message.
+bool HandleRequest(HWND window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT& answer);
+
+// Acts on a trigger message; false when the message is none. `time` is when the key was moved, in
+// milliseconds of any clock, or 0: messages that have overtaken each other are put right by it.
+bool HandleTriggerMessage(UINT message, DWORD time);
+
+// Whether the reader items of the notification icon's menu can be chosen: the reader is fitted, "Active
+// Device" includes it, and the settings sheet, which keeps both readers off, is not open.
+bool BarcodeItemEnabled();
+bool RfidItemEnabled();
+// Loads the menu afresh, marks its reader items and tracks it; the chosen command arrives as WM_COMMAND.
+void ShowTrayMenu(HWND window);
+// Destroys the menu, if there is one.
+void DestroyTrayMenu();
+
+// Releases everything that start-up and the run have taken. On WM_DESTROY.
+void ShellCleanup();

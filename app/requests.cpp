@@ -1,4 +1,4 @@
-#include "app/requests.h"
+#include "app/main_window.h"
 
 #include <vector>
 

@@ -1,4 +1,5 @@
-// Opening the settings sheet from the main window, and applying what was edited in it. Main thread.
+// Opening the settings sheet from the main window, and applying what was edited in it. Main thread; the apply
+// thread works beside it.
 #pragma once
 
 #include "platform/window.h"

@@ -1,6 +1,5 @@
-#include "app/shell_cleanup.h"
+#include "app/main_window.h"
 
-#include "app/tray_menu.h"
 #include "link/barcode_receiver.h"
 #include "link/rfid_channel.h"
 #include "link/serial_ports.h"

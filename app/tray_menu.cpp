@@ -1,4 +1,4 @@
-#include "app/tray_menu.h"
+#include "app/main_window.h"
 
 #include "resources/resource.h"
 #include "settings/field.h"

@@ -1,6 +1,5 @@
-#include "app/trigger.h"
-
 #include "app/main_window.h"
+
 #include "link/read_control.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
