@@ -3,7 +3,6 @@
 #include "app/main_window.h"
 #include "link/barcode_receiver.h"
 #include "link/detection.h"
-#include "link/reader_setup.h"
 #include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
 #include "platform/log.h"

@@ -6,7 +6,6 @@
 #include "firmware/upgrade.h"
 #include "link/barcode_receiver.h"
 #include "link/read_control.h"
-#include "link/read_timers.h"
 #include "platform/shell.h"
 #include "resources/resource.h"
 #include "shell/error_messages.h"

@@ -3,9 +3,8 @@
 
 #include <vector>
 
-#include "link/escape_frame.h"
+#include "link/framing.h"
 #include "link/packet_message.h"
-#include "link/ssi_packet.h"
 
 namespace {
 

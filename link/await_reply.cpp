@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "link/framing.h"
 #include "link/serial_ports.h"
-#include "link/ssi_packet.h"
 
 namespace {
 

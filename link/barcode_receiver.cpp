@@ -5,12 +5,12 @@
 #include <atomic>
 
 #include "link/command_exchange.h"
+#include "link/framing.h"
 #include "link/message_handlers.h"
 #include "link/packet_message.h"
 #include "link/readers/barcode_reader.h"
 #include "link/reading.h"
 #include "link/serial_ports.h"
-#include "link/ssi_packet.h"
 #include "link/turn.h"
 #include "settings/record.h"
 #include "shell/log.h"

@@ -2,8 +2,10 @@
 
 #include <array>
 #include <span>
+#include <string_view>
 #include <utility>
 
+#include "link/command_exchange.h"
 #include "link/probe_reply.h"
 #include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
@@ -16,8 +18,6 @@ Relaxed<DWORD> RfidReaderModel;
 
 namespace {
 
-constexpr UINT RfidPowerUp = 200;
-constexpr UINT BarcodePowerUp = 3200;
 constexpr DWORD ProbeStep = 10;
 constexpr int RfidRepeats = 10;
 
@@ -82,6 +82,29 @@ bool LookFor(Probe probe, WORD& found) {
     return false;
 }
 
+// Whether the reply to the command contains the mark; an empty mark takes any reply.
+bool Confirmed(HANDLE port, std::string_view command, std::string_view mark) {
+    ReaderReply reply;
+    return RequestReply(port, command, reply) && ReplyContains(reply, mark);
+}
+
+bool InitializeRfidReader(HANDLE port) {
+    const bool model100 = RfidReaderModel == 100;
+    const std::string_view setup = model100 ? "wp0B08" : "wp0B80";
+    const std::string_view setupMark = model100 ? "08" : "80";
+    const bool configured = Confirmed(port, ".", {}) &&
+                            (Confirmed(port, setup, setupMark) || Confirmed(port, setup, setupMark)) &&
+                            Confirmed(port, "wp0E7F", "7F") && Confirmed(port, "wp0C03", "03") &&
+                            Confirmed(port, "x", {});
+    if (!configured) {
+        Log(LogPriority::Warning, TEXT("the RFID reader has not confirmed its set-up"));
+        return false;
+    }
+    Log(LogPriority::Info, TEXT("the RFID reader is set up"));
+    SetPortRate(port, RfidWorkingRate);
+    return true;
+}
+
 }  // namespace
 
 ErrorCode DetectReaders(WORD* deviceMask) {
@@ -96,7 +119,7 @@ ErrorCode DetectReaders(WORD* deviceMask) {
         return ErrorRfidReaderOn;
     }
 
-    PowerUpDelay(RfidPowerUp);
+    PowerUpDelay(RfidProbeDelay);
     SetPortLine(rfidPort, 0);
     WORD rfid = 0, barcode = 0;
     if (!LookFor([&] { return ProbeReaderRates(rfidPort, DeviceRfid); }, rfid)) {
@@ -106,7 +129,7 @@ ErrorCode DetectReaders(WORD* deviceMask) {
     }
 
     ShellState.ReaderReady = 0;
-    PowerUpDelay(BarcodePowerUp);
+    PowerUpDelay(BarcodeProbeDelay);
     if (!LookFor([&] { return ProbeBarcodeReader(barcodePort); }, barcode)) {
         CloseReaderPort(barcodePort);
         CloseReaderPort(rfidPort);
@@ -171,4 +194,13 @@ WORD ProbeReader(HANDLE port, DWORD rate, WORD type) {
     }
     const BarcodeReader* reader = FindBarcodeReader(type);
     return reader ? reader->Probe(port) : WORD{0};
+}
+
+bool InitializeReader(HANDLE port, WORD type) {
+    PurgePort(port);
+    if (type == DeviceRfid) {
+        return InitializeRfidReader(port);
+    }
+    const BarcodeReader* reader = FindBarcodeReader(type);
+    return reader && reader->SetUp(port);
 }

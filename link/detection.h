@@ -1,10 +1,13 @@
-// Finds the fitted readers and the bit rates they answer at. Initialisation thread; the message loop must be
-// running, since the power-up delays are timers of the main window.
+// Finds the fitted readers and the bit rates they answer at, and sets them up. Initialisation thread; the
+// message loop must be running, since the power-up delays are timers of the main window.
 #pragma once
 
 #include "platform/serial.h"
 #include "shell/error_messages.h"
 #include "shell/relaxed.h"
+
+// Milliseconds from the opening of the port, which switches a reader's power on, until it can be asked.
+inline constexpr DWORD RfidProbeDelay = 200, BarcodeProbeDelay = 3200;
 
 // The RFID reader's model, 100 or 90, as the last probe that found it told.
 extern Relaxed<DWORD> RfidReaderModel;
@@ -24,3 +27,8 @@ WORD ProbeBarcodeReader(HANDLE port);
 WORD ProbeReaderRates(HANDLE port, WORD type);
 // One probe at one rate; result as above.
 WORD ProbeReader(HANDLE port, DWORD rate, WORD type);
+
+// Brings a detected reader into the system's configuration. `type`: 1, 2, 4 (on the barcode port) or 32 (on
+// the RFID port). Whether the reader took everything; the port is then at its working rate. Initialisation
+// thread.
+[[nodiscard]] bool InitializeReader(HANDLE port, WORD type);

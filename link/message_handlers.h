@@ -11,4 +11,4 @@ struct MessageHandlers {
     int (*Rfid)(const char* line, DWORD length);
 };
 
-extern MessageHandlers ReceiveHandlers;
+inline MessageHandlers ReceiveHandlers{};

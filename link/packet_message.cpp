@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "link/ssi_packet.h"
+#include "link/framing.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "link/command_exchange.h"
+#include "link/framing.h"
 #include "link/reading.h"
-#include "link/ssi_packet.h"
 #include "shell/log.h"
 #include "shell/shell_state.h"
 

@@ -1,5 +1,5 @@
 // The layout of the 1D reader's parameter block.
-#include "link/settings_download.h"
+#include "link/parameter_download.h"
 #include "settings/decoder1d_fields.h"
 #include "settings/general_fields.h"
 

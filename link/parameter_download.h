@@ -1,12 +1,24 @@
-// Download of the settings into the scan engines: PARAM_SEND packets with what differs from the snapshots.
+// Download of the settings into the barcode readers, by what differs from the snapshots: one SAVE command
+// with a block of 30 bytes for the 1D reader, PARAM_SEND packets for the scan engines.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <span>
 
-#include "link/ssi_packet.h"
+#include "link/framing.h"
+#include "platform/base.h"
 #include "settings/record.h"
+
+using ParameterBlock = std::array<BYTE, 30>;
+
+// Fills the block, which must be zero, from the current settings.
+void Build1DParameterBlock(ParameterBlock& block);
+
+// Sends the block when anything differs from the snapshots; the reader must answer OK, at the second try at
+// the latest. One that does not answer at all is looked for at its other bit rates before that. The barcode
+// receive thread must not read.
+[[nodiscard]] bool Save1DSettings();
 
 // True also when nothing differs; false when the reader did not acknowledge a packet, sent twice. The barcode
 // receive thread must not read.

@@ -4,8 +4,9 @@
 #include <utility>
 
 #include "link/command_exchange.h"
+#include "link/packet_receiver.h"
 #include "link/readers/barcode_reader.h"
-#include "link/rfid_receiver.h"
+#include "link/rfid_channel.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
 #include "platform/sound.h"
@@ -113,5 +114,34 @@ ErrorCode StartRfidRead() {
         return ended ? Success : ErrorSetRfidReader;
     }
     SetTimer(ShellState.MainWindow, IDT_RFID_READ, Value(general::RfidReadDuration) * 1000u + 500u, nullptr);
+    return Success;
+}
+
+ErrorCode HandleTimer(UINT_PTR id) {
+    switch (id) {
+        case IDT_READER_READY:
+            ShellState.ReaderReady = 1;
+            break;
+        case IDT_RFID_READ:
+            RfidReadOverdue();
+            break;
+        case IDT_AIM_DURATION:
+            ShellState.LaserHold = 0;
+            return LaserAim(true, false);
+        case IDT_DELIVERY_BUSY:
+            ShellState.TransferBusy = 0;
+            break;
+        case IDT_UPGRADE_KEY:
+            ShellState.UpgradeKeyArmed = 0;
+            break;
+        case IDT_LASER_HOLD:
+            ShellState.LaserHold = 0;
+            break;
+        case IDT_CONTINUATION:
+            ContinuationOverdue();
+            break;
+        default:
+            break;
+    }
     return Success;
 }

@@ -21,3 +21,7 @@
 
 // Sends the read command and starts IDT_RFID_READ. Success, or ErrorSetRfidReader with the channel closed.
 [[nodiscard]] ErrorCode StartRfidRead();
+
+// Acts on the expiry of a timer of the main window (nearly all of them are the reader link's), which has been
+// killed already. Success or a code to report. Unknown ids are ignored.
+[[nodiscard]] ErrorCode HandleTimer(UINT_PTR id);

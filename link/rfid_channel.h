@@ -1,7 +1,9 @@
-// Who owns the RFID channel. A channel is one opening of the RFID port for one read. It has a number, so that
-// a thread that is still ending cannot touch the channel of the next read. Only the main thread begins one.
+// The RFID channel: one opening of the RFID port for one read, with a thread that receives one tag line. It
+// has a number, so that a thread that is still ending cannot touch the channel of the next read. Only the
+// main thread begins one.
 #pragma once
 
+#include "platform/kernel.h"
 #include "platform/serial.h"
 
 // Closes the channel that is open, whatever it does: break, thread handle, port, timer IDT_RFID_READ; clears
@@ -21,16 +23,21 @@ bool RfidChannelInUse();
 
 // Begins the channel of the port just opened; its number, never 0. Main thread.
 DWORD BeginRfidChannel();
-// Makes the calling thread the channel's thread, for RfidPortOfThisThread.
-void JoinRfidChannel(DWORD channel);
-// Whether nobody has closed the channel yet.
-bool OwnsRfidChannel(DWORD channel);
 // Whether the channel waits for its line: open and not yet handing over.
 bool RfidChannelReading();
-// Goes over from reading to handing over; false when the channel has been closed meanwhile.
-bool BeginHandOver(DWORD channel);
-// CloseRfidChannel for the channel's thread: only if nobody has closed that channel. Whether it did.
-bool CloseOwnRfidChannel(DWORD channel);
 
 // The RFID port; null for the thread of a channel that has been closed.
 HANDLE RfidPortOfThisThread();
+
+// Begins a channel on ShellState.RfidPort and creates its thread when the mask has the RFID reader;
+// ShellState.RfidThread holds it. The thread takes no line before BeginRfidLines. True also without an RFID
+// reader; false when the thread cannot be created. Main thread.
+[[nodiscard]] bool StartRfidReceiver(WORD deviceMask);
+
+// The read command is about to be sent: what has come so far is thrown away, and the thread listens from now
+// on. Main thread.
+void BeginRfidLines();
+
+// The thread's procedure. The argument is the number of the channel that the thread belongs to. Returns 0
+// after a line, a break, or once its channel has been closed.
+DWORD WINAPI RfidReceiveThread(LPVOID channel);

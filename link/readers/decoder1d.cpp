@@ -3,12 +3,12 @@
 
 #include "link/command_exchange.h"
 #include "link/detection.h"
-#include "link/escape_frame.h"
+#include "link/framing.h"
 #include "link/hex_convert.h"
+#include "link/parameter_download.h"
 #include "link/probe_reply.h"
 #include "link/readers/barcode_reader.h"
 #include "link/serial_ports.h"
-#include "link/settings_download.h"
 #include "shell/shell_state.h"
 
 namespace {

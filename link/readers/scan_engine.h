@@ -20,4 +20,8 @@ ErrorCode StopDecoding();
 // Sends the packet of the rows that differ from the snapshots, if there are any; whether it was acknowledged.
 bool DownloadRows(ParameterRows rows);
 
-bool SendToScanEngine(HANDLE port, std::span<const BYTE> packet);
+// Sends a packet (given whole, without its checksum): RTS up, 100 ms, the bytes, 50 ms, RTS down; up to three
+// tries of the write. False when every try failed, which leaves RTS up until the next packet, or when the
+// length byte is wrong. Any thread: the main thread's trigger packets and the receive thread's
+// acknowledgements meet here, and the second sender waits until the first has let go of the line.
+[[nodiscard]] bool SendToScanEngine(HANDLE port, std::span<const BYTE> packet);

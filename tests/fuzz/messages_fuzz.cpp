@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "link/escape_frame.h"
+#include "link/framing.h"
 #include "scan/barcode_data.h"
 #include "tests/fuzz/require.h"
 

@@ -5,8 +5,8 @@
 // refusals, is handed over.
 #include <algorithm>
 
+#include "link/framing.h"
 #include "link/packet_message.h"
-#include "link/ssi_packet.h"
 #include "tests/fuzz/require.h"
 
 namespace {

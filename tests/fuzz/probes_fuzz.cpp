@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "link/framing.h"
 #include "link/probe_reply.h"
-#include "link/ssi_packet.h"
 #include "tests/fuzz/require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {

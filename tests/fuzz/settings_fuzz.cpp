@@ -5,7 +5,6 @@
 #include <bitset>
 
 #include "link/parameter_download.h"
-#include "link/settings_download.h"
 #include "settings/all_fields.h"
 #include "settings/catalogue.h"
 #include "settings/settings_change.h"

@@ -1,7 +1,7 @@
 // Any bytes as a read of a scan engine's port: what counts as a packet has a right length and checksum,
 // nothing is taken from outside the read, nothing valid behind noise is passed over, and the search always
 // comes to its end.
-#include "link/ssi_packet.h"
+#include "link/framing.h"
 #include "tests/fuzz/require.h"
 
 namespace {

@@ -5,7 +5,6 @@
 
 #include "hex_bytes.h"
 #include "link/parameter_download.h"
-#include "link/settings_download.h"
 #include "resources/resource.h"
 #include "settings/pages.h"
 #include "settings_words.h"

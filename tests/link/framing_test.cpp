@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "hex_bytes.h"
-#include "link/escape_frame.h"
-#include "link/ssi_packet.h"
+#include "link/framing.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "hex_bytes.h"
-#include "link/settings_download.h"
+#include "link/parameter_download.h"
 #include "settings/decoder1d_fields.h"
 #include "settings/defaults.h"
 #include "settings/general_fields.h"

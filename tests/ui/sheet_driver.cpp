@@ -9,7 +9,7 @@
 #include <map>
 
 #include "firmware/upgrade.h"
-#include "link/read_timers.h"
+#include "link/read_control.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/screen.h"
 #include "platform/linux/windows/start_windows.h"

@@ -1,6 +1,6 @@
 #include "tests/wire/link_stage.h"
 
-#include "link/read_timers.h"
+#include "link/read_control.h"
 
 LinkStage::LinkStage(Conversation::Complaint complain) : WireStage(std::move(complain)), timers_(clock_) {}
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "link/command_exchange.h"
+#include "link/framing.h"
 #include "link/serial_ports.h"
-#include "link/ssi_packet.h"
 #include "platform/linux/serial/serial_port.h"
 #include "settings/record.h"
 #include "shell/shell_state.h"

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <utility>
 
-#include "link/read_timers.h"
+#include "link/read_control.h"
 #include "platform/sound.h"
 #include "shell/shell_state.h"
 

@@ -18,9 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// From the opening of the port, which switches a reader's power on, until it listens.
-constexpr DWORD RfidPowerUp = 200, BarcodePowerUp = 3200;
-
 FoundReader Ask() {
     FoundReader found;
     const HANDLE port = OpenReaderPort(BarcodePortSelector);
@@ -28,13 +25,13 @@ FoundReader Ask() {
         return found;
     }
     found.Opened = true;
-    Sleep(RfidPowerUp);
+    Sleep(RfidProbeDelay);
     SetPortLine(port, 0);
     if (ProbeReaderRates(port, DeviceRfid) != 0) {
         found.Device = DeviceRfid;
         found.RfidModel = RfidReaderModel;
     } else {
-        Sleep(BarcodePowerUp);
+        Sleep(BarcodeProbeDelay);
         found.Device = ProbeBarcodeReader(port);
     }
     found.Rate = PortRate(port);

@@ -1,6 +1,4 @@
-// Packets of the scan engines' Simple Serial Interface: building, checksums, and finding packets in a read.
-//   byte 0 length L of the packet without its checksum, 1 opcode, 2 source, 3 status, 4.. data,
-//   L and L + 1 checksum: the negated 16-bit sum of bytes 0 to L - 1, high byte first.
+// How commands and packets are framed on the line of the barcode reader. Pure; any thread.
 #pragma once
 
 #include <array>
@@ -10,6 +8,18 @@
 
 #include "platform/base.h"
 
+// Commands to the 1D reader: 30 bytes FF to wake it, ESC, the command, CR.
+inline constexpr std::size_t EscapeCommandLimit = 226;  // longest command in bytes
+inline constexpr std::size_t EscapeOverhead = 32;       // bytes around the command
+
+using EscFrame = std::array<BYTE, EscapeCommandLimit + EscapeOverhead>;
+
+// Builds the frame around the command; the number of bytes to send, or 0 when the command is too long.
+std::size_t BuildEscapeFrame(std::span<const BYTE> command, EscFrame& frame);
+
+// Packets of the scan engines' Simple Serial Interface: building, checksums, and finding packets in a read.
+//   byte 0 length L of the packet without its checksum, 1 opcode, 2 source, 3 status, 4.. data,
+//   L and L + 1 checksum: the negated 16-bit sum of bytes 0 to L - 1, high byte first.
 inline constexpr BYTE REQUEST_REVISION = 0xA3;
 inline constexpr BYTE REPLY_REVISION = 0xA4;
 inline constexpr BYTE AIM_OFF = 0xC4;

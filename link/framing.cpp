@@ -1,8 +1,12 @@
-#include "link/ssi_packet.h"
+#include "link/framing.h"
 
 #include <algorithm>
 
 namespace {
+
+constexpr std::size_t WakeBytes = 30;
+constexpr BYTE EscapeByte = 0x1B;
+constexpr BYTE EndByte = 0x0D;
 
 constexpr std::size_t ChecksumSize = 2;
 
@@ -30,6 +34,17 @@ bool ResendBitInDoubt(std::span<const BYTE> bytes) {
 }
 
 }  // namespace
+
+std::size_t BuildEscapeFrame(std::span<const BYTE> command, EscFrame& frame) {
+    if (command.size() > EscapeCommandLimit) {
+        return 0;
+    }
+    auto next = std::fill_n(frame.begin(), WakeBytes, BYTE{0xFF});
+    *next++ = EscapeByte;
+    next = std::copy(command.begin(), command.end(), next);
+    *next++ = EndByte;
+    return static_cast<std::size_t>(next - frame.begin());
+}
 
 WORD SsiChecksum(std::span<const BYTE> bytes) {
     unsigned sum = 0;

@@ -1,3 +1,0 @@
-#include "link/message_handlers.h"
-
-MessageHandlers ReceiveHandlers{};
