@@ -3,9 +3,10 @@
 #include <array>
 
 #include "link/reading.h"
+#include "platform/message_queue.h"
 #include "platform/window.h"
 #include "scan/composition.h"
-#include "scan/record_channels.h"
+#include "scan/decode_record.h"
 #include "scan/typing.h"
 #include "settings/all_fields.h"
 #include "shell/log.h"
@@ -17,6 +18,9 @@ namespace {
 constexpr WORD OutputKeyboard = 1;
 constexpr WORD OutputMessage = 2;
 constexpr WORD OutputEvent = 4;
+
+constexpr int WriteTries = 3;
+constexpr DWORD WriteWait = 10;  // ms
 
 constexpr UINT BusyPerByte = 12;  // ms that the application in front gets for a typed byte
 
@@ -44,8 +48,62 @@ bool WantsRecord(WORD output) {
     return (output & (OutputMessage | OutputEvent)) != 0;
 }
 
-void Send(const DecodeRecord& record, WORD output) {
-    SendRecord(record, (output & OutputEvent) != 0, (output & OutputMessage) != 0);
+// The queue holds one record, the newest. A consumer that never reads must not stop the next scan, so what
+// lies there is taken out; the other reader's thread can fill the queue again before the write.
+bool QueueRecord(const DecodeRecord& record) {
+    const HANDLE writer = ShellState.QueueWriter;
+    if (writer == nullptr) {
+        return false;
+    }
+    for (int tries = 0; tries < WriteTries; ++tries) {
+        DecodeRecord unread;
+        DWORD read = 0;
+        DWORD flags = 0;
+        if (ReadMsgQueue(ShellState.QueueReader, &unread, sizeof unread, &read, 0, &flags)) {
+            Log(LogPriority::Info, TEXT("a record that nobody has taken was replaced"));
+        }
+        if (WriteMsgQueue(writer, const_cast<DecodeRecord*>(&record), sizeof record, WriteWait, 0)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool PutRecord(const DecodeRecord& record, bool withEvent) {
+    const ReadingStep step;
+    if (!step || !QueueRecord(record)) {
+        return false;
+    }
+    if (withEvent) {
+        EventModify(ShellState.DecodeEventHandle, EVENT_SET);
+    }
+    return true;
+}
+
+// Puts the record into the message queue in place of one that nobody has read, then sets the event and
+// broadcasts, as asked for. When the queue does not take the record (within 30 ms), there is no event and no
+// broadcast. What is left when the reader is switched off does not happen. Returns when every window has
+// taken the broadcasts.
+void SendRecord(const DecodeRecord& record, WORD output) {
+    if (!PutRecord(record, (output & OutputEvent) != 0)) {
+        if (ReadingLasts()) {
+            Log(LogPriority::Warning, TEXT("a record found no room in the queue"));
+        }
+        return;
+    }
+    if ((output & OutputMessage) != 0 && ReadingLasts()) {
+        const HWND sender = ShellState.MainWindow;
+        const UINT decode = ShellState.MsgDecode;
+        COPYDATASTRUCT copy{};
+        copy.dwData = decode;
+        copy.cbData = sizeof record;
+        copy.lpData = const_cast<DecodeRecord*>(&record);
+        SendMessageW(HWND_BROADCAST, WM_COPYDATA, reinterpret_cast<WPARAM>(sender),
+                     reinterpret_cast<LPARAM>(&copy));
+        if (ReadingLasts()) {
+            SendMessageW(HWND_BROADCAST, decode, record.source, 0);
+        }
+    }
 }
 
 // Types a line and what belongs around it. The trigger keys act again once the application in front has had
@@ -90,7 +148,7 @@ void DeliverScan(ReaderFamily family, const ScanData& scan) {
     if (WantsRecord(output)) {
         DecodeRecord record;
         BuildDecodeRecord(scan, record);
-        Send(record, output);
+        SendRecord(record, output);
     }
     if ((output & OutputKeyboard) == 0) {
         if (ReadingLasts()) {
@@ -111,7 +169,7 @@ void DeliverScan(const RfidScanData& scan) {
     if (WantsRecord(output)) {
         DecodeRecord record;
         BuildDecodeRecord(scan, IsOn(general::ReadRfidUid), IsOn(general::ReadRfidData), record);
-        Send(record, output);
+        SendRecord(record, output);
     }
     if ((output & OutputKeyboard) == 0) {
         return;

@@ -5,6 +5,14 @@
 
 #include "platform/base.h"
 
+struct KeyStroke {
+    BYTE Key;  // virtual key; 0 when no key types the byte
+    bool Shift;
+};
+
+// Which key of a US keyboard types a byte. Pure; any thread.
+KeyStroke KeyForByte(BYTE value);
+
 // The turn of one scan at the keyboard, for as long as this lives: the keys of two scans that arrive together
 // would spoil both. False when the scan's reader was switched off before its turn came.
 class TypingTurn {

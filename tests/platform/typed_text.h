@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "scan/key_map.h"
 #include "scan/typing.h"
 
 // Every character that has a key.
