@@ -1,6 +1,7 @@
 // Files of the terminal folder, and ports by their names.
 #include <map>
 
+#include "platform/log.h"
 #include "platform/win32/serial_port.h"
 #include "platform/win32/terminal.h"
 #include "platform/win32/wrapped.h"
@@ -18,16 +19,42 @@ struct Replacement {
 SRWLOCK FilesLock = SRWLOCK_INIT;
 std::map<HANDLE, Replacement> Replacements;  // under the lock
 
-HANDLE CreateReplacing(const std::wstring& target, DWORD access, LPSECURITY_ATTRIBUTES security) {
-    const DWORD there = GetFileAttributesW(target.c_str());
-    if (there != INVALID_FILE_ATTRIBUTES &&
-        (there & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) != 0) {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return INVALID_HANDLE_VALUE;
+// Tries for two seconds while another program keeps the file, as one does that looks through new files.
+template <class Try>
+bool Unlocked(Try attempt) {
+    const std::int64_t end = layer::Milliseconds() + 2000;
+    while (!attempt()) {
+        const DWORD error = GetLastError();
+        const bool kept = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
+        if (!kept || layer::Milliseconds() >= end) {
+            SetLastError(error);
+            return false;
+        }
+        Sleep(20);
+    }
+    return true;
+}
+
+HANDLE Open(const std::wstring& path, DWORD access, DWORD shareMode, DWORD disposition) {
+    HANDLE file = INVALID_HANDLE_VALUE;
+    Unlocked([&] {
+        file = CreateFileW(path.c_str(), access, shareMode, nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
+                           nullptr);
+        return file != INVALID_HANDLE_VALUE;
+    });
+    return file;
+}
+
+HANDLE CreateReplacing(const std::wstring& target, DWORD access) {
+    constexpr DWORD all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    if (const HANDLE old = Open(target, GENERIC_WRITE | DELETE, all, OPEN_EXISTING);
+        old != INVALID_HANDLE_VALUE) {
+        CloseHandle(old);
+    } else if (GetLastError() != ERROR_FILE_NOT_FOUND) {
+        return old;
     }
     const std::wstring written = target + L".new";
-    const HANDLE file =
-        CreateFileW(written.c_str(), access, 0, security, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = Open(written, access, 0, CREATE_ALWAYS);
     if (file != INVALID_HANDLE_VALUE) {
         const Guard guard(FilesLock);
         Replacements[file] = {written, target};
@@ -35,20 +62,25 @@ HANDLE CreateReplacing(const std::wstring& target, DWORD access, LPSECURITY_ATTR
     return file;
 }
 
-void PutInPlace(const Replacement& done, bool whole) {
+bool PutInPlace(const Replacement& done, bool whole) {
     const LPCWSTR written = done.Written.c_str(), target = done.Target.c_str();
     const bool placed =
-        whole && (ReplaceFileW(target, written, nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) ||
-                  MoveFileExW(written, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+        whole && Unlocked([=] {
+            return ReplaceFileW(target, written, nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
+                                nullptr) ||
+                   MoveFileExW(written, target, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+        });
     if (!placed) {
         DeleteFileW(written);
+        WriteLogLine(LogPriority::Error, (done.Target + L" is not saved").c_str());
     }
+    return placed;
 }
 
 }  // namespace
 
-HANDLE WINAPI TerminalCreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, LPSECURITY_ATTRIBUTES security,
-                                  DWORD disposition, DWORD attributes, HANDLE templateFile) {
+HANDLE WINAPI TerminalCreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, LPSECURITY_ATTRIBUTES,
+                                  DWORD disposition, DWORD, HANDLE) {
     if (layer::IsPortName(name)) {
         return layer::OpenPort(name);
     }
@@ -57,10 +89,8 @@ HANDLE WINAPI TerminalCreateFileW(LPCWSTR name, DWORD access, DWORD shareMode, L
         SetLastError(ERROR_INVALID_NAME);
         return INVALID_HANDLE_VALUE;
     }
-    if (disposition == CREATE_ALWAYS) {
-        return CreateReplacing(path, access, security);
-    }
-    return CreateFileW(path.c_str(), access, shareMode, security, disposition, attributes, templateFile);
+    return disposition == CREATE_ALWAYS ? CreateReplacing(path, access)
+                                        : Open(path, access, shareMode, disposition);
 }
 
 DWORD WINAPI TerminalGetFileAttributesW(LPCWSTR name) {
@@ -106,8 +136,5 @@ BOOL WINAPI TerminalCloseHandle(HANDLE object) {
     // The content has to be on the disk before the name points at it.
     const bool whole = !done.empty() && !done.mapped().Failed && FlushFileBuffers(object);
     const BOOL closed = CloseHandle(object);
-    if (!done.empty()) {
-        PutInPlace(done.mapped(), whole);
-    }
-    return closed;
+    return done.empty() ? closed : PutInPlace(done.mapped(), whole);
 }

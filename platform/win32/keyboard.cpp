@@ -1,25 +1,13 @@
 // Typed keys: the application in front gets the character that a US keyboard would give, whatever its layout.
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <utility>
 
-#include "platform/keyboard.h"
+#include "platform/log.h"
+#include "platform/us_keyboard.h"
 
 namespace {
-
-struct UsKey {
-    BYTE Key;
-    char Plain, Shifted;
-};
-
-constexpr std::array<UsKey, 21> UsKeys = {{
-    {'0', '0', ')'},          {'1', '1', '!'},          {'2', '2', '@'},           {'3', '3', '#'},
-    {'4', '4', '$'},          {'5', '5', '%'},          {'6', '6', '^'},           {'7', '7', '&'},
-    {'8', '8', '*'},          {'9', '9', '('},          {VK_OEM_1, ';', ':'},      {VK_OEM_PLUS, '=', '+'},
-    {VK_OEM_COMMA, ',', '<'}, {VK_OEM_MINUS, '-', '_'}, {VK_OEM_PERIOD, '.', '>'}, {VK_OEM_2, '/', '?'},
-    {VK_OEM_3, '`', '~'},     {VK_OEM_4, '[', '{'},     {VK_OEM_5, '\\', '|'},     {VK_OEM_6, ']', '}'},
-    {VK_OEM_7, '\'', '"'},
-}};
 
 // A stroke goes out as one, from its first key down to its last key up: no program that is paused or killed
 // leaves a key down. Only Tab is held.
@@ -31,17 +19,15 @@ struct Stroke {
 };
 thread_local Stroke Current;
 
-// 0 for a key without a character of its own on a US keyboard.
-char UsCharacter(BYTE key, bool shift) {
-    if (key >= 'A' && key <= 'Z') {
-        return static_cast<char>(shift ? key : key - 'A' + 'a');
+// The screen may be locked, or belong to the system's own questions: then nobody gets keys.
+void Send() {
+    static std::atomic<bool> refused = false;
+    const UINT count = std::exchange(Current.Count, 0);
+    const bool taken = SendInput(count, Current.Events.data(), sizeof(INPUT)) == count;
+    if (!taken && !refused) {
+        WriteLogLine(LogPriority::Error, L"keys are refused: nothing is typed");
     }
-    for (const UsKey& entry : UsKeys) {
-        if (entry.Key == key) {
-            return shift ? entry.Shifted : entry.Plain;
-        }
-    }
-    return 0;
+    refused = !taken;
 }
 
 // Whether the key gives that character in the window in front.
@@ -63,7 +49,7 @@ void WINAPI Terminal_keybd_event(BYTE key, BYTE scanCode, DWORD flags, ULONG_PTR
     input.ki.wScan = scanCode != 0 ? scanCode : static_cast<WORD>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC));
     input.ki.dwFlags = flags;
     input.ki.dwExtraInfo = extraInfo;
-    const char character = UsCharacter(key, Current.Shift);
+    const char character = layer::UsCharacter(key, Current.Shift);
     if (character != 0 && !GivesCharacter(key, Current.Shift, character)) {
         input.ki.wVk = 0;
         input.ki.wScan = static_cast<WORD>(character);
@@ -74,7 +60,7 @@ void WINAPI Terminal_keybd_event(BYTE key, BYTE scanCode, DWORD flags, ULONG_PTR
     }
     Current.Held += up ? -1 : 1;
     if (Current.Held <= 0 || key == VK_TAB || Current.Count == Current.Events.size()) {
-        SendInput(std::exchange(Current.Count, 0), Current.Events.data(), sizeof input);
+        Send();
         Current.Held = std::max(Current.Held, 0);
     }
 }

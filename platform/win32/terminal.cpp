@@ -5,6 +5,9 @@
 
 #include <chrono>
 #include <string_view>
+#include <vector>
+
+#include "platform/terminal_names.h"
 
 namespace layer {
 
@@ -33,37 +36,35 @@ std::wstring FullPath(const std::wstring& path) {
 
 std::uint64_t Identify(std::wstring folder) {
     CharLowerBuffW(folder.data(), static_cast<DWORD>(folder.size()));
-    std::uint64_t hash = 0xCBF29CE484222325u;
-    const auto* bytes = reinterpret_cast<const BYTE*>(folder.data());
-    for (std::size_t i = 0; i < folder.size() * sizeof(WCHAR); ++i) {
-        hash = (hash ^ bytes[i]) * 0x100000001B3u;
-    }
-    return hash;
+    return IdentityOf(folder.data(), folder.size() * sizeof(WCHAR));
 }
 
 void WriteSound(const std::wstring& folder, LPCWSTR name) {
-    const HRSRC found = FindResourceW(nullptr, name, L"WAVE");
-    const HGLOBAL loaded = found != nullptr ? LoadResource(nullptr, found) : nullptr;
+    const HRSRC sound = FindResourceW(nullptr, name, L"WAVE");
     const HANDLE file = CreateFileW((folder + L"\\" + name + L".wav").c_str(), GENERIC_WRITE, 0, nullptr,
-                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file != INVALID_HANDLE_VALUE) {
+        const HGLOBAL loaded = LoadResource(nullptr, sound);
         DWORD written = 0;
-        WriteFile(file, LockResource(loaded), SizeofResource(nullptr, found), &written, nullptr);
+        WriteFile(file, LockResource(loaded), SizeofResource(nullptr, sound), &written, nullptr);
         CloseHandle(file);
     }
 }
 
-// The sounds are resources of the program that plays them. They are put there once: what the user replaces or
-// deletes stays so.
+// The sounds are resources of the program that plays them. They are put there once, all or none: what the
+// user replaces or deletes stays so.
 void InstallSounds(const std::wstring& folder) {
-    if (FindResourceW(nullptr, L"Default", L"WAVE") == nullptr ||
-        !CreateDirectoryW(folder.c_str(), nullptr)) {
+    const std::wstring unfinished = folder + L".new";
+    if (GetFileAttributesW(folder.c_str()) != INVALID_FILE_ATTRIBUTES ||
+        FindResourceW(nullptr, L"Default", L"WAVE") == nullptr) {
         return;
     }
+    CreateDirectoryW(unfinished.c_str(), nullptr);
     for (const LPCWSTR name : {L"Default", L"Hwandsw", L"MenuPop", L"MsgBox", L"Notify", L"VoicBeep",
                                L"Alarm2", L"Alarm3", L"LowBatt"}) {
-        WriteSound(folder, name);
+        WriteSound(unfinished, name);
     }
+    MoveFileW(unfinished.c_str(), folder.c_str());
 }
 
 Terminal OpenTerminal() {
@@ -82,10 +83,6 @@ Terminal OpenTerminal() {
 const Terminal& Current() {
     static const Terminal terminal = OpenTerminal();
     return terminal;
-}
-
-bool IsSeparator(WCHAR character) {
-    return character == L'\\' || character == L'/';
 }
 
 }  // namespace
@@ -118,31 +115,13 @@ std::int64_t Milliseconds() {
 }
 
 std::wstring HostPath(LPCWSTR path) {
-    std::wstring_view rest = path != nullptr ? path : L"";
-    if (!rest.empty() && IsSeparator(rest.front())) {
-        rest.remove_prefix(1);
-    }
-    if (rest.empty() || rest.size() >= MAX_PATH) {
+    std::vector<std::wstring_view> names;
+    if (!SplitPath(path, names) || names.empty()) {
         return {};
     }
     std::wstring host = TerminalFolder();
-    while (!rest.empty()) {
-        std::size_t end = 0;
-        while (end < rest.size() && !IsSeparator(rest[end])) {
-            if (rest[end] < L' ' ||
-                std::wstring_view(L":*?\"<>|").find(rest[end]) != std::wstring_view::npos) {
-                return {};
-            }
-            ++end;
-        }
-        const std::wstring_view component = rest.substr(0, end);
-        // Windows drops dots and spaces at the end of a name: such a name means another one.
-        if (component.empty() || component.back() == L'.' || component.back() == L' ') {
-            return {};
-        }
-        host += L'\\';
-        host += component;
-        rest.remove_prefix(end < rest.size() ? end + 1 : end);
+    for (const std::wstring_view name : names) {
+        (host += L'\\') += name;
     }
     return host;
 }

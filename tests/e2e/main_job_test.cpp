@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
     Readers, MainJob,
     testing::Values(Reader{"imager",
                            {{"11 4006381333931", "P", "4006381333931"},
-                            {"3 Mixed Case-01/x", "I", "Mixed Case-01/x"},
+                            {"3 ~!@#$%^&*()_+{}|:<>? `-=[];',./", "I", "~!@#$%^&*()_+{}|:<>? `-=[];',./"},
                             {"1 A1", "A", "A1"}}},
                     Reader{"laser",
                            {{"11 4006381333931", "P", "4006381333931"},

@@ -1,11 +1,15 @@
 // The settings by hand: icon, menu, sheet, editor and pages of the real program through X events, and what
 // comes of it on the reader's wire, in the file and in the next scan.
 #include <X11/keysym.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <algorithm>
 
 #include "settings/engine_fields.h"
 #include "tests/e2e/end_to_end.h"
+#include "tests/e2e/wine_screen.h"
 
 namespace {
 
@@ -197,6 +201,26 @@ TEST_F(SettingsByHand, ASecondStartReplacesTheSheetAndItsEditor) {
     ASSERT_TRUE(WaitUntilReady());
     EXPECT_EQ(Scan("3 AB12", 7), "qwAB12\n");
     EXPECT_TRUE(Running->End());
+}
+
+TEST_F(SettingsByHand, AFileThatAnotherProgramKeepsIsNotSaved) {
+    StartLaser();
+    OpenByStartingAgain();
+    EditPrefix();
+    Press({XK_q, XK_Return});
+    ASSERT_NO_FATAL_FAILURE(AwaitEdited());
+    const int file = open(SettingsPath().c_str(), O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(flock(file, LOCK_EX), 0);
+    if (OnWine()) {
+        WineSession::Current().Ask("hold " + WineTerminal() + "\\DiskOnChip\\Vantrel.ini");
+    }
+    Press({XK_Tab, XK_Tab, XK_Return});
+    EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to save configuration"));
+    DismissErrorBox(Desktop);
+    EXPECT_EQ(Running->Ended(), 0);
+    close(file);
+    EXPECT_EQ(SettingsWord(OffsetOf(general::PrefixCode)), 0);
+    ExpectNothingLeft();
 }
 
 TEST_F(SettingsByHand, TheProgramEndsUnderAnOpenEditor) {

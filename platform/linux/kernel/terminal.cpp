@@ -5,7 +5,6 @@
 
 #include <QDir>
 #include <QString>
-#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -17,6 +16,7 @@
 
 #include "platform/linux/kernel/log.h"
 #include "platform/linux/resources/embedded.h"
+#include "platform/terminal_names.h"
 
 namespace layer {
 
@@ -69,12 +69,9 @@ bool IsFolder(const std::string& path) {
 }
 
 std::string Identify(const std::string& folder) {
-    std::uint64_t hash = 0xCBF29CE484222325u;
-    for (const char character : folder) {
-        hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001B3u;
-    }
     char digits[17];
-    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
+    std::snprintf(digits, sizeof digits, "%016llx",
+                  static_cast<unsigned long long>(IdentityOf(folder.data(), folder.size())));
     return digits;
 }
 
@@ -139,15 +136,6 @@ const Terminal& CurrentTerminal() {
     return *known.All.back();
 }
 
-constexpr std::u16string_view Separators = u"\\/";
-
-// Characters that no file name of the platform has; a colon belongs to devices.
-bool IsForbidden(char16_t character) {
-    constexpr std::u16string_view odd = u":*?\"<>|";
-    const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
-    return character < u' ' || character == 0x7F || surrogate || odd.find(character) != odd.npos;
-}
-
 bool SameButForCase(const std::string& left, const char* right) {
     return QString::fromStdString(left).compare(QString::fromUtf8(right), Qt::CaseInsensitive) == 0;
 }
@@ -195,25 +183,17 @@ void UseTerminalFolder(std::string folder) {
 }
 
 std::string HostPath(LPCWSTR path) {
-    std::u16string_view rest(path != nullptr ? path : u"");
-    if (rest.empty() || rest.size() >= MAX_PATH || std::any_of(rest.begin(), rest.end(), IsForbidden)) {
+    std::vector<std::u16string_view> names;
+    if (!SplitPath(path, names)) {
         return {};
     }
-    // All paths start at the root, with the separator or without.
-    rest.remove_prefix(Separators.find(rest.front()) != Separators.npos ? 1 : 0);
     const std::string& root = TerminalFolder();
     std::string host = root;
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find_first_of(Separators), rest.size());
-        const std::string component = ToUtf8(rest.substr(0, end));
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-        if (component.empty() || component == "." || component == "..") {
-            return {};
-        }
+    for (const std::u16string_view name : names) {
+        const std::string component = ToUtf8(name);
         // The sockets of the programs lie in a folder that differs from the platform's in case alone.
         const bool windows = host.size() == root.size() && SameButForCase(component, "windows");
-        const std::string name = windows ? "Windows" : ExistingName(host, component);
-        host += "/" + name;
+        host += "/" + (windows ? "Windows" : ExistingName(host, component));
     }
     return host;
 }

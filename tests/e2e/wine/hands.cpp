@@ -11,8 +11,9 @@
 //   click X Y      taps the screen
 //   keys           "keys up" when none is down and no lock is on, else "keys down"
 //   close          asks the main window to close, as the end of a session does
-//   shared PREFIX  "shared N": how many of the terminal's shared objects exist, by the beginning of their
-//   names quit
+//   hold FILE      opens the file and lets nobody else
+//   shared PREFIX  "shared N": how many of the terminal's shared objects exist, by how their names begin
+//   quit
 //
 // Every answer ends with a line "ok", or "error" and why.
 #include <windows.h>
@@ -189,6 +190,8 @@ void Obey(const std::string& word, const std::string& rest) {
         std::puts(KeysAreUp() ? "keys up" : "keys down");
     } else if (word == "close") {
         PostMessageW(FindWindowW(L"Vantrel", nullptr), WM_CLOSE, 0, 0);
+    } else if (word == "hold") {
+        CreateFileA(rest.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     } else if (word == "shared") {
         SayShared(rest);
     } else {
