@@ -124,6 +124,23 @@ constexpr bool NoneIsNewer(std::span<const SettingGroup> groups) {
     });
 }
 
+// How many fields every file has, however old. Only whoever adds one that says nothing else changes it.
+constexpr std::size_t InEveryFile(std::span<const SettingList> lists) {
+    std::size_t count = 0;
+    for (const SettingList list : lists) {
+        count += std::ranges::count(list, DWORD{0}, [](const Setting* setting) { return setting->Since; });
+    }
+    return count;
+}
+constexpr std::size_t InEveryFile(std::span<const SettingGroup> groups) {
+    std::size_t count = 0;
+    for (const SettingGroup& group : groups) {
+        const SettingList lists[] = {group.Switch, group.Items};
+        count += InEveryFile(lists);
+    }
+    return count;
+}
+
 // A default is one of the choices.
 constexpr bool DefaultsFit(SettingList list) {
     return std::ranges::all_of(list, [](const Setting* setting) {

@@ -175,6 +175,11 @@ static_assert(checks::NamesDiffer(Only1D, symbologies::Groups));
 static_assert(checks::NamesDiffer(OnlyLaser, OnLaser) && checks::NamesDiffer(OnlyImager, headings::Groups));
 static_assert(checks::NoneIsNewer(General) && checks::NoneIsNewer(symbologies::Groups) &&
               checks::NoneIsNewer(headings::Groups));
+constexpr std::size_t FieldsOfTheFirstFile = 231;
+static_assert(checks::InEveryFile(General) + checks::InEveryFile(symbologies::Groups) +
+                      checks::InEveryFile(headings::Groups) ==
+                  FieldsOfTheFirstFile,
+              "a new field says by NewIn since when files have it");
 static_assert(std::ranges::all_of(General, [](SettingList list) {
     return checks::DefaultsFit(list) && checks::ParametersFit(list, general::BarcodeDecodeTimeout);
 }));
