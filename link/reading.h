@@ -12,7 +12,7 @@ void JoinReading(bool (*lasts)());
 bool ReadingLasts();
 
 // One step of a delivery, for as long as this lives: if it says true the reading lasts. Steps are short (a
-// key, a record), follow each other one at a time, do not nest, and do nothing that waits for the main
+// few keys, a record), follow each other one at a time, do not nest, and do nothing that waits for the main
 // thread, which is the one that ends readings.
 class ReadingStep {
   public:

@@ -44,7 +44,11 @@ bool IsBlock(std::string_view line, std::size_t blockSize) {
 TagLineStep CollectTagLine(TagLine& line, std::span<const BYTE> bytes) {
     for (const BYTE received : bytes) {
         if (received == LineFeed) {
-            return EndOfLine(line);
+            if (std::string_view(line.Text.data(), line.Length).find(Greeting) == std::string_view::npos) {
+                return EndOfLine(line);
+            }
+            line = {};  // it comes late: of an opening before, or of a reader that was slow
+            continue;
         }
         if (received == CarriageReturn || received == 0) {
             continue;

@@ -37,6 +37,15 @@ void keybd_event(BYTE key, BYTE scanCode, DWORD flags, ULONG_PTR extraInfo);
 
 #endif
 
+// While one lives, the keys of its thread may wait, to go out together: they have gone when it goes.
+class KeyBurst {
+  public:
+    KeyBurst();
+    ~KeyBurst();
+    KeyBurst(const KeyBurst&) = delete;
+    KeyBurst& operator=(const KeyBurst&) = delete;
+};
+
 // Who takes the keys now. Any thread.
 enum class KeysGoTo : DWORD { Unknown, Nowhere, Trace, Xtest, Wayland, Uinput, Windows, Count };
 KeysGoTo WhoTakesKeys();

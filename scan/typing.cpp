@@ -1,5 +1,6 @@
 #include "scan/typing.h"
 
+#include <algorithm>
 #include <array>
 
 #include "link/reading.h"
@@ -45,6 +46,8 @@ constexpr std::array<KeyStroke, 256> BuildKeyMap() {
 constexpr std::array<KeyStroke, 256> KeyMap = BuildKeyMap();
 
 constexpr DWORD TabPress = 5;  // ms
+// Go out at once: a label, as a rule. A reader that is switched off is waited for no longer than these take.
+constexpr std::size_t CharactersAStep = 16;
 
 Turn KeyboardTurn;
 
@@ -53,6 +56,21 @@ void KeyDown(BYTE key) {
 }
 void KeyUp(BYTE key) {
     keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
+}
+
+void TypeByte(BYTE value) {
+    const KeyStroke stroke = KeyMap[value];
+    if (stroke.Key == 0) {
+        return;
+    }
+    if (stroke.Shift) {
+        KeyDown(VK_SHIFT);
+    }
+    KeyDown(stroke.Key);
+    KeyUp(stroke.Key);
+    if (stroke.Shift) {
+        KeyUp(VK_SHIFT);
+    }
 }
 
 }  // namespace
@@ -70,23 +88,15 @@ TypingTurn::~TypingTurn() {
 }
 
 bool TypeBytes(std::span<const BYTE> bytes) {
-    for (const BYTE value : bytes) {
-        const KeyStroke stroke = KeyForByte(value);
-        if (stroke.Key == 0) {
-            continue;
-        }
+    while (!bytes.empty()) {
         const ReadingStep step;
         if (!step) {
             return false;
         }
-        if (stroke.Shift) {
-            KeyDown(VK_SHIFT);
-        }
-        KeyDown(stroke.Key);
-        KeyUp(stroke.Key);
-        if (stroke.Shift) {
-            KeyUp(VK_SHIFT);
-        }
+        const KeyBurst burst;
+        const auto now = bytes.first(std::min(bytes.size(), CharactersAStep));
+        std::ranges::for_each(now, TypeByte);
+        bytes = bytes.subspan(now.size());
     }
     return ReadingLasts();
 }

@@ -65,6 +65,10 @@ void WINAPI Terminal_keybd_event(BYTE key, BYTE scanCode, DWORD flags, ULONG_PTR
     }
 }
 
+// A stroke costs no more by itself.
+KeyBurst::KeyBurst() = default;
+KeyBurst::~KeyBurst() = default;
+
 KeysGoTo WhoTakesKeys() {
     return KeysGoTo::Windows;
 }

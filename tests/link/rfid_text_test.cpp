@@ -26,6 +26,9 @@ TEST(TagLine, EndsAtTheLineFeed) {
         {"N\r\n", TagLineStep::End, "N"},
         {"\r\n", TagLineStep::End, ""},
         {"VE004", TagLineStep::More, "VE004"},
+        // A greeting that comes late is no tag.
+        {"MultiISO 1.2\r\nIE00", TagLineStep::More, "IE00"},
+        {"ISO 1\r\nISO 1\r\nIE00\r\n", TagLineStep::Data, "IE00"},
     };
     for (const auto& c : cases) {
         TagLine line;

@@ -140,7 +140,7 @@ class Patient:
     def use(self, environment, words_file):
         """Start, label, tag, settings, end; what is wrong with it."""
         terminal = self.terminal
-        terminal.keys.unlink(missing_ok=True)
+        terminal.forget_keys()
         if self.screen:
             self.screen.clear()
             self.screen.bring_to_front()
@@ -188,12 +188,7 @@ class Patient:
         return found
 
     def keys_down(self):
-        if self.screen:
-            return self.screen.keys_down()
-        down = set()
-        for key, way in self.terminal.key_events():
-            (down.add if way == "down" else down.discard)(key)
-        return down
+        return (self.screen or self.terminal).keys_down()
 
     def look(self, call):
         terminal, problems = self.terminal, []

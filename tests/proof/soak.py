@@ -26,7 +26,7 @@ class Soak:
         self.random, self.counts, self.scans = chance, {}, 0
         self.terminal = Terminal(programs, folder, VANTREL_TRACE=f"{folder}/wire")
         self.reader = chance.choice(sorted(LABELS))
-        self.expected = []  # lines, in order
+        self.expected, self.records = [], []  # lines, in order
         # The last decode has never ended, or the reader was off: what is sent again may belong to one before.
         self.unsure = False
         self.terminal.write_settings()
@@ -55,10 +55,9 @@ class Soak:
             wait_for("what was scanned", arrived, 20)
         except Failure:
             pass
-        typed = self.terminal.typed()
-        records = [record["uid"] if record["source"] == 32 else record["text"]
-                   for record in map(json.loads, self.watch.since(0))]
-        for what, lines in (("typed", typed), ("recorded", records)):
+        self.records += [record["uid"] if record["source"] == 32 else record["text"]
+                         for record in map(json.loads, self.watch.since(len(self.records)))]
+        for what, lines in (("typed", self.terminal.typed()), ("recorded", self.records)):
             if lines != self.expected:
                 at = next((at for at, (a, b) in enumerate(zip(lines, self.expected)) if a != b),
                           min(len(lines), len(self.expected)))

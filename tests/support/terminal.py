@@ -35,6 +35,7 @@ class Terminal:
         self.programs, self.folder = pathlib.Path(programs).resolve(), pathlib.Path(folder)
         self.home = self.folder / "terminal"
         self.keys = self.folder / "keys"
+        self.forget_keys()
         self.environment = dict(os.environ, VANTREL_TERMINAL=str(self.home), QT_QPA_PLATFORM="offscreen",
                                 VANTREL_KEYBOARD=f"trace:{self.keys}", XDG_RUNTIME_DIR=str(self.folder), **environment)
         self.settings = self.home / "DiskOnChip" / "Vantrel.ini"
@@ -99,16 +100,29 @@ class Terminal:
     def ready(self):
         return self.flags() & (INITIALIZED | APPLYING | ERROR | BUSY) == INITIALIZED
 
-    def key_events(self):
-        """(key, way) of every event so far."""
-        if not self.keys.exists():
-            return []
-        return [(int(line.split()[1], 16), line.split()[2]) for line in self.keys.read_text().splitlines()]
+    def read_keys(self):
+        """Takes in what the trace has got since the last time."""
+        if self.keys.exists():
+            with open(self.keys, encoding="ascii") as trace:
+                trace.seek(self.read_to)
+                while (line := trace.readline()).endswith("\n"):
+                    _, key, way, *_ = line.split()
+                    (self.down.add if way == "down" else self.down.discard)(int(key, 16))
+                    self.text += chr(int(key, 16)) if way == "down" and int(key, 16) != 0x10 else ""
+                    self.read_to += len(line)
 
     def typed(self):
         """Whole lines. The labels have to be such that each key is the code of its character."""
-        text = "".join(chr(key) for key, way in self.key_events() if way == "down" and key != 0x10)
-        return text.split("\r")[:-1]
+        self.read_keys()
+        return self.text.split("\r")[:-1]
+
+    def keys_down(self):
+        self.read_keys()
+        return self.down
+
+    def forget_keys(self):
+        self.keys.unlink(missing_ok=True)
+        self.read_to, self.text, self.down = 0, "", set()
 
     def scan(self, present, wanted, seconds=8):
         """Presents and holds the trigger until the line has been typed; whether it was."""

@@ -28,6 +28,9 @@ class RealClock : public Clock {
         if (milliseconds == INFINITE) {
             return Forever;
         }
+        if (milliseconds == 0) {
+            return Now();  // who only looks does not wait for the next tick
+        }
         return static_cast<std::uint64_t>(std::chrono::ceil<Milliseconds>(SinceStart()).count()) +
                milliseconds;
     }

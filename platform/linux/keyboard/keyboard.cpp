@@ -39,6 +39,7 @@ Keyboard& TheKeyboard() {
 // What the calling thread holds down.
 struct Typist {
     std::bitset<256> down;
+    bool bursting = false;
     ~Typist();
 };
 
@@ -116,6 +117,9 @@ void keybd_event(BYTE key, BYTE, DWORD flags, ULONG_PTR) {
     MakeReady(keyboard);
     if (!keyboard.over) {
         keyboard.backend->Key(key, up);
+        if (!self.bursting) {
+            keyboard.backend->Flush();
+        }
     }
     const bool had = self.down.any();
     self.down.set(key, !up);
@@ -124,5 +128,18 @@ void keybd_event(BYTE key, BYTE, DWORD flags, ULONG_PTR) {
     } else if (had && self.down.none()) {
         keyboard.owner = nullptr;
         keyboard.free.notify_one();
+    }
+}
+
+KeyBurst::KeyBurst() {
+    layer::typist.bursting = true;
+}
+
+KeyBurst::~KeyBurst() {
+    layer::typist.bursting = false;
+    layer::Keyboard& keyboard = layer::TheKeyboard();
+    const std::lock_guard lock(keyboard.mutex);
+    if (keyboard.backend) {
+        keyboard.backend->Flush();
     }
 }

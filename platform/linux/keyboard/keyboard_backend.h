@@ -13,6 +13,8 @@ class KeyboardBackend {
     virtual ~KeyboardBackend() = default;
     // One event, in the caller's thread, one caller at a time. `key` is a virtual key.
     virtual void Key(BYTE key, bool up) = 0;
+    // Sends what a key may have left to be sent. The same caller.
+    virtual void Flush() {}
     // Lets go of every key that is down.
     virtual void ReleaseAll() = 0;
 };

@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 #include "platform/keyboard.h"
@@ -115,6 +116,7 @@ class XtestKeyboard : public KeyboardBackend {
     ~XtestKeyboard() override;
     bool Connect();
     void Key(BYTE key, bool up) override;
+    void Flush() override;
     void ReleaseAll() override;
 
   private:
@@ -145,6 +147,7 @@ class XtestKeyboard : public KeyboardBackend {
     bool stale_ = true;
     std::uint64_t lastTry_ = 0;
     bool shift_ = false;
+    bool unsent_ = false;
     XkbStateRec state_{};  // as last looked at
     bool atRest_ = false;  // no key was down then
     std::chrono::steady_clock::time_point lookAgain_{};
@@ -259,7 +262,13 @@ void XtestKeyboard::Type(const KeyMeaning& meaning, bool shift) {
     } else {
         EmitBesideHeldKeys(choice);
     }
-    XFlush(connection_.Get());
+    unsent_ = true;
+}
+
+void XtestKeyboard::Flush() {
+    if (std::exchange(unsent_, false) && connection_.Usable()) {
+        XFlush(connection_.Get());
+    }
 }
 
 // Learns the keyboard's state, unless that was only just done and nothing was down.
