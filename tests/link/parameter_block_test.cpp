@@ -3,7 +3,6 @@
 #include "hex_bytes.h"
 #include "link/parameter_download.h"
 #include "settings/decoder1d_fields.h"
-#include "settings/defaults.h"
 #include "settings/general_fields.h"
 #include "settings_words.h"
 
@@ -35,13 +34,6 @@ TEST(ParameterBlock, PutsEveryFieldInItsPlace) {
                      [bit](WORD i) { return static_cast<WORD>('0' + ((i + 301) >> bit & 1)); });
         EXPECT_EQ(expected[bit], BlockHex()) << bit;
     }
-}
-
-TEST(ParameterBlock, HoldsTheFactoryLengthsAndTimes) {
-    DeviceFlags = Device1D;
-    FillSettings([](WORD) { return WORD{0}; }, [](WORD) { return WORD{0}; });
-    ResetSettings(ResetAllGroups);
-    EXPECT_EQ("FF01FE01FF01FF006003", BlockHex().substr(24, 20));
 }
 
 TEST(ParameterBlock, LaysDigitsOverTheirBits) {

@@ -92,7 +92,7 @@ TEST_F(SharedObjects, AfterAKillTheNextStartBeginsAnew) {
 
 TEST_F(SharedObjects, WhatIsBrokenIsReplaced) {
     mq_attr attributes{};
-    attributes.mq_maxmsg = 2;
+    attributes.mq_maxmsg = 1;
     attributes.mq_msgsize = 100;
     const mqd_t foreign = mq_open(QueueName.c_str(), O_RDWR | O_CREAT, 0600, &attributes);
     ASSERT_NE(foreign, static_cast<mqd_t>(-1));
@@ -102,6 +102,7 @@ TEST_F(SharedObjects, WhatIsBrokenIsReplaced) {
     Program system;
     system.Open();
     EXPECT_EQ(system.Ask("write record"), "ok");
+    EXPECT_TRUE(mq_getattr(foreign, &attributes) == 0 && attributes.mq_curmsgs == 0);
     EXPECT_EQ(system.Ask("read 0"), "record");
     EXPECT_EQ(system.Ask("set"), "ok");
     EXPECT_EQ(system.Ask("wait 0"), "set");

@@ -86,17 +86,6 @@ TEST(Parse1DMessage, DropsWhatIsNoWholeMessage) {
     }
 }
 
-TEST(Parse1DMessage, EveryCutOfAMessageIsDropped) {
-    const std::string whole = "\033U012]C1012345678\r";
-    for (std::size_t length = 0; length < whole.size(); ++length) {
-        ScanData scan;
-        EXPECT_EQ(Parse(whole.substr(0, length), scan), 0) << length;
-        if (length > 0) {
-            EXPECT_EQ(Parse(whole.substr(length), scan), 0) << length;
-        }
-    }
-}
-
 TEST(DropCodeIdentifier, LeavesShortDataWhole) {
     const struct {
         std::string_view Before, After;

@@ -175,37 +175,7 @@ TEST_F(CatalogueTest, AChosenBeepIsHeardAfterItIsStored) {
     EXPECT_EQ(GeneralSettings[1], '5');
 }
 
-TEST_F(CatalogueTest, LengthLabelsFollowTheirMode) {
-    const struct {
-        WORD Flags;
-        DWORD Page, Mode, Length1, Length2;
-        char16_t Range;
-        WORD Range1, Range2;
-    } cases[] = {
-        {Device1D, 10, 1306, 1308, 1307, u'1', IDS_MINIMUM_LENGTH, IDS_MAXIMUM_LENGTH},
-        {DeviceLaser, 20, 0x12FF, 0x1213, 0x1212, u'3', IDS_MAXIMUM_LENGTH, IDS_MINIMUM_LENGTH},
-        {DeviceImager, 30, 0x18FF, 0x181F, 0x181E, u'3', IDS_MAXIMUM_LENGTH, IDS_MINIMUM_LENGTH},
-    };
-    for (const auto& c : cases) {
-        DeviceFlags = c.Flags;
-        for (const char16_t mode : {u'\0', u'0', u'1', u'2', u'3', u'4'}) {
-            SCOPED_TRACE(testing::Message() << c.Mode << " " << unsigned{mode});
-            Set(c.Page, c.Mode, std::u16string(1, mode));
-            const bool range = mode == c.Range;
-            EXPECT_EQ(ItemLabelId(c.Page, c.Length1), range ? c.Range1 : IDS_VALUE_1);
-            EXPECT_EQ(ItemLabelId(c.Page, c.Length2), range ? c.Range2 : IDS_VALUE_2);
-        }
-    }
-    EXPECT_EQ(FindLengthItems(10, 1605).First, nullptr);
-    EXPECT_EQ(FindLengthItems(50, 10001).Mode, nullptr);
-}
-
 TEST_F(CatalogueTest, LooksOfItemsThatAreNotThere) {
-    // Page 10 goes by index; one beyond the last shows the symbology's name.
-    EXPECT_EQ(ItemLabelId(10, 1625), IDS_1D_CODABAR);
-    DeviceFlags = Device1D;
-    Set(10, 1306, u"1");
-    EXPECT_EQ(ItemLabelId(10, 1007), IDS_VALUE_2) << "not by another symbology's mode";
     const struct {
         DWORD Page, Item;
     } unknown[] = {{10, 900},     {10, 2900},  {20, 0xF00},  {20, 0x1E00}, {30, 0x1005},

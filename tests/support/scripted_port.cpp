@@ -9,7 +9,7 @@ struct ScriptedPorts::State {
     Conversation& Talk;
     std::function<void()> OnIdle;
     std::set<int> Open;
-    std::map<int, DWORD> Rates;
+    std::map<int, DWORD> Rates, WriteTimes;
 };
 
 class ScriptedPorts::Port : public layer::SerialPort {
@@ -145,6 +145,7 @@ BOOL ScriptedPorts::Port::SetTimeouts(const COMMTIMEOUTS& timeouts) {
     if (closed_)
         return FALSE;
     timeouts_ = timeouts;
+    state_->WriteTimes[number_] = timeouts.WriteTotalTimeoutConstant;
     Did(WireAct::Interval, timeouts.ReadIntervalTimeout);
     return TRUE;
 }
@@ -239,7 +240,7 @@ bool ScriptedPorts::Port::Close() {
 }
 
 ScriptedPorts::ScriptedPorts(Conversation& conversation, std::function<void()> onIdle)
-    : state_(std::make_shared<State>(State{conversation, std::move(onIdle), {}, {}})) {
+    : state_(std::make_shared<State>(State{conversation, std::move(onIdle), {}, {}, {}})) {
     layer::InstallSerialOpener(
         [state = state_](const std::string& name) -> std::shared_ptr<layer::SerialPort> {
             if (name.size() != 5 || name.compare(0, 3, "COM") != 0 || name[4] != ':')
@@ -269,4 +270,9 @@ DWORD ScriptedPorts::RateOf(int port) const {
     const auto lock = state_->Talk.Acquire();
     const auto found = state_->Rates.find(port);
     return found == state_->Rates.end() ? 0 : found->second;
+}
+
+DWORD ScriptedPorts::WriteTimeOf(int port) const {
+    const auto lock = state_->Talk.Acquire();
+    return state_->WriteTimes[port];
 }

@@ -18,7 +18,9 @@ class ScriptedPorts {
     ScriptedPorts& operator=(const ScriptedPorts&) = delete;
 
     bool IsOpen(int port) const;
-    DWORD RateOf(int port) const;  // as set last
+    // As set last: the line's speed, and how long a write may take.
+    DWORD RateOf(int port) const;
+    DWORD WriteTimeOf(int port) const;
 
   private:
     struct State;

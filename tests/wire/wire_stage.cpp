@@ -386,6 +386,8 @@ void WireStage::Expect(const Words& words, int line) {
     } else if (what == "rate") {
         Same(line, "rate of port " + second, ToNumber(At(words, 3)),
              ports_->RateOf(static_cast<int>(ToNumber(second))));
+    } else if (what == "write-time") {
+        Same(line, what, ToNumber(At(words, 3)), ports_->WriteTimeOf(static_cast<int>(ToNumber(second))));
     } else {
         Same(line, what, ToNumber(second), VariableByName(what).Get());
     }
