@@ -69,8 +69,10 @@ void TakePacket(HANDLE port, PacketMessage& message, std::span<const BYTE> packe
             break;
         case PacketStep::Repeated:
             Log(LogPriority::Debug, TEXT("the barcode reader has repeated a packet"));
-            // The scan before may still keep the trigger busy.
-            ShellState.TransferBusy = busyBefore;
+            // The scan before may still keep the trigger busy; its time may have run out meanwhile.
+            if (busyBefore == 0) {
+                ShellState.TransferBusy = 0;
+            }
             break;
     }
 }
