@@ -100,96 +100,70 @@ static int Fails(int call, int error) {
     return 1;
 }
 
-#define REAL(result, name, ...)                                    \
-    static result (*real)(__VA_ARGS__);                            \
-    if (real == NULL) {                                            \
-        real = (result(*)(__VA_ARGS__))dlsym(RTLD_NEXT, name);     \
+#define REAL(function)                                                   \
+    static __typeof__(function)* real;                                   \
+    if (real == NULL) {                                                  \
+        real = (__typeof__(function)*)dlsym(RTLD_NEXT, #function);       \
     }
 
-#define OPEN(function)                                             \
-    int function(const char* path, int flags, ...) {               \
-        va_list more;                                              \
-        va_start(more, flags);                                     \
-        const mode_t mode = va_arg(more, mode_t);                  \
-        va_end(more);                                              \
-        REAL(int, #function, const char*, int, ...)                \
-        return Fails(Open, EMFILE) ? -1 : real(path, flags, mode); \
+#define COMMA ,
+#define OPEN(function, declared, given)                                  \
+    int function(declared const char* path, int flags, ...) {            \
+        va_list more;                                                    \
+        va_start(more, flags);                                           \
+        const mode_t mode = va_arg(more, mode_t);                        \
+        va_end(more);                                                    \
+        REAL(function)                                                   \
+        return Fails(Open, EMFILE) ? -1 : real(given path, flags, mode); \
     }
-OPEN(open)
-OPEN(open64)
+OPEN(open, , )
+OPEN(open64, , )
+OPEN(openat, int folder COMMA, folder COMMA)
+OPEN(openat64, int folder COMMA, folder COMMA)
 
-#define OPENAT(function)                                                   \
-    int function(int folder, const char* path, int flags, ...) {           \
-        va_list more;                                                      \
-        va_start(more, flags);                                             \
-        const mode_t mode = va_arg(more, mode_t);                          \
-        va_end(more);                                                      \
-        REAL(int, #function, int, const char*, int, ...)                   \
-        return Fails(Open, EMFILE) ? -1 : real(folder, path, flags, mode); \
+#define NOTED(result, function, before, call, error, failed, declared, given) \
+    result function declared {                                                \
+        REAL(function)                                                        \
+        return before Fails(call, error) ? failed : real given;               \
     }
-OPENAT(openat)
-OPENAT(openat64)
-
-#define CALL(result, function, call, error, failed, declared, given, ...) \
-    result function declared {                                            \
-        REAL(result, #function, __VA_ARGS__)                              \
-        return Fails(call, error) ? failed : real given;                  \
-    }
-CALL(ssize_t, pread, Read, EIO, -1, (int file, void* to, size_t size, off_t at), (file, to, size, at), int, void*, size_t, off_t)
-ssize_t write(int file, const void* from, size_t size) {
-    REAL(ssize_t, "write", int, const void*, size_t)
-    Note("write", file, NULL, NULL);
-    return !IsBell(file) && Fails(Write, ENOSPC) ? -1 : real(file, from, size);
-}
-
-ssize_t read(int file, void* to, size_t size) {
-    REAL(ssize_t, "read", int, void*, size_t)
-    return !IsBell(file) && Fails(Read, EIO) ? -1 : real(file, to, size);
-}
-
-int fsync(int file) {
-    REAL(int, "fsync", int)
-    Note("fsync", file, NULL, NULL);
-    return Fails(Fsync, EIO) ? -1 : real(file);
-}
-
-int rename(const char* from, const char* to) {
-    REAL(int, "rename", const char*, const char*)
-    Note("rename", -1, from, to);
-    return Fails(Rename, EIO) ? -1 : real(from, to);
-}
-
-CALL(ssize_t, writev, Write, ENOSPC, -1, (int file, const struct iovec* from, int count), (file, from, count), int, const struct iovec*, int)
-CALL(int, renameat, Rename, EIO, -1, (int a, const char* from, int b, const char* to), (a, from, b, to), int, const char*, int, const char*)
-CALL(void*, mmap, Mmap, ENOMEM, MAP_FAILED, (void* a, size_t b, int c, int d, int e, off_t f), (a, b, c, d, e, f), void*, size_t, int, int, int, off_t)
-CALL(void*, mmap64, Mmap, ENOMEM, MAP_FAILED, (void* a, size_t b, int c, int d, int e, off64_t f), (a, b, c, d, e, f), void*, size_t, int, int, int, off64_t)
-CALL(int, poll, Poll, ENOMEM, -1, (struct pollfd* files, nfds_t count, int time), (files, count, time), struct pollfd*, nfds_t, int)
-CALL(int, ppoll, Poll, ENOMEM, -1, (struct pollfd* files, nfds_t count, const struct timespec* time, const sigset_t* mask), (files, count, time, mask), struct pollfd*, nfds_t, const struct timespec*, const sigset_t*)
-CALL(int, mq_send, MqSend, EBADF, -1, (mqd_t queue, const char* from, size_t size, unsigned priority), (queue, from, size, priority), mqd_t, const char*, size_t, unsigned)
-CALL(ssize_t, mq_receive, MqReceive, EBADF, -1, (mqd_t queue, char* to, size_t size, unsigned* priority), (queue, to, size, priority), mqd_t, char*, size_t, unsigned*)
-CALL(int, mq_getattr, MqGetAttr, EBADF, -1, (mqd_t queue, struct mq_attr* to), (queue, to), mqd_t, struct mq_attr*)
-CALL(int, sem_trywait, SemTryWait, EINVAL, -1, (sem_t* semaphore), (semaphore), sem_t*)
-CALL(int, sem_wait, SemWait, EINVAL, -1, (sem_t* semaphore), (semaphore), sem_t*)
-CALL(int, sem_clockwait, SemClockWait, EINVAL, -1, (sem_t* semaphore, clockid_t clock, const struct timespec* until), (semaphore, clock, until), sem_t*, clockid_t, const struct timespec*)
-CALL(int, sem_getvalue, SemGetValue, EINVAL, -1, (sem_t* semaphore, int* to), (semaphore, to), sem_t*, int*)
-CALL(int, socket, Socket, EMFILE, -1, (int a, int b, int c), (a, b, c), int, int, int)
-CALL(int, connect, Connect, ECONNREFUSED, -1, (int file, const struct sockaddr* to, socklen_t size), (file, to, size), int, const struct sockaddr*, socklen_t)
-CALL(int, accept4, Accept, EMFILE, -1, (int file, struct sockaddr* from, socklen_t* size, int flags), (file, from, size, flags), int, struct sockaddr*, socklen_t*, int)
-CALL(ssize_t, recv, Recv, ECONNRESET, -1, (int file, void* to, size_t size, int flags), (file, to, size, flags), int, void*, size_t, int)
-CALL(ssize_t, recvmsg, RecvMsg, ECONNRESET, -1, (int file, struct msghdr* to, int flags), (file, to, flags), int, struct msghdr*, int)
-CALL(ssize_t, send, Send, EPIPE, -1, (int file, const void* from, size_t size, int flags), (file, from, size, flags), int, const void*, size_t, int)
-CALL(ssize_t, sendmsg, SendMsg, EPIPE, -1, (int file, const struct msghdr* from, int flags), (file, from, flags), int, const struct msghdr*, int)
-CALL(int, flock, Flock, ENOLCK, -1, (int file, int how), (file, how), int, int)
-CALL(int, tcsetattr, TcSetAttr, EIO, -1, (int file, int when, const struct termios* state), (file, when, state), int, int, const struct termios*)
-CALL(int, tcgetattr, TcGetAttr, EIO, -1, (int file, struct termios* state), (file, state), int, struct termios*)
-CALL(int, sem_post, SemPost, EOVERFLOW, -1, (sem_t* semaphore), (semaphore), sem_t*)
+#define CALL(result, function, call, error, failed, declared, given) NOTED(result, function, , call, error, failed, declared, given)
+NOTED(ssize_t, write, Note("write", file, NULL, NULL) COMMA !IsBell(file) &&, Write, ENOSPC, -1, (int file, const void* from, size_t size), (file, from, size))
+NOTED(ssize_t, read, !IsBell(file) &&, Read, EIO, -1, (int file, void* to, size_t size), (file, to, size))
+NOTED(int, fsync, Note("fsync", file, NULL, NULL) COMMA, Fsync, EIO, -1, (int file), (file))
+NOTED(int, rename, Note("rename", -1, from, to) COMMA, Rename, EIO, -1, (const char* from, const char* to), (from, to))
+CALL(ssize_t, pread, Read, EIO, -1, (int file, void* to, size_t size, off_t at), (file, to, size, at))
+CALL(ssize_t, writev, Write, ENOSPC, -1, (int file, const struct iovec* from, int count), (file, from, count))
+CALL(int, renameat, Rename, EIO, -1, (int a, const char* from, int b, const char* to), (a, from, b, to))
+CALL(void*, mmap, Mmap, ENOMEM, MAP_FAILED, (void* a, size_t b, int c, int d, int e, off_t f), (a, b, c, d, e, f))
+CALL(void*, mmap64, Mmap, ENOMEM, MAP_FAILED, (void* a, size_t b, int c, int d, int e, off64_t f), (a, b, c, d, e, f))
+CALL(int, poll, Poll, ENOMEM, -1, (struct pollfd* files, nfds_t count, int time), (files, count, time))
+CALL(int, ppoll, Poll, ENOMEM, -1, (struct pollfd* files, nfds_t count, const struct timespec* time, const sigset_t* mask), (files, count, time, mask))
+CALL(int, mq_send, MqSend, EBADF, -1, (mqd_t queue, const char* from, size_t size, unsigned priority), (queue, from, size, priority))
+CALL(ssize_t, mq_receive, MqReceive, EBADF, -1, (mqd_t queue, char* to, size_t size, unsigned* priority), (queue, to, size, priority))
+CALL(int, mq_getattr, MqGetAttr, EBADF, -1, (mqd_t queue, struct mq_attr* to), (queue, to))
+CALL(int, sem_trywait, SemTryWait, EINVAL, -1, (sem_t* semaphore), (semaphore))
+CALL(int, sem_wait, SemWait, EINVAL, -1, (sem_t* semaphore), (semaphore))
+CALL(int, sem_clockwait, SemClockWait, EINVAL, -1, (sem_t* semaphore, clockid_t clock, const struct timespec* until), (semaphore, clock, until))
+CALL(int, sem_getvalue, SemGetValue, EINVAL, -1, (sem_t* semaphore, int* to), (semaphore, to))
+CALL(int, socket, Socket, EMFILE, -1, (int a, int b, int c), (a, b, c))
+CALL(int, connect, Connect, ECONNREFUSED, -1, (int file, const struct sockaddr* to, socklen_t size), (file, to, size))
+CALL(int, accept4, Accept, EMFILE, -1, (int file, struct sockaddr* from, socklen_t* size, int flags), (file, from, size, flags))
+CALL(ssize_t, recv, Recv, ECONNRESET, -1, (int file, void* to, size_t size, int flags), (file, to, size, flags))
+CALL(ssize_t, recvmsg, RecvMsg, ECONNRESET, -1, (int file, struct msghdr* to, int flags), (file, to, flags))
+CALL(ssize_t, send, Send, EPIPE, -1, (int file, const void* from, size_t size, int flags), (file, from, size, flags))
+CALL(ssize_t, sendmsg, SendMsg, EPIPE, -1, (int file, const struct msghdr* from, int flags), (file, from, flags))
+CALL(int, flock, Flock, ENOLCK, -1, (int file, int how), (file, how))
+CALL(int, tcsetattr, TcSetAttr, EIO, -1, (int file, int when, const struct termios* state), (file, when, state))
+CALL(int, tcgetattr, TcGetAttr, EIO, -1, (int file, struct termios* state), (file, state))
+CALL(int, sem_post, SemPost, EOVERFLOW, -1, (sem_t* semaphore), (semaphore))
+CALL(int, pthread_create, PthreadCreate, EAGAIN, EAGAIN, (pthread_t* thread, const pthread_attr_t* with, void* (*run)(void*), void* value), (thread, with, run, value))
 
 int ioctl(int file, unsigned long request, ...) {
     va_list more;
     va_start(more, request);
     void* value = va_arg(more, void*);
     va_end(more);
-    REAL(int, "ioctl", int, unsigned long, ...)
+    REAL(ioctl)
     return Fails(Ioctl, EIO) ? -1 : real(file, request, value);
 }
 
@@ -199,7 +173,7 @@ mqd_t mq_open(const char* name, int flags, ...) {
     const mode_t mode = va_arg(more, mode_t);
     struct mq_attr* shape = va_arg(more, struct mq_attr*);
     va_end(more);
-    REAL(mqd_t, "mq_open", const char*, int, ...)
+    REAL(mq_open)
     return Fails(MqOpen, ENOSPC) ? (mqd_t)-1 : real(name, flags, mode, shape);
 }
 
@@ -209,13 +183,8 @@ sem_t* sem_open(const char* name, int flags, ...) {
     const mode_t mode = va_arg(more, mode_t);
     const unsigned value = va_arg(more, unsigned);
     va_end(more);
-    REAL(sem_t*, "sem_open", const char*, int, ...)
+    REAL(sem_open)
     return Fails(SemOpen, ENOSPC) ? SEM_FAILED : real(name, flags, mode, value);
-}
-
-int pthread_create(pthread_t* thread, const pthread_attr_t* with, void* (*run)(void*), void* value) {
-    REAL(int, "pthread_create", pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)
-    return Fails(PthreadCreate, EAGAIN) ? EAGAIN : real(thread, with, run, value);
 }
 
 extern void* __libc_malloc(size_t size);

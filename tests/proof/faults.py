@@ -25,13 +25,12 @@ import struct
 import subprocess
 import time
 
-from many import run_many
+from many import Subject, run_many
 from screen import Screen
-from terminal import ERROR, RFID_READING, SETTINGS_OPEN, Failure, Terminal, settings_file, wait_for
+from terminal import ERROR, INITIALIZED, RFID_READING, SETTINGS_OPEN, Failure, settings_file, wait_for
 
 HERE = pathlib.Path(__file__).resolve().parent
 CALLS = re.findall(r'"(\w+)"', re.search(r"Names\[\] = \{(.*?)\}", (HERE / "faults.c").read_text(), re.S)[1])
-READERS = {"1d": "label A", "laser": "label 1", "imager": "label 1"}
 OLD = bytearray(settings_file())
 struct.pack_into("<HH", OLD, 760 + 2 * 3, ord("1"), 1)  # the vibrator, for half a second
 READY_WITHIN, END_WITHIN, TYPED_WITHIN, PRESSES = 60, 30, 10, 3
@@ -39,22 +38,17 @@ OPEN_SETTINGS = 1028
 LIBRARY = ctypes.CDLL(None, use_errno=True)
 
 
-class Patient:
+class Patient(Subject):
     plan = None  # of all terminals: the calls that are to fail, in order
     shim = None
     with_screen = False
     calls = CALLS
 
     def __init__(self, programs, folder, chance):
-        self.random, self.counts, self.number = chance, {}, 0
-        self.terminal = Terminal(programs, folder)
+        super().__init__(programs, folder, chance, OLD)
         self.screen = Screen(self.terminal) if self.with_screen else None
-        # What the keys of the settings tap is a symbology of the laser.
-        self.reader = "laser" if self.screen else chance.choice(sorted(READERS))
         self.calls_file = self.terminal.folder / "calls"
         self.words_file = self.terminal.folder / "standard-error"
-        self.terminal.write_settings(OLD)
-        self.terminal.start_readers("--quiet", "--barcode", self.reader, "--rfid", "100")
         self.known, self.usual = [OLD], set()  # what the file may be, what is always said
         for _ in range(2):  # the first start sets the readers up
             if told := self.run(None, 0):
@@ -63,9 +57,6 @@ class Patient:
             self.usual |= self.words()
         met = struct.unpack(f"{len(CALLS)}Q", self.calls_file.read_bytes())
         self.met = dict(zip(CALLS, met))
-
-    def count(self, what):
-        self.counts[what] = self.counts.get(what, 0) + 1
 
     def words(self):
         """What the program said, without what it always says."""
@@ -85,11 +76,14 @@ class Patient:
             return False
         return self.running()
 
+    def await_idle_rfid(self):
+        """A press for a label searches for a tag as well, longer than the label takes; a change waits for its end."""
+        self.await_running(lambda: self.terminal.flags() & (INITIALIZED | RFID_READING) == INITIALIZED, 10)
+
     def press(self, present, wanted):
         """Presses until it is typed, like a user; each press has its own text."""
         for attempt in range(PRESSES):
-            # A press for a label searches for a tag as well, longer than the label takes.
-            self.await_running(lambda: not self.terminal.flags() & RFID_READING, 10)
+            self.await_idle_rfid()
             text = wanted(attempt)
             self.presented.append(text)
             self.terminal.tell(present + text)
@@ -105,8 +99,7 @@ class Patient:
 
     def change_settings(self):
         """By keys in the sheet, or by another program; whether they were applied."""
-        # A change waits for the end of a search.
-        self.await_running(lambda: not self.terminal.flags() & RFID_READING, 10)
+        self.await_idle_rfid()
         if self.screen:
             self.terminal.ask(message=OPEN_SETTINGS)
             if not self.await_running(lambda: self.terminal.flags() & SETTINGS_OPEN, 20):
@@ -153,7 +146,7 @@ class Patient:
         self.await_running(lambda: terminal.ready() or terminal.flags() & ERROR, READY_WITHIN)
         self.after_start = terminal.settings.read_bytes()
         if self.running() and terminal.ready():
-            self.done = (self.press(READERS[self.reader] + " ", lambda n: f"FAULT{self.number}X{n}")
+            self.done = (self.press(self.present, lambda n: f"FAULT{self.number}X{n}")
                          and self.press("tag I ", lambda n: f"E007{self.number:08X}{n:04X}")
                          and self.change_settings())
         if self.running():
@@ -255,7 +248,8 @@ def all_of(calls):
 
 def set_up(options):
     Patient.shim = pathlib.Path(options.shim).resolve()
-    Patient.with_screen = bool(options.screen)
+    if options.screen:  # what the keys of the settings tap is a symbology of the laser
+        Patient.with_screen, Patient.readers = True, ["laser"]
     if options.calls:
         Patient.calls = options.calls.split(",")
     if options.count == 0:

@@ -14,11 +14,10 @@ import subprocess
 import sys
 import time
 
-from many import run_many
+from many import Subject, run_many
 from screen import Screen
-from terminal import SETTINGS_OPEN, Failure, Lines, Terminal, settings_file, wait_for
+from terminal import RFID_READING, SETTINGS_OPEN, Failure, Lines, settings_file, wait_for
 
-READERS = {"1d": "label A", "laser": "label 1", "imager": "label 1"}
 GENERAL = 760  # where the words of the general settings begin in the file
 # Item, word, what it may be (as written, as stored).
 ITEMS = {"GoodReadBeep": (1, [(f"Sound {n}", 0x30 + n) for n in range(1, 10)]),
@@ -26,27 +25,16 @@ ITEMS = {"GoodReadBeep": (1, [(f"Sound {n}", 0x30 + n) for n in range(1, 10)]),
          "RfidMaximumLength": (88, [(str(n), n) for n in range(128)])}
 
 
-class Victim:
+class Victim(Subject):
     """A terminal that is killed again and again."""
-    readers = sorted(READERS)
 
     def __init__(self, programs, folder, chance):
-        self.random = chance
-        self.terminal = Terminal(programs, folder)
-        self.reader = chance.choice(self.readers)
-        self.label = READERS[self.reader]
-        self.number = 0
-        self.counts = {}
-        self.terminal.write_settings()
+        super().__init__(programs, folder, chance)
         self.allowed = {settings_file()}  # what the file may be
-        self.terminal.start_readers("--quiet", "--barcode", self.reader, "--rfid", "100")
         self.start()
         self.fresh = self.terminal.settings.read_bytes()  # what a start makes of the settings written above
         self.allowed = {self.fresh}
         self.kill(0)
-
-    def count(self, what):
-        self.counts[what] = self.counts.get(what, 0) + 1
 
     def next_text(self):
         self.number += 1
@@ -73,7 +61,7 @@ class Victim:
         watch = Lines(self.terminal.start("vantrel-watch", "--event", stdout=subprocess.PIPE))
         try:
             text = self.next_text()
-            if not self.terminal.scan(f"{self.label} {text}", text):
+            if not self.terminal.scan(self.present + text, text):
                 raise Failure(f"{text} is not typed")
             watch.wait(0, lambda line: True, 5)
             records = [json.loads(line)["text"] for line in watch.since(0)]
@@ -97,7 +85,7 @@ class Victim:
 
     def kill_scan(self):
         self.start()
-        self.terminal.tell(f"{self.label} {self.next_text()}")
+        self.terminal.tell(self.present + self.next_text())
         self.terminal.trigger("down")
         self.kill(0.6 * self.random.random())
 
@@ -111,7 +99,7 @@ class Victim:
             new[GENERAL + 2 * word:GENERAL + 2 * word + 2] = stored.to_bytes(2, "little")
         self.allowed.add(bytes(new))
         # The press for the label searches for a tag as well; until it ends a change has to wait.
-        wait_for("the end of the search", lambda: not self.terminal.flags() & 16)
+        wait_for("the end of the search", lambda: not self.terminal.flags() & RFID_READING)
         change = self.terminal.start("vantrel-settings", "set", *words, stderr=subprocess.DEVNULL)
         self.kill(self.random.choice((0.02, 0.06, 0.3)) * self.random.random())
         # It asks for the change once more, of the file itself, when the program is gone.

@@ -11,11 +11,29 @@ import threading
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))  # where a proof finds the terminal
+from terminal import Terminal  # noqa: E402
+
+READERS = {"1d": "label A ", "imager": "label 1 ", "laser": "label 1 "}  # and how each is shown a label
+
+
+class Subject:
+    """A terminal with an RFID reader and one of these barcode readers, and the count of what was tried on it."""
+    readers = tuple(READERS)
+
+    def __init__(self, programs, folder, chance, settings=None, **environment):
+        self.random, self.counts, self.number = chance, collections.Counter(), 0
+        self.terminal = Terminal(programs, folder, **environment)
+        self.reader = chance.choice(self.readers)
+        self.present = READERS[self.reader]
+        self.terminal.write_settings(settings)
+        self.terminal.start_readers("--quiet", "--barcode", self.reader, "--rfid", "100")
+
+    def count(self, what):
+        self.counts[what] += 1
 
 
 def run_many(usage, subject, more=None, set_up=None):
-    """`subject` is made of the programs, a folder and a random.Random, and has once(), counts and terminal. An
-    exception ends all; a text that once() returns is told, and the others go on.
+    """`subject` is a Subject with once(). An exception ends all; a text that once() returns is told, and the others go on.
     `more` are options of its own (whether each is required), which `set_up` gets with the others."""
     parser = argparse.ArgumentParser(description=usage, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("programs")
@@ -36,7 +54,6 @@ def run_many(usage, subject, more=None, set_up=None):
     def run(number):
         folder = tempfile.mkdtemp(prefix="vantrel-proof-")
         one = subject.__new__(subject)  # what it has started goes even when it cannot be made
-        one.counts = {}
         try:
             one.__init__(options.programs, folder, random.Random(f"{options.seed}/{number}"))
             while not found:
@@ -49,8 +66,8 @@ def run_many(usage, subject, more=None, set_up=None):
         except Exception as failure:  # whatever it is, it is told
             found.append(f"terminal {number}: {type(failure).__name__}: {failure}; all of it is in {folder}")
         finally:
-            counts.update(one.counts)
             if hasattr(one, "terminal"):
+                counts.update(one.counts)
                 one.terminal.sweep()
             if not any(folder in line for line in found):
                 shutil.rmtree(folder, ignore_errors=True)

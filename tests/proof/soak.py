@@ -13,32 +13,24 @@ import json
 import subprocess
 import time
 
-from many import run_many
-from terminal import RFID_READING, Failure, Lines, Terminal, wait_for
+from many import Subject, run_many
+from terminal import RFID_READING, Failure, Lines, wait_for
 
-LABELS = {"1d": "label A", "laser": "label 1", "imager": "label 1"}
 CHARACTERS = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
 OUTCOMES = ("event decode-acked com1", "event decode-lost com1", "event decode-sent com1", "event decode-timeout com1")
 
 
-class Soak:
+class Soak(Subject):
     def __init__(self, programs, folder, chance):
-        self.random, self.counts, self.scans = chance, {}, 0
-        self.terminal = Terminal(programs, folder, VANTREL_TRACE=f"{folder}/wire")
-        self.reader = chance.choice(sorted(LABELS))
+        super().__init__(programs, folder, chance, VANTREL_TRACE=f"{folder}/wire")
         self.expected, self.records = [], []  # lines, in order
         # The last decode has never ended, or the reader was off: what is sent again may belong to one before.
         self.unsure = False
-        self.terminal.write_settings()
-        self.terminal.start_readers("--quiet", "--barcode", self.reader, "--rfid", "100")
         with open(self.terminal.folder / "standard-error", "w", encoding="utf-8") as words:
             self.terminal.start_system(stderr=words)
         self.settle()
         self.watch = Lines(self.terminal.start("vantrel-watch", "--event", stdout=subprocess.PIPE))
         self.terminal.tell("decode-ms 20")
-
-    def count(self, what):
-        self.counts[what] = self.counts.get(what, 0) + 1
 
     def settle(self):
         try:
@@ -61,7 +53,7 @@ class Soak:
             if lines != self.expected:
                 at = next((at for at, (a, b) in enumerate(zip(lines, self.expected)) if a != b),
                           min(len(lines), len(self.expected)))
-                raise Failure(f"with the {self.reader}, scan {self.scans}: {what} {lines[at:]} in place of "
+                raise Failure(f"with the {self.reader}, scan {self.number}: {what} {lines[at:]} in place of "
                               f"{self.expected[at:]}; faults {self.faults}")
 
     def pick_faults(self):
@@ -89,25 +81,25 @@ class Soak:
             self.terminal.trigger("up")
             self.count("presses that started nothing")
             self.settle()
-        raise Failure(f"with the {self.reader}, scan {self.scans}: no press starts a read")
+        raise Failure(f"with the {self.reader}, scan {self.number}: no press starts a read")
 
     def label(self):
         length = self.random.randint(1, 14) if self.random.random() < 0.95 else self.random.randint(60, 300)
         if self.reader == "1d":
             length = min(length, 60)
-        text = f"{self.scans}Z" + "".join(self.random.choice(CHARACTERS) for _ in range(length))
+        text = f"{self.number}Z" + "".join(self.random.choice(CHARACTERS) for _ in range(length))
         self.faults, can_arrive = self.pick_faults()
         if self.reader != "1d":
             self.terminal.tell(f"packet-size {self.random.choice((251, 251, self.random.randint(20, 250)))}")
         for fault in self.faults:
             self.terminal.tell("fault " + fault)
             self.count("faults: " + [word for word in fault.split() if word != "com1"][0])
-        self.terminal.tell(f"{LABELS[self.reader]} {text}")
+        self.terminal.tell(self.present + text)
         mark = self.press_until(("event decoding com1 on", "event command com1 ON"))
         endings = OUTCOMES if self.reader == "1d" else OUTCOMES[:2] + OUTCOMES[3:]
         outcome = self.terminal.readers.wait(mark, lambda line: line.startswith(endings), 30)
         if outcome is None or "timeout com1" in outcome:
-            raise Failure(f"with the {self.reader}, scan {self.scans}: a label is neither read nor given up: {outcome}")
+            raise Failure(f"with the {self.reader}, scan {self.number}: a label is neither read nor given up: {outcome}")
         self.terminal.tell("fault off")
         if "lost" in outcome:
             self.count("labels given up by the reader")
@@ -152,7 +144,7 @@ class Soak:
             self.expected.append(text)
             self.count("labels")
         elif "incomplete was dropped" not in (self.terminal.folder / "standard-error").read_text():
-            raise Failure(f"with the {self.reader}, scan {self.scans}: {text} is acknowledged, not typed, not told")
+            raise Failure(f"with the {self.reader}, scan {self.number}: {text} is acknowledged, not typed, not told")
         else:
             self.count("labels dropped as the rest of an older decode")
         self.unsure = False
@@ -170,7 +162,7 @@ class Soak:
         self.terminal.tell(f"tag I {uid}")
         mark = self.press_until("event searching com2")
         if not self.terminal.readers.wait(mark, lambda line: line.startswith("event tag-sent com2"), 10):
-            raise Failure(f"scan {self.scans}: a tag is not sent")
+            raise Failure(f"scan {self.number}: a tag is not sent")
         self.expected.append(uid)
         self.count("tags")
         self.check()
@@ -205,13 +197,13 @@ class Soak:
         self.settle()
 
     def once(self):
-        self.scans += 1
+        self.number += 1
         self.faults = []
         if self.random.random() < 0.02:
             self.change_settings()
         if self.random.random() < 0.05:
             self.idle_presses()
-        if self.scans % 11 == 0:
+        if self.number % 11 == 0:
             self.tag()
         else:
             self.label()
