@@ -9,7 +9,7 @@
 namespace {
 
 constexpr LPCWSTR TerminalProperty = L"VantrelTerminal";
-constexpr UINT LongestBroadcast = 5000;  // ms, all windows together
+constexpr UINT LongestBroadcast = 5000;  // ms, all windows together; another program's window
 constexpr UINT LongestAnswer = 1000;     // ms, one window
 constexpr UINT SignOfLife = 10;          // ms
 
@@ -104,5 +104,13 @@ LRESULT WINAPI TerminalSendMessageW(HWND window, UINT message, WPARAM wParam, LP
     if (message == PSM_ISDIALOGMESSAGE) {
         return layer::SheetTakes(window, reinterpret_cast<MSG*>(lParam));
     }
-    return SendMessageW(window, message, wParam, lParam);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == GetCurrentProcessId()) {
+        return SendMessageW(window, message, wParam, lParam);
+    }
+    // Another program may hang, or show a box over the answer.
+    DWORD_PTR result = 0;
+    SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, LongestBroadcast, &result);
+    return static_cast<LRESULT>(result);
 }

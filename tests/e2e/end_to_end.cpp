@@ -43,7 +43,8 @@ void EndToEnd::TearDown() {
         std::filesystem::create_directories(folder, ignored);
         Desktop.Save(folder / (name + ".ppm"));
         const std::string program = Running ? "the program: " + std::to_string(Running->Ended(0)) + "\n" : "";
-        WriteWholeFile(folder / (name + ".log"), (Wire ? Wire->Log() : "") + program);
+        WriteWholeFile(folder / (name + ".log"),
+                       (Wire ? Wire->Log() : "") + program + ReadWholeFile(Terminal.Path("vantrel.log")));
     }
     Running.reset();
     Wire.reset();

@@ -23,7 +23,8 @@ class EndToEnd : public testing::Test {
     EndToEnd();
     // Skips what the desktop cannot do.
     void SetUp() override;
-    // A failure leaves the readers' log and a picture of the screen in the folder e2e-failures.
+    // A failure leaves the readers' log, the program's, and a picture of the screen in the folder
+    // e2e-failures.
     void TearDown() override;
 
     void FitReaders(const std::string& barcode, const std::string& rfid = "none",

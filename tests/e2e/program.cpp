@@ -1,5 +1,6 @@
 #include "tests/e2e/program.h"
 
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -86,7 +87,9 @@ bool Trigger(const std::vector<std::string>& words) {
     const auto program = CommandOf("vantrel-trigger", environment);
     command.insert(command.end(), program.begin(), program.end());
     command.insert(command.end(), words.begin(), words.end());
-    return StartProgram("/bin/sh", command, environment)->Wait(20000) == 0;
+    const auto ended = StartProgram("/bin/sh", command, environment)->Wait(20000);
+    EXPECT_TRUE(ended) << "vantrel-trigger does not end";
+    return ended == 0;
 }
 
 long ProcessorTicks(pid_t process) {
