@@ -63,13 +63,14 @@ struct Line {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     constexpr int Tries = 3;
     constexpr DWORD AnswerTime = 1000;
-    Choices choices(bytes, size);
+    std::size_t chosen = 0;
+    const auto choice = [&]() -> BYTE { return chosen < size ? bytes[chosen++] : BYTE{0}; };
     Line line;
     bool partDropped = false;
-    for (int number = 0; !choices.Empty() && number < 64; ++number) {
-        const std::size_t packets = 1 + choices.Byte() % 4;
-        const std::size_t part = choices.Byte() % 8;
-        const bool same = choices.Byte() % 4 == 0;  // the same label again and again
+    for (int number = 0; chosen < size && number < 64; ++number) {
+        const std::size_t packets = 1 + choice() % 4;
+        const std::size_t part = choice() % 8;
+        const bool same = choice() % 4 == 0;  // the same label again and again
         const BYTE code = 1;
         Bytes decode;
         decode.Add(code);
@@ -84,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             decode.Add(data.Used());
             bool acknowledged = false, taken = false, locked = false;
             for (int attempt = 0; attempt < Tries && !acknowledged; ++attempt) {
-                const BYTE fate = choices.Byte();
+                const BYTE fate = choice();
                 // Of two equal packets in a row the second, sent again, could be the first.
                 const bool slow = fate & 0x40, torn = part && (fate & 0x10);
                 const bool unseen = part && fate % 4 == 3 && (fate & 0x20);
@@ -118,7 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
             Require(!arrived || unsure || partDropped);
         }
         partDropped = line.Delivered == before;
-        line.Now += choices.Byte() & 1 ? 3000 : 50;
+        line.Now += choice() & 1 ? 3000 : 50;
     }
     return 0;
 }

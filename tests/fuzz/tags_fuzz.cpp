@@ -46,7 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const Line whole = Collect(all, size + 1), pieces = Collect(all, piece);
     Require(whole.Step == pieces.Step);
     if (whole.Step == TagLineStep::Data) {
-        Require(whole.Text == pieces.Text && whole.Text.size() > 2 && whole.Text.find("ISO") == std::string::npos);
+        Require(whole.Text == pieces.Text && whole.Text.size() > 2 &&
+                whole.Text.find("ISO") == std::string::npos);
     }
     Require(GreetingIn(all, size + 1) == GreetingIn(all, piece));
 
