@@ -1,13 +1,15 @@
 // How much of a firmware transfer is the wire's own time. Sends 256 KiB through a pseudo-terminal to the
 // simulated decoder, which hears every byte only after the time that it needs at 115200 bit/s, and prints for
-// each length of the file's lines: frames, seconds on the wire (ten bits a byte, both directions), the least
-// that the waits between two looks at the port allow, the seconds measured, and the wire's share in these
-// two. Run it on a machine that has nothing else to do.
+// each length of the file's lines, or the one that is given: frames, seconds on the wire (ten bits a byte,
+// both directions), the least that the waits between two looks at the port allow, the seconds measured, and
+// the wire's share in these two. Run it on a machine that has nothing else to do.
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "firmware/decoder.h"
 #include "firmware/firmware_frame.h"
@@ -79,7 +81,7 @@ bool Measure(const std::string& text, std::uint32_t lineData) {
 
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     layer::StartWindows();
     TemporaryTerminal terminal;
@@ -95,7 +97,11 @@ int main() {
     SetPortTimeouts(ShellState.BarcodePort, MAXDWORD);
     std::printf("256 KiB at 115200 bit/s\n%10s %8s %8s %8s %8s %11s %11s\n", "line data", "frames", "wire s",
                 "least s", "all s", "share of it", "share");
-    for (const std::uint32_t lineData : {16u, 28u, 32u, 64u, 128u, 240u}) {
+    std::vector<std::uint32_t> lengths{16, 28, 32, 64, 128, 240};
+    if (count > 1) {
+        lengths = {static_cast<std::uint32_t>(std::clamp(std::atoi(arguments[1]), 1, 240))};
+    }
+    for (const std::uint32_t lineData : lengths) {
         const std::string text = MakeFirmware(lineData);
         WriteWholeFile(terminal.Path("DiskOnChip/F.SHX"), text);
         if (!Measure(text, lineData)) {
