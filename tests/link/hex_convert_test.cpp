@@ -16,17 +16,6 @@ DWORD Convert(int mode, const std::vector<BYTE>& input, std::vector<BYTE>& outpu
     return size;
 }
 
-TEST(HexConvert, ConvertsBothWays) {
-    std::vector<BYTE> output;
-    EXPECT_EQ(4u, Convert(HexEncode, Bytes("01 FE"), output));
-    EXPECT_EQ(TextBytes("01FE"), output);
-    EXPECT_EQ(2u, Convert(HexDecode, TextBytes("4a5B"), output));
-    EXPECT_EQ("4A5B", Hex(output));
-    // Any mode but 41 decodes; characters that are no digits still give one byte a pair.
-    EXPECT_EQ(2u, Convert(0, TextBytes("fF??"), output));
-    EXPECT_EQ(0xFF, output[0]);
-}
-
 TEST(HexConvert, RefusesLengthsOutsideItsLimits) {
     const struct {
         int Mode;
@@ -41,12 +30,6 @@ TEST(HexConvert, RefusesLengthsOutsideItsLimits) {
         std::vector<BYTE> output;
         EXPECT_EQ(c.Expected, Convert(c.Mode, std::vector<BYTE>(c.Length, '0'), output)) << c.Length;
     }
-}
-
-TEST(HexConvert, WorksInPlace) {
-    std::vector<BYTE> buffer = Bytes("12 34 AB 00 00 00");
-    EXPECT_EQ(6u, HexConvert(HexEncode, buffer.data(), buffer.data(), 3));
-    EXPECT_EQ(TextBytes("1234AB"), buffer);
 }
 
 }  // namespace

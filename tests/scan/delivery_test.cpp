@@ -117,23 +117,6 @@ TEST(Delivery, KeyEventsInTheirOrder) {
     EXPECT_EQ(events, "+16 +66 -66 -16 +49 -49 ");
 }
 
-TEST(Delivery, TheTriggerWaits12MillisecondsPerComposedByte) {
-    layer::ManualClock clock;
-    DeliveryTerminal terminal(Device1D, &clock);
-    clock.AddSource(layer::WindowTimers());
-    ShellState.TransferBusy = 1;
-    SetValue(general::AutoEnter, '1');
-    SetValue(general::AutoEnterCharacter, '1');
-    Deliver(terminal, BarcodeScan('A', "AB1\xE9"));
-    clock.Advance(59);
-    layer::PumpMessages();
-    EXPECT_TRUE(terminal.Messages.empty());
-    clock.Advance(1);
-    layer::PumpMessages();
-    EXPECT_EQ(terminal.Messages, std::vector<std::string>({"timer 924"}));
-    clock.RemoveSource(layer::WindowTimers());
-}
-
 TEST(Delivery, TabsAreHeldFor5MillisecondsAtTheirEnd) {
     layer::ManualClock clock;
     DeliveryTerminal terminal(Device1D, &clock);

@@ -71,13 +71,18 @@ TEST_F(SettingsFileTest, EveryWordHasItsPlace) {
     EXPECT_EQ(GeneralSettings[30], 0xA11E);
 }
 
+// The record goes on with the first choice, and so does the next start once it has saved.
 TEST_F(SettingsFileTest, NothingChosenIsWrittenAndThenReplaced) {
     DeviceFlags = DeviceImager | DeviceRfid;
+    SetValue(general::ActiveDevice, '0');
     SetValue(general::DataOutput, '0');
-    ASSERT_EQ(SaveSettings(), 1);
-    EXPECT_EQ(Value(general::DataOutput), '1');
-    ASSERT_EQ(LoadSettings(), 1);
-    EXPECT_EQ(Value(general::DataOutput), '0');
+    for (const WORD loaded : {WORD{'0'}, WORD{'1'}}) {
+        ASSERT_EQ(SaveSettings(), 1);
+        EXPECT_TRUE(Value(general::ActiveDevice) == '1' && Value(general::DataOutput) == '1');
+        ASSERT_EQ(LoadSettings(), 1);
+        EXPECT_TRUE(Value(general::ActiveDevice) == loaded && Value(general::DataOutput) == loaded);
+        ASSERT_EQ(SaveSettings(), 1);  // the start's own
+    }
 }
 
 TEST_F(SettingsFileTest, Versions) {

@@ -1,5 +1,5 @@
-// The trigger key from input devices: pipes with the kernel's events, and a device of the kernel's where one
-// can be made.
+// The small programs beside a window as the program's: the trigger key from input devices (pipes with the
+// kernel's events, and a device of the kernel's where one can be made), the scan watcher and its status.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <libevdev/libevdev-uinput.h>
@@ -13,9 +13,11 @@
 
 #include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/program_socket.h"
 #include "platform/linux/windows/registered_messages.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/window.h"
+#include "shell/status.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"
 
@@ -24,9 +26,12 @@ namespace {
 using namespace std::chrono_literals;
 
 std::string Received;
-UINT Messages[4];
+UINT Messages[4], QueryStatus;
+DWORD Flags;  // of the status; every other value of it is 1
 
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == QueryStatus)
+        return wParam == static_cast<WPARAM>(StatusValue::Flags) ? static_cast<LRESULT>(Flags) : 1;
     constexpr const char* Names[] = {"down1 ", "up1 ", "down2 ", "up2 "};
     for (int i = 0; i < 4; ++i) {
         if (message == Messages[i])
@@ -49,6 +54,7 @@ class TriggerDevice : public testing::Test {
                                      TEXT("WM_USER2UP")};
         for (int i = 0; i < 4; ++i)
             Messages[i] = RegisterWindowMessageW(Names[i]);
+        QueryStatus = RegisterWindowMessageW(QueryStatusMessage);
         window_ = CreateWindowExW(0, TEXT("Vantrel"), TEXT("Vantrel v1.29"), 0, 0, 0, 9, 9, nullptr, nullptr,
                                   nullptr, nullptr);
         Received.clear();
@@ -199,6 +205,45 @@ TEST_F(TriggerDevice, KernelDevice) {
     EXPECT_EQ(Sent(6), "down1 ");
     libevdev_uinput_destroy(device);
     EXPECT_EQ(Sent(4), "up1 ");
+}
+
+TEST_F(TriggerDevice, TheProgramIsReadyOnceNothingStandsAgainstIt) {
+    for (const auto& [flags, ready] : {std::pair<DWORD, bool>{0, false},
+                                       {StatusInitialized, true},
+                                       {StatusInitialized | StatusApplying, false},
+                                       {StatusInitialized | StatusError, false},
+                                       {StatusInitialized | StatusBarcodeReading, true}}) {
+        Flags = flags;
+        ChildProcess watch({VANTREL_PROGRAMS "/vantrel-watch", "--status"});
+        std::optional<std::string> line;
+        for (int tries = 0; tries < 1000 && !line; ++tries) {
+            Pump(5ms);
+            line = watch.ReadLine(1);
+        }
+        EXPECT_NE(line.value_or("").find(ready ? "\"ready\":true" : "\"ready\":false"), std::string::npos)
+            << flags << " " << line.value_or("");
+    }
+}
+
+// With scans for longer than it waits for one it stays; what is no scan is passed over.
+TEST_F(TriggerDevice, AWatcherGivesUpOnlyWhenNoScanComes) {
+    constexpr int Scans = 70;
+    ChildProcess watch({VANTREL_PROGRAMS "/vantrel-watch", "--messages", "--timeout", "5", "--count",
+                        std::to_string(Scans)});
+    for (int tries = 0; tries < 1000 && layer::ListPrograms().size() < 2; ++tries)
+        Pump(10ms);
+    const UINT decode = RegisterWindowMessageW(TEXT("WM_DECODE"));
+    BYTE byte = 0;
+    COPYDATASTRUCT other{12, 1, &byte}, scan{decode, 1, &byte};
+    SendMessageW(HWND_BROADCAST, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&other));
+    SendMessageW(HWND_BROADCAST, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&scan));
+    for (int i = 0; i < Scans; ++i) {
+        SendMessageW(HWND_BROADCAST, decode, 7, 0);
+        std::this_thread::sleep_for(100ms);
+    }
+    EXPECT_EQ(watch.ReadLine(), R"({"channel":"copydata","error":"a record of 1 bytes"})");
+    EXPECT_EQ(watch.ReadLine(), R"({"channel":"decode","source":7})");
+    EXPECT_EQ(watch.Wait(), 0);
 }
 
 }  // namespace

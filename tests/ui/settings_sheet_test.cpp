@@ -11,7 +11,6 @@
 #include "platform/linux/windows/window_object.h"
 #include "resources/resource.h"
 #include "settings/all_fields.h"
-#include "settings/settings_file.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
 #include "tests/ui/sheet_driver.h"
@@ -141,31 +140,6 @@ TEST_F(SheetTest, EveryWayOfCancellingClosesTheProgram) {
         EXPECT_EQ(World.MainMessages.front(), static_cast<UINT>(WM_CLOSE));
         EXPECT_EQ(std::count(World.MainMessages.begin(), World.MainMessages.end(), WM_APPLYSETTINGS), 0);
     }
-}
-
-// Nothing chosen is kept by the file; the record goes on with the first choice, and so does the next start
-// once it has saved.
-TEST_F(SheetTest, NothingChosenIsTheFirstChoiceAfterASave) {
-    Open(Device1D | DeviceRfid);
-    HWND tree = ShowPage("General");
-    Tap(tree, FindChoice(tree, 10001, 24001), Spot::Image);
-    Tap(tree, FindChoice(tree, 10006, 24200), Spot::Image);
-    ASSERT_EQ(Value(general::ActiveDevice), '0');
-    ASSERT_EQ(Value(general::DataOutput), '0');
-    for (const WORD loaded : {WORD{'0'}, WORD{'1'}}) {
-        ASSERT_TRUE(SaveSettings());
-        EXPECT_EQ(Value(general::ActiveDevice), '1');
-        EXPECT_EQ(Value(general::DataOutput), '1');
-        ASSERT_TRUE(LoadSettings());
-        EXPECT_EQ(Value(general::ActiveDevice), loaded);
-        EXPECT_EQ(Value(general::DataOutput), loaded);
-        // The start's own save.
-        ASSERT_TRUE(SaveSettings());
-    }
-    DestroySheet();
-    Open();
-    tree = ShowPage("General");
-    EXPECT_EQ(LineOf(tree, FindChoice(tree, 10001, 24001)), "[x] 24001 1D Reader");
 }
 
 // ---- what happens while an editor is open
