@@ -216,7 +216,7 @@ TEST_F(TriggerDevice, TheProgramIsReadyOnceNothingStandsAgainstIt) {
         Flags = flags;
         ChildProcess watch({VANTREL_PROGRAMS "/vantrel-watch", "--status"});
         std::optional<std::string> line;
-        for (int tries = 0; tries < 1000 && !line; ++tries) {
+        for (int tries = 0; tries < 5000 && !line; ++tries) {
             Pump(5ms);
             line = watch.ReadLine(1);
         }
