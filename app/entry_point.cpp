@@ -1,4 +1,8 @@
-#include "app/command_line.h"
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
 #include "app/init_thread.h"
 #include "app/main_window.h"
 #include "link/message_handlers.h"
@@ -72,6 +76,41 @@ void AddTrayIcon(HWND window) {
     icon.hIcon = ShellState.AppIcon;
     lstrcpyW(icon.szTip, WindowTitle);
     Shell_NotifyIconW(NIM_ADD, &icon);
+}
+
+// The words behind the program's name.
+struct CommandLine {
+    bool Settings = false;     // "--settings": the sheet opens whatever the readers answer
+    bool Verbose = false;      // "--verbose": the diary's debug lines
+    bool Version = false;      // "--version"
+    bool Help = false;         // "--help"
+    std::string_view Unknown;  // the first word that is none of these
+};
+
+constexpr std::array<std::pair<std::string_view, bool CommandLine::*>, 4> Options{{
+    {"--settings", &CommandLine::Settings},
+    {"--verbose", &CommandLine::Verbose},
+    {"--version", &CommandLine::Version},
+    {"--help", &CommandLine::Help},
+}};
+
+// Reads words between blanks. What it returns lives as long as the text.
+CommandLine ReadCommandLine(std::string_view text) {
+    CommandLine line;
+    for (;;) {
+        text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+        const std::string_view word = text.substr(0, text.find_first_of(" \t"));
+        if (word.empty()) {
+            return line;
+        }
+        text.remove_prefix(word.size());
+        const auto* option = std::ranges::find(Options, word, &decltype(Options)::value_type::first);
+        if (option != Options.end()) {
+            line.*option->second = true;
+        } else if (line.Unknown.empty()) {
+            line.Unknown = word;
+        }
+    }
 }
 
 // What else than running the command line asks for; -1 for nothing, else the exit code.
