@@ -2,7 +2,6 @@
 
 #include "firmware/decoder.h"
 #include "firmware/transfer.h"
-#include "firmware/upgrade_dialogs.h"
 #include "link/parameter_download.h"
 #include "link/serial_ports.h"
 #include "platform/text.h"

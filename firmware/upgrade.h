@@ -1,6 +1,8 @@
 // The firmware upgrade of the 1D reader's decoder, with all its windows. Main thread.
 #pragma once
 
+#include <span>
+
 #include "platform/window.h"
 #include "shell/error_messages.h"
 
@@ -13,3 +15,16 @@ void UpgradeFirmware(HWND owner);
 // The upgrade without its questions and its last word, on a port whose reads return at once: checks the file,
 // has the decoder erase its flash, sends the file and waits for the restart. Success, or the error code.
 ErrorCode LoadFirmware(HWND owner, LPCWSTR path);
+
+// The two questions: the warning and the choice of the file.
+
+inline constexpr std::size_t FirmwarePathSize = 260;  // characters with the zero
+
+// Dialog procedure of the warning, which names the decoder's present version: asks the decoder for it, so the
+// barcode port's reads must return at once. Ends with IDOK ("Next") or IDCANCEL.
+INT_PTR CALLBACK CautionDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Lets the user choose a file: its folder (without the backslash at its end) and its name. 1, or 0 when the
+// user cancelled. Both hold FirmwarePathSize characters.
+int SelectFirmwareFile(HWND owner, std::span<WCHAR, FirmwarePathSize> folder,
+                       std::span<WCHAR, FirmwarePathSize> name);

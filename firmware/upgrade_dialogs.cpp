@@ -1,4 +1,4 @@
-#include "firmware/upgrade_dialogs.h"
+#include "firmware/upgrade.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,12 @@
-// The settings file: the whole record in 1100 bytes. Opened and closed within each load or save. Start-up
-// thread and main thread, never both at once.
+// The settings file: the whole record in 1100 bytes.
 #pragma once
 
+#include <array>
+
+#include "platform/base.h"
 #include "platform/files.h"
-#include "settings/settings_image.h"
+
+// Opened and closed within each load or save, on the start-up thread and the main thread, never both at once.
 
 // Opens the file for reading and writing, shared with nobody; with `create` other than 0 an empty one is
 // made. nullptr on failure.
@@ -17,3 +20,14 @@ int LoadSettings();
 // stays. Where nothing is chosen in ActiveDevice or DataOutput
 // the file says so, and the record gets the first choice.
 int SaveSettings();
+
+inline constexpr DWORD SettingsFileSize = 1100;
+
+// The bytes of the file. Pure but for the record.
+using SettingsImage = std::array<BYTE, SettingsFileSize>;
+
+// Puts a file's bytes into the record: texts are ended, and what an older version lacks or wrote in another
+// way is brought up to date.
+void TakeSettingsImage(const SettingsImage& image);
+// The record as a file of the present version.
+void BuildSettingsImage(SettingsImage& image);

@@ -1,4 +1,4 @@
-#include "settings/settings_image.h"
+#include "settings/settings_file.h"
 
 #include "settings/defaults.h"
 #include "settings/general_fields.h"

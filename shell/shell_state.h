@@ -80,4 +80,4 @@ struct ShellRecord {
     INT EditorMax, EditorMin;
 };
 
-extern ShellRecord ShellState;
+inline constinit ShellRecord ShellState{};

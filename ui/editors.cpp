@@ -1,4 +1,4 @@
-#include "ui/editors.h"
+#include "ui/item_taps.h"
 
 #include "platform/controls.h"
 #include "platform/text.h"
@@ -7,7 +7,6 @@
 #include "shell/shell_state.h"
 #include "ui/item_display.h"
 #include "ui/item_value.h"
-#include "ui/length_items.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "settings/catalogue.h"
 #include "shell/shell_state.h"
 #include "ui/item_display.h"
-#include "ui/length_items.h"
+#include "ui/item_value.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "settings/all_fields.h"
 #include "settings/catalogue.h"
 #include "settings/settings_change.h"
-#include "settings/settings_image.h"
+#include "settings/settings_file.h"
 #include "tests/fuzz/require.h"
 
 namespace {

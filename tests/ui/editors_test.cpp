@@ -9,10 +9,9 @@
 #include "settings/all_fields.h"
 #include "shell/shell_state.h"
 #include "tests/ui/sheet_driver.h"
-#include "ui/editors.h"
 #include "ui/item_display.h"
+#include "ui/item_taps.h"
 #include "ui/item_value.h"
-#include "ui/length_items.h"
 
 namespace {
 

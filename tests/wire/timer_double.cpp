@@ -7,8 +7,6 @@
 #include "platform/sound.h"
 #include "shell/shell_state.h"
 
-ShellRecord ShellState;
-
 namespace {
 
 std::atomic<TimerDouble*> current{nullptr};
