@@ -3,7 +3,7 @@
 #include "link/barcode_receiver.h"
 #include "link/rfid_channel.h"
 #include "link/serial_ports.h"
-#include "platform/message_queue.h"
+#include "platform/kernel.h"
 #include "platform/serial.h"
 #include "scan/read_feedback.h"
 #include "shell/shell_state.h"

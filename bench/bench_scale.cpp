@@ -17,9 +17,9 @@
 #include <thread>
 #include <vector>
 
+#include "platform/kernel.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/windows/start_windows.h"
-#include "platform/message_queue.h"
 #include "platform/window.h"
 #include "scan/decode_record.h"
 #include "scan/delivery.h"

@@ -7,9 +7,9 @@
 #include <filesystem>
 #include <memory>
 
+#include "platform/kernel.h"
 #include "platform/linux/kernel/terminal.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
-#include "platform/message_queue.h"
 #include "scan/barcode_data.h"
 #include "scan/composition.h"
 #include "scan/decode_record.h"

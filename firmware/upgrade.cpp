@@ -4,7 +4,7 @@
 #include "firmware/transfer.h"
 #include "link/parameter_download.h"
 #include "link/serial_ports.h"
-#include "platform/text.h"
+#include "platform/base.h"
 #include "resources/resource.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"

@@ -4,8 +4,8 @@
 #include <array>
 
 #include "firmware/decoder.h"
+#include "platform/base.h"
 #include "platform/shell.h"
-#include "platform/text.h"
 #include "resources/resource.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"

@@ -1,5 +1,5 @@
-// The platform's basic types, under the platform's own names. With a Windows compiler they are the
-// toolchain's; here they are declared with the same widths (LP64 keeps `long` out of them).
+// The platform's basic types and wide strings, under the platform's own names. With a Windows compiler they
+// are the toolchain's; here they are declared with the same widths (LP64 keeps `long` out of them).
 #pragma once
 
 #ifdef _WIN32
@@ -87,6 +87,16 @@ using HGDIOBJ = void*;
 #define MAXDWORD 0xFFFFFFFFu
 #define INFINITE 0xFFFFFFFFu
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1)))
+
+// Wide strings. The C library's wide functions are not used: their characters have another width here.
+int lstrlenW(LPCWSTR text);
+LPWSTR lstrcpyW(LPWSTR to, LPCWSTR from);
+// Copies at most size - 1 characters and ends the copy with a zero.
+LPWSTR lstrcpynW(LPWSTR to, LPCWSTR from, int size);
+LPWSTR lstrcatW(LPWSTR to, LPCWSTR from);
+int lstrcmpW(LPCWSTR left, LPCWSTR right);
+// %d %u %s %% alone; at most 1,024 characters with the zero. %s takes a wide text.
+int wsprintfW(LPWSTR to, LPCWSTR format, ...);
 
 struct POINT {
     LONG x, y;

@@ -1,4 +1,5 @@
-// Threads, waits, events, semaphores, time, and the terminal's vibrator. All may be called from any thread.
+// Threads, waits, events, semaphores, message queues, time, and the terminal's vibrator. All may be called
+// from any thread.
 #pragma once
 
 #include "platform/base.h"
@@ -39,6 +40,15 @@ DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds);
 // woken, and that call fails; a wait on what programs share runs on.
 BOOL CloseHandle(HANDLE object);
 
+struct FILETIME {
+    DWORD dwLowDateTime;
+    DWORD dwHighDateTime;
+};
+HANDLE GetCurrentProcess();
+// When the program was started, in steps of 100 ns since a time that is the same for all programs; the others
+// are 0. Only of the program itself.
+BOOL GetProcessTimes(HANDLE process, FILETIME* creation, FILETIME* exit, FILETIME* kernel, FILETIME* user);
+
 void Sleep(DWORD milliseconds);
 // Milliseconds since some start, wrapping at 32 bits.
 DWORD GetTickCount();
@@ -58,3 +68,21 @@ BOOL EventModify(HANDLE event, DWORD action);
 // any other code fails.
 BOOL KernelIoControl(DWORD code, LPVOID input, DWORD inputSize, LPVOID output, DWORD outputSize,
                      LPDWORD returned);
+
+// Point-to-point message queues, shared by the programs of one terminal.
+struct MSGQUEUEOPTIONS {
+    DWORD dwSize;         // of this record
+    DWORD dwFlags;        // 0
+    DWORD dwMaxMessages;  // messages the queue holds
+    DWORD cbMaxMessage;   // bytes per message
+    BOOL bReadAccess;     // TRUE for the reading end
+};
+
+// Creates or opens an end of the queue with the name; null on failure.
+HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options);
+// Takes the oldest message: FALSE when none came within the time. A buffer that is shorter than the queue's
+// longest message is refused, and the message stays in the queue.
+BOOL ReadMsgQueue(HANDLE queue, LPVOID buffer, DWORD size, LPDWORD read, DWORD milliseconds, DWORD* flags);
+// Adds a message: FALSE when the queue stayed full for the time.
+BOOL WriteMsgQueue(HANDLE queue, LPVOID message, DWORD size, DWORD milliseconds, DWORD flags);
+BOOL CloseMsgQueue(HANDLE queue);

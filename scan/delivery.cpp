@@ -3,7 +3,7 @@
 #include <array>
 
 #include "link/reading.h"
-#include "platform/message_queue.h"
+#include "platform/kernel.h"
 #include "platform/window.h"
 #include "scan/composition.h"
 #include "scan/decode_record.h"

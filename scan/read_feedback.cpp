@@ -4,8 +4,8 @@
 #include <array>
 
 #include "link/reading.h"
+#include "platform/base.h"
 #include "platform/sound.h"
-#include "platform/text.h"
 #include "settings/all_fields.h"
 #include "shell/shell_state.h"
 

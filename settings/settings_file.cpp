@@ -1,6 +1,6 @@
 #include "settings/settings_file.h"
 
-#include "platform/text.h"
+#include "platform/base.h"
 #include "settings/general_fields.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "shell/error_messages.h"
 
-#include "platform/text.h"
+#include "platform/base.h"
 #include "shell/log.h"
 #include "shell/shell_state.h"
 

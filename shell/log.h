@@ -1,8 +1,8 @@
 // One line of the diary from a format of wsprintfW. What was scanned never stands in it. Any thread.
 #pragma once
 
+#include "platform/base.h"
 #include "platform/log.h"
-#include "platform/text.h"
 
 // The line has at most 1,023 characters.
 template <typename... Arguments>

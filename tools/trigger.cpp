@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "platform/process.h"
+#include "platform/kernel.h"
 #include "platform/window.h"
 #include "tools/arguments.h"
 #include "tools/trigger.h"

@@ -2,7 +2,7 @@
 #include <array>
 #include <cstdio>
 
-#include "platform/message_queue.h"
+#include "platform/kernel.h"
 #include "tools/record_json.h"
 #include "tools/watch.h"
 

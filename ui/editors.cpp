@@ -1,7 +1,7 @@
 #include "ui/item_taps.h"
 
+#include "platform/base.h"
 #include "platform/controls.h"
-#include "platform/text.h"
 #include "resources/resource.h"
 #include "settings/catalogue.h"
 #include "shell/shell_state.h"

@@ -1,6 +1,6 @@
 #include "ui/item_display.h"
 
-#include "platform/text.h"
+#include "platform/base.h"
 #include "resources/resource.h"
 #include "settings/catalogue.h"
 #include "shell/shell_state.h"

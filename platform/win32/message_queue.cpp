@@ -1,7 +1,7 @@
 // Message queues: a mapping that all programs of the terminal share, with a mutex around it and two events.
 // Those that the system has hold one message. docs/windows.md describes it to programs that bring their own
 // code.
-#include "platform/message_queue.h"
+#include "platform/kernel.h"
 
 #include <algorithm>
 #include <cstring>

@@ -9,9 +9,9 @@
 #include <string>
 
 #include "platform/files.h"
+#include "platform/kernel.h"
 #include "platform/linux/kernel/terminal.h"
 #include "platform/linux/kernel/thread.h"
-#include "platform/message_queue.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <array>
 #include <csignal>
 
+#include "platform/kernel.h"
 #include "platform/linux/kernel/terminal.h"
-#include "platform/message_queue.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"
 

@@ -1,10 +1,9 @@
-#include "platform/text.h"
-
 #include <gtest/gtest.h>
 
 #include <array>
 #include <string>
 
+#include "platform/base.h"
 #include "platform/linux/kernel/terminal.h"
 
 namespace {

@@ -7,11 +7,11 @@
 #include <set>
 #include <thread>
 
+#include "platform/kernel.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/start_windows.h"
-#include "platform/message_queue.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"
 #include "shell/shell_state.h"

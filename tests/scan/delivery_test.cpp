@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "link/reading.h"
+#include "platform/kernel.h"
 #include "platform/keyboard.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/message_queue.h"
 #include "scan/barcode_data.h"
 #include "scan/typing.h"
 #include "settings/all_fields.h"

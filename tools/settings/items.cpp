@@ -6,8 +6,8 @@
 #include <charconv>
 #include <map>
 
+#include "platform/base.h"
 #include "platform/linux/kernel/terminal.h"
-#include "platform/text.h"
 #include "platform/window.h"
 #include "resources/resource.h"
 #include "settings/general_fields.h"

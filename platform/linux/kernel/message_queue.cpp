@@ -1,4 +1,4 @@
-#include "platform/message_queue.h"
+#include "platform/kernel.h"
 
 #include <fcntl.h>
 #include <mqueue.h>

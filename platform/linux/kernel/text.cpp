@@ -1,4 +1,4 @@
-#include "platform/text.h"
+#include "platform/base.h"
 
 #include <algorithm>
 #include <cstdarg>

@@ -14,7 +14,6 @@
 #include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/object.h"
 #include "platform/linux/kernel/thread.h"
-#include "platform/process.h"
 
 namespace layer {
 
