@@ -12,11 +12,9 @@
 #include <thread>
 
 #include "platform/linux/kernel/terminal.h"
-#include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/program_socket.h"
-#include "platform/linux/windows/registered_messages.h"
 #include "platform/linux/windows/start_windows.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"

@@ -9,8 +9,8 @@
 
 #include "platform/kernel.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
-#include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/start_windows.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"

@@ -11,10 +11,9 @@
 #include <csignal>
 #include <thread>
 
-#include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/program_socket.h"
-#include "platform/linux/windows/registered_messages.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/window.h"
 #include "shell/status.h"

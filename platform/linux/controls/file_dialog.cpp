@@ -11,7 +11,7 @@
 
 #include "platform/linux/controls/file_names.h"
 #include "platform/linux/windows/dialog_widget.h"
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
 #include "platform/shell.h"
 
 namespace layer {

@@ -8,7 +8,7 @@
 #include "platform/linux/controls/sheet_layout.h"
 #include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/dialogs.h"
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/program_resources.h"
 
 namespace layer {

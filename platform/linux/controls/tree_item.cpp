@@ -1,4 +1,4 @@
-#include "platform/linux/controls/tree_item.h"
+#include "platform/linux/controls/tree_widget.h"
 
 #include <QTreeWidget>
 #include <algorithm>

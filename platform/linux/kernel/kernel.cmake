@@ -7,7 +7,6 @@ pkg_check_modules(CANBERRA REQUIRED IMPORTED_TARGET libcanberra)
 vantrel_library(vantrel_platform_kernel
   linux/kernel/canberra.cpp
   linux/kernel/clock.cpp
-  linux/kernel/disk_file.cpp
   linux/kernel/files.cpp
   linux/kernel/log.cpp
   linux/kernel/message_queue.cpp

@@ -26,7 +26,6 @@ vantrel_library(vantrel_platform_serial
   linux/keyboard/keyboard_uinput.cpp
   linux/keyboard/keyboard_wayland.cpp
   linux/keyboard/keyboard_xtest.cpp
-  linux/keyboard/layout_keys.cpp
   linux/keyboard/stroke_keyboard.cpp
   linux/serial/receive_queue.cpp
   linux/serial/serial.cpp

@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "platform/linux/kernel/thread.h"
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/program_resources.h"
 
 namespace layer {

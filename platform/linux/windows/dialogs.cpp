@@ -7,7 +7,6 @@
 
 #include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
 
 namespace layer {

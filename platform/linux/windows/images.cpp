@@ -7,7 +7,7 @@
 #include <QtEndian>
 
 #include "platform/linux/kernel/handle_table.h"
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/program_resources.h"
 
 namespace layer {

@@ -1,4 +1,4 @@
-#include "platform/linux/windows/listener.h"
+#include "platform/linux/windows/other_programs.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -15,7 +15,7 @@
 
 #include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/thread.h"
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/program_socket.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_table.h"

@@ -7,7 +7,6 @@
 #include "platform/linux/kernel/handle_table.h"
 #include "platform/linux/windows/dialogs.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/program_resources.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/shell.h"

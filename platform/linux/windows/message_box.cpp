@@ -6,7 +6,6 @@
 #include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/dialogs.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/linux/windows/on_main.h"
 
 namespace layer {
 

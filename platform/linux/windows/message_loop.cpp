@@ -12,7 +12,6 @@
 #include <mutex>
 
 #include "platform/linux/kernel/posix.h"
-#include "platform/linux/windows/on_main.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
 

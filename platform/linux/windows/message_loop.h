@@ -1,7 +1,12 @@
-// The main thread's messages: what is posted, what other threads have carried here, timers, quitting.
+// The main thread, which owns all windows: what is posted to it, the calls that are carried there, timers,
+// quitting.
 #pragma once
 
+#include <functional>
+#include <type_traits>
+
 #include "platform/linux/kernel/clock.h"
+#include "platform/linux/kernel/thread.h"
 #include "platform/window.h"
 
 namespace layer {
@@ -15,6 +20,27 @@ void WakeMainThread();
 void PumpMessages();
 // Takes a pending WM_QUIT back; for tests.
 void ForgetQuit();
+
+// Runs the work on the main thread and waits for it; at once when called there. Before the main thread takes
+// messages the call waits until it does; once the end of the program has begun, a call from another thread
+// parks.
+void RunOnMainThread(const std::function<void()>& work);
+// The same without waiting.
+void PostToMainThread(std::function<void()> work);
+
+// Runs the function on the main thread and returns its result; how every window call of the layer is made.
+template <class Function>
+auto OnMain(Function&& function) -> decltype(function()) {
+    using Result = decltype(function());
+    ParkAtEnd();
+    if constexpr (std::is_void_v<Result>) {
+        RunOnMainThread([&] { function(); });
+    } else {
+        Result result{};
+        RunOnMainThread([&] { result = function(); });
+        return result;
+    }
+}
 
 // What WM_QUIT ends by the way: the popup menu that is open, with nothing chosen, and the message boxes. Main
 // thread.

@@ -6,7 +6,6 @@
 
 #include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/thread.h"
-#include "platform/linux/windows/listener.h"
 #include "platform/linux/windows/program_socket.h"
 #include "platform/linux/windows/window_table.h"
 

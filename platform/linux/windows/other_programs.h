@@ -1,11 +1,15 @@
-// Messages to windows of other programs. Any thread; the main thread is not needed.
+// This program among the others of its terminal: messages to their windows, its socket for theirs, and the
+// numbers of registered messages, which are the same for one name in all of them. Any thread but where it is
+// said; the main thread is not needed.
 #pragma once
 
 #include <chrono>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "platform/linux/windows/window_message.h"
+#include "platform/window.h"
 
 namespace layer {
 
@@ -25,5 +29,25 @@ void AskOtherPrograms(const std::string& line, std::chrono::milliseconds longest
 // Sends the line to one program, whatever it owes; its answer, or empty.
 std::string AskProgram(const std::string& program, const std::string& line,
                        std::chrono::milliseconds longest);
+
+// Opens the socket and serves it on a thread of its own until the end of the program; once. Questions are
+// answered even while the main thread is busy; messages are handled on the main thread. False when there can
+// be no socket.
+bool StartListening();
+void StopListening();
+// The name of this program's socket, or empty while there is none.
+std::string OwnProgram();
+// Gives the message to the windows of this program that the line names. Main thread.
+AnswerLine DeliverLine(const WindowLine& line);
+
+inline constexpr UINT FirstRegistered = 0xC000;
+inline constexpr UINT LastRegistered = 0xFFFF;
+
+// The number of a name that this program has registered, or 0.
+UINT RegisteredNumber(std::u16string_view name);
+// The name of a number that this program has registered, or empty.
+std::u16string RegisteredName(UINT number);
+// Forgets what was registered; for tests, as another program would begin.
+void ForgetRegisteredMessages();
 
 }  // namespace layer

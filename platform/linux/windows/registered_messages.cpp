@@ -1,7 +1,7 @@
 // A name's number comes from a hash of the name, so that programs agree without asking each other. Where two
 // names meet on one number the later one takes the next that is free; the file `messages` in the folder of
 // windows says who took which, a line for each: the number in hexadecimal, a blank, the name.
-#include "platform/linux/windows/registered_messages.h"
+#include "platform/linux/windows/other_programs.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

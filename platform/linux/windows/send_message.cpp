@@ -2,11 +2,9 @@
 #include <atomic>
 #include <memory>
 
-#include "platform/linux/windows/listener.h"
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/program_socket.h"
-#include "platform/linux/windows/registered_messages.h"
 #include "platform/linux/windows/user_window.h"
 #include "platform/linux/windows/window_table.h"
 

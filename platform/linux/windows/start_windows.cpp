@@ -1,6 +1,7 @@
 #include "platform/linux/windows/start_windows.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
@@ -13,12 +14,15 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/user_window.h"
 #include "platform/linux/windows/window_object.h"
+#include "platform/program.h"
 
 namespace layer {
 
@@ -184,6 +188,35 @@ void TakeSignals() {
     }
     AtEnd(RemoveNotificationIcons);
     std::atexit(EndAtOnce);
+}
+
+void StartHiddenWindows() {
+    // Any display will do, and none is asked for.
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    StartWindows();
+    TakeSignals();
+}
+
+// Whoever waits for an event is not woken by a signal: a thread of its own takes the signals that end
+// programs.
+void EndOnSignal() {
+    sigset_t endings;
+    sigemptyset(&endings);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        sigaddset(&endings, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &endings, nullptr);
+    std::thread([endings] {
+        int signal = 0;
+        sigwait(&endings, &signal);
+        EndProgram(0);
+    }).detach();
+}
+
+void EndProgram(int code) {
+    BeginEnd();
+    std::fflush(nullptr);
+    _exit(code);
 }
 
 }  // namespace layer

@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "platform/linux/windows/images.h"
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/screen.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"

@@ -3,8 +3,8 @@
 #include <QCloseEvent>
 #include <algorithm>
 
-#include "platform/linux/windows/listener.h"
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_table.h"
 

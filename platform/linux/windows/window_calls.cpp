@@ -3,7 +3,7 @@
 #include <QGuiApplication>
 #include <algorithm>
 
-#include "platform/linux/windows/on_main.h"
+#include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/screen.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"

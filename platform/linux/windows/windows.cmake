@@ -13,7 +13,6 @@ vantrel_library(vantrel_platform_windows
   linux/windows/message_box.cpp
   linux/windows/message_loop.cpp
   linux/windows/other_programs.cpp
-  linux/windows/program.cpp
   linux/windows/program_resources.cpp
   linux/windows/program_socket.cpp
   linux/windows/registered_messages.cpp
@@ -24,13 +23,12 @@ vantrel_library(vantrel_platform_windows
   linux/windows/tray_icon.cpp
   linux/windows/user_window.cpp
   linux/windows/window_calls.cpp
-  linux/windows/window_manager.cpp
   linux/windows/window_message.cpp
   linux/windows/window_object.cpp
   linux/windows/window_table.cpp)
 include(linux/controls/controls.cmake)
 # X11's names would change Qt's; the others have names of their own that are others' as well.
-vantrel_by_themselves(linux/windows/window_manager.cpp linux/windows/menus.cpp
+vantrel_by_themselves(linux/windows/screen.cpp linux/windows/menus.cpp
   linux/controls/sheet_window.cpp linux/controls/tree_widget.cpp linux/controls/updown_control.cpp)
 vantrel_replaceable(linux/windows/timers.cpp linux/windows/cursors.cpp)
 # Qt's headers take longer than all else.
