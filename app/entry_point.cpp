@@ -5,7 +5,7 @@
 
 #include "app/init_thread.h"
 #include "app/main_window.h"
-#include "link/message_handlers.h"
+#include "link/reading.h"
 #include "platform/base.h"
 #include "platform/controls.h"
 #include "platform/log.h"

@@ -6,7 +6,6 @@
 
 #include "link/command_exchange.h"
 #include "link/framing.h"
-#include "link/message_handlers.h"
 #include "link/packet_message.h"
 #include "link/readers/barcode_reader.h"
 #include "link/reading.h"

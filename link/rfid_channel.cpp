@@ -4,7 +4,6 @@
 #include <atomic>
 
 #include "link/command_exchange.h"
-#include "link/message_handlers.h"
 #include "link/reading.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"

@@ -16,7 +16,7 @@
 #include "app/init_thread.h"
 #include "app/main_window.h"
 #include "link/barcode_receiver.h"
-#include "link/message_handlers.h"
+#include "link/reading.h"
 #include "link/serial_ports.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/windows/message_loop.h"

@@ -2,9 +2,9 @@
 
 #include <QApplication>
 
-#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/start_windows.h"
+#include "platform/linux/windows/window_object.h"
 
 std::function<void(UINT, WPARAM, LPARAM)> OnControl;
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "platform/controls.h"
-#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/start_windows.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -6,10 +6,10 @@
 #include <algorithm>
 
 #include "platform/linux/controls/sheet_layout.h"
-#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/dialogs.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/program_resources.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

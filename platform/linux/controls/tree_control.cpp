@@ -1,6 +1,6 @@
 #include "platform/linux/controls/tree_widget.h"
-#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/images.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "platform/controls.h"
-#include "platform/linux/windows/control_classes.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/windows/control_classes.h"
+#include "platform/linux/windows/window_object.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -5,7 +5,7 @@
 #include <QPainter>
 #include <QToolButton>
 
-#include "platform/linux/windows/user_window.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -5,9 +5,9 @@
 #include <QLineEdit>
 #include <cmath>
 
-#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/program_resources.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -3,9 +3,9 @@
 #include <mutex>
 #include <optional>
 
-#include "platform/linux/windows/control_classes.h"
 #include "platform/linux/windows/dialogs.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/window_object.h"
 
 namespace layer {
 

@@ -5,7 +5,7 @@
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/program_socket.h"
-#include "platform/linux/windows/user_window.h"
+#include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
 
 namespace layer {

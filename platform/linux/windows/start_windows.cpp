@@ -20,7 +20,6 @@
 
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/linux/windows/user_window.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/program.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/windows/user_window.h"
+#include "platform/linux/windows/window_object.h"
 
 #include <QCloseEvent>
 #include <algorithm>

@@ -165,4 +165,30 @@ QRect WorkArea();
 // dispatches nothing else.
 void PaintNow(QWidget* widget);
 
+// A window of a registered class, whose messages go to a window procedure.
+class UserWindow : public WindowObject {
+  public:
+    UserWindow(const WindowInit& init, WNDPROC procedure);
+    LRESULT Message(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void SetVisible(bool visible) override;
+    void Activate() override;
+    bool TakesFocus() const override { return takesFocus_; }
+
+  private:
+    WNDPROC procedure_;
+    bool takesFocus_ = false;  // until somebody brings it to the foreground, or the user does
+};
+
+// Has the window told WM_CLOSE, as the button of its frame does.
+void RequestClose(WindowObject& window);
+
+// Makes and adopts a control of the class that `init` names, in whatever letter case, with its place, text
+// and style; null for an unknown class.
+WindowPtr MakeControl(const WindowInit& init);
+
+// Those with files of their own.
+WindowPtr MakeTreeControl(const WindowInit& init);
+WindowPtr MakeUpDownControl(const WindowInit& init);
+WindowPtr MakeProgressControl(const WindowInit& init);
+
 }  // namespace layer
