@@ -10,7 +10,6 @@
 
 #include "firmware/transfer.h"
 #include "firmware/upgrade.h"
-#include "firmware/upgrade_dialogs.h"
 #include "link/serial_ports.h"
 #include "platform/linux/kernel/terminal.h"
 #include "platform/linux/windows/start_windows.h"
