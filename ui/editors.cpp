@@ -1,4 +1,4 @@
-#include "ui/item_taps.h"
+#include "ui/editors.h"
 
 #include "platform/base.h"
 #include "platform/controls.h"

@@ -6,6 +6,7 @@
 #include "resources/resource.h"
 #include "settings/catalogue.h"
 #include "shell/shell_state.h"
+#include "ui/editors.h"
 #include "ui/item_display.h"
 #include "ui/item_value.h"
 #include "ui/page_tree.h"

@@ -9,8 +9,8 @@
 #include "settings/all_fields.h"
 #include "shell/shell_state.h"
 #include "tests/ui/sheet_driver.h"
+#include "ui/editors.h"
 #include "ui/item_display.h"
-#include "ui/item_taps.h"
 #include "ui/item_value.h"
 
 namespace {
