@@ -1,10 +1,10 @@
 #include "tests/e2e/program.h"
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -88,7 +88,9 @@ bool Trigger(const std::vector<std::string>& words) {
     command.insert(command.end(), program.begin(), program.end());
     command.insert(command.end(), words.begin(), words.end());
     const auto ended = StartProgram("/bin/sh", command, environment)->Wait(20000);
-    EXPECT_TRUE(ended) << "vantrel-trigger does not end";
+    if (!ended) {
+        std::fputs("vantrel-trigger has not ended in 20 s\n", stderr);
+    }
     return ended == 0;
 }
 
