@@ -39,12 +39,20 @@ bool IsBlock(std::string_view line, std::size_t blockSize) {
     return line.size() == 2 * blockSize && std::all_of(line.begin(), line.end(), IsHexadecimal);
 }
 
+// A greeting, or the rest of one whose beginning was thrown away: a tag's line has letters and digits only.
+bool IsOfGreeting(std::string_view line) {
+    const auto plain = [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    };
+    return line.find(Greeting) != std::string_view::npos || !std::ranges::all_of(line, plain);
+}
+
 }  // namespace
 
 TagLineStep CollectTagLine(TagLine& line, std::span<const BYTE> bytes) {
     for (const BYTE received : bytes) {
         if (received == LineFeed) {
-            if (std::string_view(line.Text.data(), line.Length).find(Greeting) == std::string_view::npos) {
+            if (!IsOfGreeting({line.Text.data(), line.Length})) {
                 return EndOfLine(line);
             }
             line = {};  // it comes late: of an opening before, or of a reader that was slow

@@ -24,8 +24,8 @@ enum class TagLineStep {
 };
 
 // Takes bytes up to the end of the first line; what follows in the same read is dropped. CR and zero bytes
-// are no part of a line. The reader's greeting is no line. One that grows beyond 23 characters ends the read
-// at once.
+// are no part of a line. The reader's greeting, or the rest of one, is no line. One that grows beyond 23
+// characters ends the read at once.
 TagLineStep CollectTagLine(TagLine& line, std::span<const BYTE> bytes);
 
 // Whether a reply to a command is whole: it ends in LF and holds a line that is more than a bare "S", behind
