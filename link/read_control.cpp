@@ -45,6 +45,7 @@ bool AwaitGreeting(HANDLE port) {
             return found;
         }
         if (FindGreeting(search, came)) {
+            RfidGreeting = search.Tail;
             return true;
         }
         if (search.Found && !found) {

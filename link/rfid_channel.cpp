@@ -116,6 +116,7 @@ void HandOver(HANDLE port, DWORD channel, const TagLine& line) {
 void ReceiveLine(HANDLE port, DWORD channel) {
     std::array<BYTE, ChunkSize> chunk;
     TagLine line;
+    line.Greeting = RfidGreeting;
     bool broken = false;
     while (ChannelMayRun(channel)) {
         const DWORD count = WaitForBytes(port, chunk, broken);

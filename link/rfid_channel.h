@@ -3,8 +3,13 @@
 // main thread begins one.
 #pragma once
 
+#include "link/rfid_text.h"
 #include "platform/kernel.h"
 #include "platform/serial.h"
+#include "shell/relaxed.h"
+
+// How the reader's greeting ends, once one has come whole. Written by the main thread.
+inline Relaxed<LineTail> RfidGreeting;
 
 // Closes the channel that is open, whatever it does: break, thread handle, port, timer IDT_RFID_READ; clears
 // RfidReadActive and RfidThreadRun. Safe with nothing open, and beside its thread's own closing.

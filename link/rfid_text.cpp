@@ -39,12 +39,20 @@ bool IsBlock(std::string_view line, std::size_t blockSize) {
     return line.size() == 2 * blockSize && std::all_of(line.begin(), line.end(), IsHexadecimal);
 }
 
-// A greeting, or the rest of one whose beginning was thrown away: a tag's line has letters and digits only.
-bool IsOfGreeting(std::string_view line) {
-    const auto plain = [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-    };
-    return line.find(Greeting) != std::string_view::npos || !std::ranges::all_of(line, plain);
+LineTail Append(LineTail tail, char character) {
+    return tail << 8 | static_cast<BYTE>(character);
+}
+
+// The greeting, or the rest of one whose beginning was thrown away.
+bool IsOfGreeting(const TagLine& line) {
+    const std::string_view text(line.Text.data(), line.Length);
+    LineTail tail = 0, mask = 0;
+    for (const char character : text) {
+        tail = Append(tail, character);
+        mask = Append(mask, '\xFF');
+    }
+    const bool rest = line.Greeting != 0 && line.Length >= ShortestTagLine && tail == (line.Greeting & mask);
+    return rest || text.find(Greeting) != std::string_view::npos;
 }
 
 }  // namespace
@@ -52,10 +60,10 @@ bool IsOfGreeting(std::string_view line) {
 TagLineStep CollectTagLine(TagLine& line, std::span<const BYTE> bytes) {
     for (const BYTE received : bytes) {
         if (received == LineFeed) {
-            if (!IsOfGreeting({line.Text.data(), line.Length})) {
+            if (!IsOfGreeting(line)) {
                 return EndOfLine(line);
             }
-            line = {};  // it comes late: of an opening before, or of a reader that was slow
+            line = {{}, 0, line.Greeting};  // it comes late: of an opening before, or of a slow reader
             continue;
         }
         if (received == CarriageReturn || received == 0) {
@@ -110,10 +118,15 @@ RegisterReply ParseRegisterReply(std::string_view reply, std::size_t blockSize) 
 bool FindGreeting(GreetingSearch& search, std::span<const BYTE> bytes) {
     for (const BYTE received : bytes) {
         const char character = static_cast<char>(received);
+        if (received == LineFeed && search.Found) {
+            return true;
+        }
+        if (received == LineFeed) {
+            search.Tail = 0;
+        } else if (received != CarriageReturn && received != 0) {
+            search.Tail = Append(search.Tail, character);
+        }
         if (search.Found) {
-            if (received == LineFeed) {
-                return true;
-            }
             continue;
         }
         if (character != Greeting[search.Matched]) {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -10,10 +11,14 @@
 
 inline constexpr std::size_t TagLineLimit = 23;  // longest line that is handed over
 
+// The last eight characters of a line, CR and zero bytes left out; the last one is the lowest byte.
+using LineTail = std::uint64_t;
+
 // The line being collected; starts empty. Text is always followed by a zero.
 struct TagLine {
     std::array<char, TagLineLimit + 1> Text{};
     DWORD Length = 0;
+    LineTail Greeting = 0;  // of the reader's greeting; 0 while none is known
 };
 
 enum class TagLineStep {
@@ -24,8 +29,8 @@ enum class TagLineStep {
 };
 
 // Takes bytes up to the end of the first line; what follows in the same read is dropped. CR and zero bytes
-// are no part of a line. The reader's greeting, or the rest of one, is no line. One that grows beyond 23
-// characters ends the read at once.
+// are no part of a line. The reader's greeting is no line, nor is the rest of one, of three characters or
+// more. A line that grows beyond 23 characters ends the read at once.
 TagLineStep CollectTagLine(TagLine& line, std::span<const BYTE> bytes);
 
 // Whether a reply to a command is whole: it ends in LF and holds a line that is more than a bare "S", behind
@@ -53,6 +58,7 @@ RegisterReply ParseRegisterReply(std::string_view reply, std::size_t blockSize);
 struct GreetingSearch {
     unsigned Matched = 0;  // characters of the mark that the last bytes matched
     bool Found = false;    // the mark has come
+    LineTail Tail = 0;     // of the line so far
 };
 // True when the mark has come and, behind it, the end of its line.
 bool FindGreeting(GreetingSearch& search, std::span<const BYTE> bytes);
