@@ -211,16 +211,16 @@ DWORD AppStage::OpenMenu(const std::string& item) {
 DWORD AppStage::CallByName(const Words& words) {
     const std::string& name = At(words, 1);
     const bool secondKey = words.size() > 2 && words[2] == "2";
-    const WPARAM time = words.size() > 3 ? ToNumber(words[3]) : 0;
+    const auto time = [&]() -> WPARAM { return words.size() > 3 ? ToNumber(words[3]) : 0; };
     if (name == "start") {
         CloseHandle(CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr));
         return 1;
     }
     if (name == "press") {
-        return Send(RegisterWindowMessageW(secondKey ? TEXT("WM_USER2DOWN") : TEXT("WM_USER1DOWN")), time);
+        return Send(RegisterWindowMessageW(secondKey ? TEXT("WM_USER2DOWN") : TEXT("WM_USER1DOWN")), time());
     }
     if (name == "release") {
-        return Send(RegisterWindowMessageW(secondKey ? TEXT("WM_USER2UP") : TEXT("WM_USER1UP")), time);
+        return Send(RegisterWindowMessageW(secondKey ? TEXT("WM_USER2UP") : TEXT("WM_USER1UP")), time());
     }
     if (name == "menu") {
         return OpenMenu(words.size() > 2 ? Unquote(words[2]) : "");
@@ -229,7 +229,12 @@ DWORD AppStage::CallByName(const Words& words) {
         return Send(WM_COMMAND, ToNumber(At(words, 2)));
     }
     if (name == "settings") {
-        return Send(WM_OPENSETTINGS);
+        const DWORD shown = Send(WM_OPENSETTINGS);
+        if (words.size() > 3) {
+            Prepare({"set", words[2], words[3]});
+            CallByName({"call", "ok"});
+        }
+        return shown;
     }
     if (name == "apply") {
         return Send(WM_APPLYSETTINGS);

@@ -57,7 +57,7 @@ TEST_F(FromOutside, ARunningProgramTakesAChangeAtOnce) {
     // While somebody reads it waits: a read is not cut off.
     ASSERT_TRUE(PressTrigger());
     std::thread release([this] {
-        Wire->Saw("no such line", 1000);
+        Pause(1000);
         Trigger({"up"});
     });
     EXPECT_EQ(Settings({"set", "PrefixCode="}), 0);
