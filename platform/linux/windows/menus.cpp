@@ -31,7 +31,8 @@ void Fill(QMenu& menu, const std::vector<resource::MenuItem>& items) {
         } else if (item.Id == 0 && text.isEmpty()) {
             menu.addSeparator();
         } else {
-            menu.addAction(text)->setData(item.Id);
+            // Its first letter chooses it, as in every Windows program, underlined or not.
+            menu.addAction(text.contains('&') ? text : '&' + text)->setData(item.Id);
         }
     }
 }

@@ -106,6 +106,10 @@ void EndAtOnce() {
 // without it, and a tab shows it only to the keyboard.
 class FocusStyle : public QProxyStyle {
   public:
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* result) const override {
+        return hint == SH_UnderlineShortcut ? 0 : QProxyStyle::styleHint(hint, option, widget, result);
+    }
     void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override {
         QProxyStyle::drawControl(element, option, painter, widget);
