@@ -126,7 +126,11 @@ TEST_P(SettingsFromIcon, ChangesReachTheReaderTheFileAndTheNextScan) {
     EXPECT_EQ(Scan("3 AB12", 5), "AB12\n");
 
     TapIcon();
-    Press({XK_s});
+    if (OnWine()) {
+        Press({XK_Up, XK_Up, XK_Up, XK_Return});  // it knows no first letters: past "Exit" and "About"
+    } else {
+        Press({XK_s});
+    }
     ASSERT_TRUE(SettingsOpen());
     Wire->Forget();
     Trigger({"press", "200"});
