@@ -59,7 +59,7 @@ void KeyUp(BYTE key) {
 }
 
 void TypeByte(BYTE value) {
-    const KeyStroke stroke = KeyMap[value];
+    const KeyStroke stroke = KeyForByte(value);
     if (stroke.Key == 0) {
         return;
     }

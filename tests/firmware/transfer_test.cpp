@@ -280,18 +280,15 @@ TEST_F(FirmwareTransfer, TheWarningNamesTheVersion) {
 
 TEST_F(FirmwareTransfer, TheWarningAsksASilentDecoderFiveTimes) {
     Wire->Command("version Ver 7");
-    Wire->Command("fault com1 no-reply x4");
-    Wire->Forget();
-    ShowCaution(WM_COMMAND, IDCANCEL);
-    EXPECT_EQ(VersionLine(), "Ver 7");
-    Wire->Command("state");
-    EXPECT_EQ(Wire->Count("event command com1 VER"), 5);
-    Wire->Command("fault com1 no-reply x6");
-    Wire->Forget();
-    ShowCaution(WM_COMMAND, IDCANCEL);
-    EXPECT_EQ(VersionLine(), "");
-    Wire->Command("state");
-    EXPECT_EQ(Wire->Count("event command com1 VER"), 5);
+    for (const auto& [fault, shown] :
+         {std::pair("fault com1 no-reply x4", "Ver 7"), {"fault com1 no-reply x6", ""}}) {
+        Wire->Command(fault);
+        Wire->Forget();
+        ShowCaution(WM_COMMAND, IDCANCEL);
+        EXPECT_EQ(VersionLine(), shown) << fault;
+        Wire->Command("state");
+        EXPECT_EQ(Wire->Count("event command com1 VER"), 5) << fault;
+    }
 }
 
 }  // namespace
