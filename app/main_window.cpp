@@ -163,10 +163,6 @@ void OnCommand(HWND window, UINT id) {
 
 }  // namespace
 
-void ReportError(ErrorCode code) {
-    SendMessageW(ShellState.MainWindow, WM_SHOWERROR, code, 0);
-}
-
 LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (HandleTriggerMessage(message, static_cast<DWORD>(wParam))) {
         return 0;

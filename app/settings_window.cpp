@@ -1,6 +1,5 @@
 #include "app/settings_window.h"
 
-#include "app/main_window.h"
 #include "link/barcode_receiver.h"
 #include "link/read_control.h"
 #include "link/readers/barcode_reader.h"

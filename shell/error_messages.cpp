@@ -61,3 +61,7 @@ int ShowErrorMessage(HWND owner, ErrorCode code) {
     SetForegroundWindow(owner);
     return MessageBoxW(owner, text, caption, MB_OK);
 }
+
+void ReportError(ErrorCode code) {
+    SendMessageW(ShellState.MainWindow, WM_SHOWERROR, code, 0);
+}

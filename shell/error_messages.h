@@ -34,3 +34,6 @@ enum ErrorCode : DWORD {
 // message box's result once the user has dismissed it. Where there is no screen no box waits: the message is
 // in the diary, and the program ends with code 1. Any thread; what happens next is the caller's business.
 int ShowErrorMessage(HWND owner, ErrorCode code);
+
+// Has the main window show that message and then close the program: WM_SHOWERROR. Any thread.
+void ReportError(ErrorCode code);
