@@ -63,13 +63,13 @@ constexpr PacketCodeType PacketCodeTypes[] = {
     {144, 144, 'c', "UPC-E1 with 5 Digits Addenda"},
 };
 
-// By letter, "A" to "U".
-constexpr std::array<std::string_view, 21> DecoderNames = {
+// By letter, from "A" on.
+constexpr std::array DecoderNames = std::to_array<std::string_view>({
     "Code 39", "Italian Pharma", "French Pharma", "Industrial 2/5", "Interleave 2/5", "Matrix 25",
     "Codabar", "Code 93",        "Code 128",      "UPCE",           "UPCE addon 2",   "UPCE addon 5",
     "EAN-8",   "EAN-8 addon 2",  "EAN-8 addon 5", "EAN-13",         "EAN-13 addon 2", "EAN-13 addon 5",
     "MSI",     "Plessey",        "EAN-128",
-};
+});
 
 constexpr DWORD UpcALength = 12;
 
@@ -79,8 +79,8 @@ std::string_view DecoderName(const ScanData& scan) {
     if (scan.codeType == 'P' && ((scan.length > 0 && scan.data[0] == '0') || scan.length == UpcALength)) {
         return "UPCA";
     }
-    if (scan.codeType >= 'A' && scan.codeType <= 'U') {
-        return DecoderNames[scan.codeType - 'A'];
+    if (const std::size_t letter = scan.codeType - std::size_t{'A'}; letter < DecoderNames.size()) {
+        return DecoderNames[letter];
     }
     return scan.codeType == 'Z' ? "Telepen" : "Unknown";
 }

@@ -129,7 +129,6 @@ INT_PTR CALLBACK GeneralPageProc(HWND page, UINT message, WPARAM, LPARAM lParam)
     return PageProc(PageGeneral, page, message, lParam);
 }
 
-constexpr UINT MaxPages = 3;
 constexpr int TabControlId = 0x3020;
 constexpr LONG TabsAtBottom = 0x0002;
 constexpr int ControlsVersion = 0x20C;
@@ -176,7 +175,7 @@ int ShowSettingsSheet(HWND owner) {
     ShellState.SheetClosing = 0;
     KeepSnapshots();
 
-    PROPSHEETPAGEW pages[MaxPages] = {};
+    PROPSHEETPAGEW pages[ReaderTypes] = {};  // at most one for each barcode reader, and the general one
     UINT count = 0;
     if (DeviceFlags & (Device1D | DeviceLaser)) {
         pages[count++] = MakePage(IDD_PAGE_1D, TEXT("1D"), Page1DProc);

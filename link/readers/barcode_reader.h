@@ -1,5 +1,4 @@
-// The barcode readers: one entry for each, in the one place that tells them apart. A new reader is a file
-// with its entry, a row in barcode_readers.cpp, and its layout in settings/.
+// The barcode readers: one entry for each, in the one place that tells them apart.
 #pragma once
 
 #include <span>
