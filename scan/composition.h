@@ -12,12 +12,12 @@ enum class EnterPlace { None, AfterScan, BeforeScan };
 
 // What the user's settings say about the line.
 struct LineOptions {
-    EnterPlace Enter;
-    BYTE EnterCharacter;  // 0: none. A Tab is pressed on its own and never part of the line
-    std::array<WCHAR, 11> Prefix, Suffix;
-    bool IncludeCodeType, IncludeCodeLength;
-    bool ReadRfidUid, ReadRfidData, UseDelimiter;
-    WCHAR Delimiter;
+    EnterPlace Enter = EnterPlace::None;
+    BYTE EnterCharacter = 0;  // 0: none. A Tab is pressed on its own and never part of the line
+    std::array<WCHAR, 11> Prefix{}, Suffix{};
+    bool IncludeCodeType = false, IncludeCodeLength = false;
+    bool ReadRfidUid = false, ReadRfidData = false, UseDelimiter = false;
+    WCHAR Delimiter = 0;
 
     bool TabBefore() const { return Enter == EnterPlace::BeforeScan && EnterCharacter == '\t'; }
     bool TabAfter() const { return Enter == EnterPlace::AfterScan && EnterCharacter == '\t'; }

@@ -3,19 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstring>
+#include <map>
+#include <memory>
 #include <set>
 #include <thread>
 
 #include "platform/kernel.h"
-#include "platform/linux/keyboard/keyboard_backend.h"
+#include "platform/keyboard.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/start_windows.h"
-#include "settings/all_fields.h"
+#include "settings/defaults.h"
+#include "settings/general_fields.h"
 #include "settings/record.h"
 #include "shell/shell_state.h"
-#include "tests/scan/us_keyboard.h"
 
 namespace {
 
@@ -23,15 +24,22 @@ constexpr DWORD RecordSize = 4232;
 
 DeliveryTerminal* Current = nullptr;
 
-class LoggedKeyboard : public layer::KeyboardBackend {
-  public:
-    explicit LoggedKeyboard(KeyLog& log) : log_(log) {}
-    void Key(BYTE key, bool up) override { log_.Add(key, up); }
-    void ReleaseAll() override {}
-
-  private:
-    KeyLog& log_;
-};
+// What an application gets from a key when a US keyboard is in force.
+char CharacterOf(BYTE key, bool shift) {
+    static const std::map<int, std::string_view> marks = {
+        {'0', "0)"},          {'1', "1!"},          {'2', "2@"},           {'3', "3#"},
+        {'4', "4$"},          {'5', "5%"},          {'6', "6^"},           {'7', "7&"},
+        {'8', "8*"},          {'9', "9("},          {VK_OEM_1, ";:"},      {VK_OEM_PLUS, "=+"},
+        {VK_OEM_COMMA, ",<"}, {VK_OEM_MINUS, "-_"}, {VK_OEM_PERIOD, ".>"}, {VK_OEM_2, "/?"},
+        {VK_OEM_3, "`~"},     {VK_OEM_4, "[{"},     {VK_OEM_5, "\\|"},     {VK_OEM_6, "]}"},
+        {VK_OEM_7, "'\""},    {VK_SPACE, "  "},     {VK_RETURN, "\r\r"},   {VK_MULTIPLY, "**"},
+        {VK_ADD, "++"},       {VK_TAB, "\t\t"}};
+    if (key >= 'A' && key <= 'Z') {
+        return static_cast<char>(shift ? key : key + 'a' - 'A');
+    }
+    const auto mark = marks.find(key);
+    return mark == marks.end() ? '\x01' : mark->second[shift];
+}
 
 HANDLE QueueEnd(BOOL reads) {
     MSGQUEUEOPTIONS options{};
@@ -55,35 +63,12 @@ LRESULT CALLBACK LoggingProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
         Current->Messages.push_back("decode " + std::to_string(wParam));
         return 0;
     }
-    if (message == WM_TIMER) {
-        KillTimer(window, wParam);
-        Current->Messages.push_back("timer " + std::to_string(wParam));
-        return 0;
-    }
     return DefWindowProcW(window, message, wParam, lParam);
-}
-
-void ResetSettings(WORD devices) {
-    DeviceFlags = devices;
-    for (auto& word : SymbologySettings) {
-        word = 0;
-    }
-    for (auto& word : GeneralSettings) {
-        word = 0;
-    }
-    for (const Setting* setting :
-         {&general::AutoEnter, &general::AutoEnterCharacter, &general::IncludeCodeType,
-          &general::IncludeCodeLength, &general::EnableVibrator, &general::GoodReadBeep,
-          &general::ReadRfidUid, &general::ReadRfidData, &general::UseDelimiter, &decoder1d::Ean128Enabled,
-          &decoder1d::Ean128TransmitCodeId}) {
-        SetValue(*setting, '0');
-    }
-    SetValue(general::DataOutput, '1');
 }
 
 }  // namespace
 
-void KeyLog::Add(BYTE key, bool up) {
+void KeyLog::Key(BYTE key, bool up) {
     const std::uint64_t now = layer::CurrentClock().Now();
     const std::scoped_lock lock(mutex_);
     if (events_.empty()) {
@@ -112,19 +97,26 @@ std::string KeyLog::Text() const {
         }
         EXPECT_TRUE(down.insert(event.Key).second) << "pressed twice: " << int{event.Key};
         if (event.Key != VK_SHIFT) {
-            const auto found = UsKeyboard().find({event.Key, down.count(VK_SHIFT) != 0});
-            text += found != UsKeyboard().end() ? found->second : '\x01';
+            text += CharacterOf(event.Key, down.contains(VK_SHIFT));
         }
     }
     EXPECT_TRUE(down.empty()) << "left down";
     return text;
 }
 
-DeliveryTerminal::DeliveryTerminal(WORD devices, layer::Clock* clock) : Keys(new KeyLog) {
+DeliveryTerminal::DeliveryTerminal(WORD devices, layer::Clock* clock) {
     layer::StartWindows();
     layer::InstallClock(clock);
-    layer::InstallKeyboard(std::make_unique<LoggedKeyboard>(*Keys));
-    ResetSettings(devices);
+    auto keyboard = std::make_unique<KeyLog>();
+    Keys = keyboard.get();
+    layer::InstallKeyboard(std::move(keyboard));
+    DeviceFlags = devices;
+    for (Relaxed<WORD>& word : GeneralSettings) {
+        word = 0;
+    }
+    ResetSettings(ResetAllGroups);
+    SetValue(general::AutoEnter, '0');
+    SetValue(general::GoodReadBeep, '0');
     ShellState.MsgDecode = RegisterWindowMessageW(TEXT("WM_DECODE"));
     ShellState.DecodeEventHandle = CreateEventW(nullptr, FALSE, FALSE, TEXT("DecodeEvent"));
     ShellState.QueueWriter = QueueEnd(FALSE);
@@ -137,18 +129,16 @@ DeliveryTerminal::DeliveryTerminal(WORD devices, layer::Clock* clock) : Keys(new
     windowClass.lpszClassName = WindowClassName;
     RegisterClassW(&windowClass);
     Current = this;
-    window_ =
+    ShellState.MainWindow =
         CreateWindowExW(0, WindowClassName, WindowTitle, 0, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
-    ShellState.MainWindow = window_;
-    EXPECT_NE(window_, nullptr);
+    EXPECT_NE(ShellState.MainWindow, nullptr);
     EXPECT_NE(ShellState.QueueReader, nullptr);
     EXPECT_NE(ShellState.DecodeEventHandle, nullptr);
 }
 
 DeliveryTerminal::~DeliveryTerminal() {
-    DestroyWindow(window_);
+    DestroyWindow(ShellState.MainWindow.Exchange(nullptr));
     layer::PumpMessages();
-    ShellState.MainWindow = nullptr;
     // The next test has another folder, and its own socket in it.
     layer::StopListening();
     for (Relaxed<HANDLE>* end : {&ShellState.QueueWriter, &ShellState.QueueReader}) {
@@ -160,12 +150,7 @@ DeliveryTerminal::~DeliveryTerminal() {
     CloseHandle(ShellState.VibratorSemaphore.Exchange(nullptr));
     layer::InstallKeyboard(nullptr);
     layer::InstallClock(nullptr);
-    delete Keys;
     Current = nullptr;
-}
-
-void DeliveryTerminal::OnReceiveThread(const std::function<void()>& work) {
-    OnReceiveThreads({work});
 }
 
 void DeliveryTerminal::OnReceiveThreads(const std::vector<std::function<void()>>& works) {
@@ -200,22 +185,4 @@ std::string DeliveryTerminal::TakeRecord() {
 
 bool DeliveryTerminal::TakeEvent() {
     return WaitForSingleObject(ShellState.DecodeEventHandle, 0) == WAIT_OBJECT_0;
-}
-
-ScanData BarcodeScan(char codeType, const std::string& data) {
-    ScanData scan{};
-    scan.codeType = static_cast<BYTE>(codeType);
-    scan.length = static_cast<DWORD>(data.size());
-    std::memcpy(scan.data, data.data(), data.size());
-    return scan;
-}
-
-std::string BarcodeRecord(char codeType, const std::string& data) {
-    std::string record(RecordSize, '\0');
-    record[0] = 7;
-    record[1] = codeType;
-    record[8] = static_cast<char>(data.size() & 0xFF);
-    record[9] = static_cast<char>(data.size() >> 8);
-    record.replace(133, data.size(), data);
-    return record;
 }

@@ -2,14 +2,12 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "platform/linux/kernel/clock.h"
-#include "platform/window.h"
-#include "scan/scan_data.h"
+#include "platform/linux/keyboard/keyboard_backend.h"
 #include "tests/support/temporary_terminal.h"
 
 struct KeyEvent {
@@ -18,10 +16,11 @@ struct KeyEvent {
     std::uint64_t Time;
 };
 
-// The key events so far, from all threads.
-class KeyLog {
+// A keyboard that keeps the key events of all threads.
+class KeyLog : public layer::KeyboardBackend {
   public:
-    void Add(BYTE key, bool up);
+    void Key(BYTE key, bool up) override;
+    void ReleaseAll() override {}
     std::vector<KeyEvent> Events() const;
     void Clear();
     // What an application gets. Fails the test on a key that is pressed twice, released unpressed or left
@@ -35,33 +34,24 @@ class KeyLog {
 
 class DeliveryTerminal {
   public:
-    // Settings as on a terminal with that reader: keyboard emulation alone, no ENTER, no feedback.
+    // Settings as on a new terminal with that reader, but no ENTER and no feedback.
     explicit DeliveryTerminal(WORD devices, layer::Clock* clock = nullptr);
     ~DeliveryTerminal();
     DeliveryTerminal(const DeliveryTerminal&) = delete;
     DeliveryTerminal& operator=(const DeliveryTerminal&) = delete;
 
     // Does the work on a thread of its own while this one serves the windows.
-    void OnReceiveThread(const std::function<void()>& work);
+    void OnReceiveThread(const std::function<void()>& work) { OnReceiveThreads({work}); }
     void OnReceiveThreads(const std::vector<std::function<void()>>& works);
     // Takes the record out of the queue; empty when there is none.
     std::string TakeRecord();
     // Whether the event was set; it is reset.
     bool TakeEvent();
 
-    const std::string& Path() const { return terminal_.Folder(); }
-
+    TemporaryTerminal Terminal;
     KeyLog* Keys;
-    // What the main window has been sent: "copydata", "decode 7", "timer 924".
+    // What the main window has been sent: "copydata", "decode 7".
     std::vector<std::string> Messages;
     std::string CopiedRecord;
     std::size_t KeysBeforeCopy = 0;
-
-  private:
-    TemporaryTerminal terminal_;
-    HWND window_ = nullptr;
 };
-
-ScanData BarcodeScan(char codeType, const std::string& data);
-// The record bytes of a barcode scan.
-std::string BarcodeRecord(char codeType, const std::string& data);

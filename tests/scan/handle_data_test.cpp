@@ -1,8 +1,6 @@
 // From a reader's message to keys and records.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "scan/barcode_data.h"
 #include "scan/delivery.h"
 #include "scan/rfid_data.h"
@@ -10,6 +8,7 @@
 #include "settings/record.h"
 #include "shell/shell_state.h"
 #include "tests/scan/delivery_terminal.h"
+#include "tests/scan/scans.h"
 #include "tests/support/allocation_count.h"
 
 namespace {
@@ -47,9 +46,7 @@ TEST(HandleBarcode, OneMessageOneScan) {
 // The wait cursor of a tag's read is left out: it is carried to the main thread, in memory of the platform's.
 TEST(HandleData, AScanTakesNoMemoryFromTheHeap) {
     const std::string packet = "\013Ab12", message = "\033A005Ab12\xE9\r";
-    RfidScanData tag{};
-    std::strcpy(tag.uid, "E004");
-    std::strcpy(tag.data, "data");
+    const RfidScanData tag = TagScan("E004", "data");
     const auto handle = [](const std::string& bytes) {
         HandleBarcodeData(reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()));
     };
@@ -61,7 +58,7 @@ TEST(HandleData, AScanTakesNoMemoryFromTheHeap) {
     for (const auto& [device, scan] : cases) {
         DeliveryTerminal terminal(device);
         for (const Setting* setting : {&general::IncludeCodeType, &general::IncludeCodeLength,
-                                       &general::AutoEnter, &general::ReadRfidUid, &general::ReadRfidData}) {
+                                       &general::AutoEnter, &general::ReadRfidData}) {
             SetValue(*setting, '1');
         }
         SetValue(general::AutoEnterCharacter, '2');
@@ -82,7 +79,6 @@ TEST(HandleData, AScanTakesNoMemoryFromTheHeap) {
 
 TEST(HandleRfid, ALineThatIsNoTagIsNotDelivered) {
     DeliveryTerminal terminal(DeviceRfid);
-    SetValue(general::ReadRfidUid, '1');
     SetValue(general::DataOutput, '5');
     const std::string longest = "V" + std::string(22, 'A');
     for (const std::string& line : {""s, longest + "B", longest + std::string(200, 'B')}) {
