@@ -11,7 +11,7 @@
 
 #include "platform/linux/windows/message_loop.h"
 #include "platform/shell.h"
-#include "tests/platform/controls_fixture.h"
+#include "tests/platform/window_fixture.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <QToolButton>
 
 #include "platform/linux/windows/message_loop.h"
-#include "tests/platform/controls_fixture.h"
+#include "tests/platform/window_fixture.h"
 
 namespace {
 
@@ -18,13 +18,14 @@ class UpDownTest : public ControlsTest {
     UpDownTest() {
         edit_ = Make(u"EDIT", NumberEdit, QRect(10, 10, 100, 28), 201);
         upDown_ = Make(u"MSCTLS_UPDOWN32", Attached, QRect(0, 0, 12, 14), 911);
-        OnControl = [this](UINT message, WPARAM wParam, LPARAM) {
+        Handle = [this](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
             if (message == WM_COMMAND && wParam == static_cast<DWORD>(MAKELONG(201, EN_CHANGE))) {
                 ++changes_;
                 if (onChange_) {
                     onChange_();
                 }
             }
+            return 0;
         };
     }
     void SetRange(int low, int high) {
@@ -154,7 +155,10 @@ TEST_F(ControlsTest, ProgressPaintsAtOnceAndHandsOutNothing) {
     } painted;
     WidgetOf(progress)->installEventFilter(&painted);
     int handed = 0;
-    OnControl = [&](UINT, WPARAM, LPARAM) { ++handed; };
+    Handle = [&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
+        handed += message == WM_COMMAND || message == WM_TIMER;
+        return 0;
+    };
     QTimer::singleShot(0, qApp, [&] { ++handed; });
     PostMessageW(window_, WM_COMMAND, 1, 0);
     SetTimer(window_, 5, 1, nullptr);

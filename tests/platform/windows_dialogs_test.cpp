@@ -1,6 +1,4 @@
 // Dialogs, menus and boxes, clicked as a user does.
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QImageReader>
 #include <QLabel>
@@ -8,27 +6,15 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
-#include <QTimer>
 #include <thread>
 
 #include "platform/linux/windows/images.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/linux/windows/start_windows.h"
-#include "platform/linux/windows/window_object.h"
 #include "platform/shell.h"
 #include "resources/resource.h"
-#include "tests/support/temporary_terminal.h"
+#include "tests/platform/window_fixture.h"
 
 namespace {
-
-std::vector<std::pair<UINT, WPARAM>> Seen;
-LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_COMMAND) {
-        Seen.emplace_back(message, wParam);
-        return 0;
-    }
-    return DefWindowProcW(window, message, wParam, lParam);
-}
 
 // The button of the message box that shows the text; null when there is none.
 QPushButton* BoxButton(const QString& text) {
@@ -42,43 +28,23 @@ QPushButton* BoxButton(const QString& text) {
     return nullptr;
 }
 
-// Runs the step once the modal loop that comes next waits for input.
-void Then(std::function<void()> step) {
-    QTimer::singleShot(0, qApp, std::move(step));
-}
-
-class DialogsTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        layer::StartWindows();
-        Seen.clear();
-        WNDCLASSW windowClass{};
-        windowClass.lpfnWndProc = Procedure;
-        windowClass.lpszClassName = TEXT("DialogsTest");
-        RegisterClassW(&windowClass);
-        window_ = CreateWindowExW(0, TEXT("DialogsTest"), TEXT("test"), WS_VISIBLE, 0, 0, 240, 294, nullptr,
-                                  nullptr, nullptr, nullptr);
-        ASSERT_NE(window_, nullptr);
-    }
-    void TearDown() override {
-        DestroyWindow(window_);
-        layer::ForgetQuit();
-        layer::PumpMessages();
-    }
-    TemporaryTerminal terminal_;
-    HWND window_ = nullptr;
-};
-
 QMenu* OpenMenu() {
     return qobject_cast<QMenu*>(QApplication::activePopupWidget());
 }
 
-TEST_F(DialogsTest, TheTrayMenu) {
+TEST_F(ControlsTest, TheTrayMenu) {
     const HMENU menu = GetSubMenu(LoadMenuW(nullptr, MAKEINTRESOURCEW(IDM_TRAY)), 0);
     ASSERT_NE(menu, nullptr);
     EXPECT_EQ(CheckMenuItem(menu, IDM_BC_READER, MF_BYCOMMAND | MF_CHECKED), 0u);
     EnableMenuItem(menu, IDM_RFID_READER, MF_BYCOMMAND | MF_GRAYED);
     EXPECT_EQ(CheckMenuItem(menu, 4711, MF_CHECKED), 0xFFFFFFFFu);
+    std::vector<WPARAM> chosen;
+    Handle = [&](HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+        if (message == WM_COMMAND) {
+            chosen.push_back(wParam);
+        }
+        return DefWindowProcW(window, message, wParam, lParam);
+    };
     Then([] {
         QMenu* open = OpenMenu();
         ASSERT_NE(open, nullptr);
@@ -94,8 +60,7 @@ TEST_F(DialogsTest, TheTrayMenu) {
     });
     EXPECT_TRUE(TrackPopupMenuEx(menu, TPM_RIGHTALIGN | TPM_BOTTOMALIGN, 400, 300, window_, nullptr));
     layer::PumpMessages();
-    ASSERT_EQ(Seen.size(), 1u);
-    EXPECT_EQ(Seen[0], (std::pair<UINT, WPARAM>{WM_COMMAND, IDM_ABOUT}));
+    EXPECT_EQ(chosen, std::vector<WPARAM>{IDM_ABOUT});
 
     // Escape, quitting and destroying end it with nothing chosen.
     const std::function<void()> ends[] = {[] { QTest::keyClick(OpenMenu(), Qt::Key_Escape); },
@@ -110,11 +75,11 @@ TEST_F(DialogsTest, TheTrayMenu) {
         layer::ForgetQuit();
         layer::PumpMessages();
     }
-    EXPECT_EQ(Seen.size(), 1u);
+    EXPECT_EQ(chosen.size(), 1u);
     EXPECT_FALSE(TrackPopupMenuEx(menu, 0, 10, 20, window_, nullptr)) << "it has been destroyed";
 }
 
-TEST_F(DialogsTest, AnIconHasEveryPictureOfItsFile) {
+TEST_F(ControlsTest, AnIconHasEveryPictureOfItsFile) {
     const QIcon icon = layer::LoadIconResource(IDI_TRAY);
     QImageReader file(QStringLiteral(VANTREL_ICON));
     ASSERT_GT(file.imageCount(), 1);
@@ -127,7 +92,7 @@ TEST_F(DialogsTest, AnIconHasEveryPictureOfItsFile) {
     }
 }
 
-TEST_F(DialogsTest, ABoxGivesTheFocusBackAndGoesWithItsOwner) {
+TEST_F(ControlsTest, ABoxGivesTheFocusBackAndGoesWithItsOwner) {
     const HWND dialog = CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_CAUTION), window_, nullptr, 0);
     const struct {
         std::function<void()> End;
@@ -154,7 +119,7 @@ TEST_F(DialogsTest, ABoxGivesTheFocusBackAndGoesWithItsOwner) {
     DestroyWindow(another);
 }
 
-TEST_F(DialogsTest, BoxesOfSeveralThreadsEndInAnyOrder) {
+TEST_F(ControlsTest, BoxesOfSeveralThreadsEndInAnyOrder) {
     const auto ask = [&](LPCWSTR text) {
         EXPECT_EQ(MessageBoxW(window_, text, TEXT("Error Msg"), MB_OK), IDOK);
     };

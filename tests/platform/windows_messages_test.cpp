@@ -1,43 +1,20 @@
 // The message loop: timers, carried calls, quitting, windows that go while they are being told something.
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <thread>
 
 #include "platform/linux/windows/message_loop.h"
-#include "platform/linux/windows/start_windows.h"
-#include "platform/linux/windows/window_object.h"
+#include "tests/platform/window_fixture.h"
 #include "tests/support/manual_clock.h"
-#include "tests/support/temporary_terminal.h"
 
 namespace {
 
-using Handler = std::function<LRESULT(HWND, UINT, WPARAM, LPARAM)>;
-Handler Handle;
-
-LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    return Handle ? Handle(window, message, wParam, lParam) : DefWindowProcW(window, message, wParam, lParam);
-}
-
-class MessagesTest : public testing::Test {
+class MessagesTest : public WindowTest {
   protected:
-    void SetUp() override {
-        layer::StartWindows();
+    MessagesTest() {
         layer::InstallClock(&clock_);
         clock_.AddSource(layer::WindowTimers());
-        WNDCLASSW windowClass{};
-        windowClass.lpfnWndProc = Procedure;
-        windowClass.lpszClassName = TEXT("MessagesTest");
-        RegisterClassW(&windowClass);
-        window_ = CreateWindowExW(0, TEXT("MessagesTest"), TEXT("test"), 0, 0, 0, 20, 20, nullptr, nullptr,
-                                  nullptr, nullptr);
-        ASSERT_NE(window_, nullptr);
     }
-    void TearDown() override {
-        Handle = nullptr;
-        DestroyWindow(window_);
-        layer::ForgetQuit();
-        layer::PumpMessages();
+    ~MessagesTest() override {
         clock_.RemoveSource(layer::WindowTimers());
         layer::InstallClock(nullptr);
     }
@@ -66,9 +43,7 @@ class MessagesTest : public testing::Test {
         return message;
     }
 
-    TemporaryTerminal terminal_;
     layer::ManualClock clock_;
-    HWND window_ = nullptr;
     std::vector<WPARAM> seen_;
 };
 
@@ -174,8 +149,7 @@ TEST_F(MessagesTest, QuittingEndsEveryNestedLoop) {
         return 0;
     };
     PostMessageW(window_, WM_USER, 1, 0);
-    Handler inner = Handle;
-    Handle = [&, inner](HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+    Handle = [&, inner = Handle](HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
         if (message == WM_DESTROY) {
             PostQuitMessage(3);
             return 0;
@@ -214,8 +188,8 @@ TEST_F(MessagesTest, AWindowIsGoneForItsCallersOnceItIsDestroyed) {
 }
 
 TEST_F(MessagesTest, ADestroyedWindowTakesTheWindowsItOwnsAlong) {
-    const HWND owned = CreateWindowExW(0, TEXT("MessagesTest"), TEXT("owned"), 0, 0, 0, 20, 20, window_,
-                                       nullptr, nullptr, nullptr);
+    const HWND owned = CreateWindowExW(0, TestWindowClass, TEXT("owned"), 0, 0, 0, 20, 20, window_, nullptr,
+                                       nullptr, nullptr);
     std::vector<HWND> destroyed;
     Handle = [&](HWND window, UINT message, WPARAM, LPARAM) -> LRESULT {
         if (message == WM_DESTROY) {

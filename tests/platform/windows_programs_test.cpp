@@ -15,9 +15,8 @@
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/program_socket.h"
-#include "platform/linux/windows/start_windows.h"
+#include "tests/platform/window_fixture.h"
 #include "tests/support/child_process.h"
-#include "tests/support/temporary_terminal.h"
 
 namespace {
 
@@ -27,7 +26,7 @@ using testing::HasSubstr;
 
 std::vector<std::string> Received;
 
-LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT Note(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_COPYDATA) {
         const auto* data = reinterpret_cast<const COPYDATASTRUCT*>(lParam);
         Received.push_back("data " + std::to_string(data->dwData) + " " +
@@ -83,26 +82,13 @@ class Caller {
     layer::LineConnection connection_;
 };
 
-class ProgramsTest : public testing::Test {
+class ProgramsTest : public WindowTest {
   protected:
-    void SetUp() override {
-        layer::StartWindows();
-        layer::StopListening();
+    ProgramsTest() {
         layer::ForgetRegisteredMessages();
         Received.clear();
-        WNDCLASSW windowClass{};
-        windowClass.lpfnWndProc = Procedure;
-        windowClass.lpszClassName = TEXT("ProgramsTest");
-        RegisterClassW(&windowClass);
-        window_ = CreateWindowExW(0, TEXT("ProgramsTest"), TEXT("here"), 0, 0, 0, 20, 20, nullptr, nullptr,
-                                  nullptr, nullptr);
-        ASSERT_NE(window_, nullptr);
+        Handle = Note;
         ping_ = RegisterWindowMessageW(TEXT("TEST_PING"));
-    }
-    void TearDown() override {
-        DestroyWindow(window_);
-        layer::PumpMessages();
-        layer::StopListening();
     }
     // Broadcasts in a thread, as a receive thread does, while the main thread pumps or sleeps.
     std::chrono::milliseconds BroadcastInThread(bool pump) {
@@ -124,8 +110,6 @@ class ProgramsTest : public testing::Test {
     }
     std::string Windows(const std::string& name) const { return terminal_.Path("windows/" + name); }
 
-    TemporaryTerminal terminal_;
-    HWND window_ = nullptr;
     UINT ping_ = 0;
 };
 
@@ -146,8 +130,8 @@ TEST_F(ProgramsTest, LinesFromOutside) {
         const char* Answer;
         const char* Received;
     } cases[] = {
-        {"by class and title", R"({"find":{"class":"programstest","title":"here"}})", "\"window\":", ""},
-        {"another title", R"({"find":{"class":"ProgramsTest","title":"Here"}})", R"("window":0)", ""},
+        {"by class and title", R"({"find":{"class":"testwindow","title":"test"}})", "\"window\":", ""},
+        {"another title", R"({"find":{"class":"TestWindow","title":"Test"}})", R"("window":0)", ""},
         {"registered", R"({"message":"TEST_PING","wParam":3,"lParam":-4})", R"("result":11)",
          "TEST_PING 3 -4"},
         {"to one", R"({"message":"TEST_PING","window":)" + window + "}", R"("result":11)", "TEST_PING 0 0"},
@@ -156,7 +140,7 @@ TEST_F(ProgramsTest, LinesFromOutside) {
         {"bytes", R"({"message":"WM_COPYDATA","number":12,"data":"aGVsbG8="})", R"("result":9)",
          "data 12 hello"},
         {"no bytes", R"({"message":"WM_COPYDATA"})", R"("result":9)", "data 0 "},
-        {"the settings", R"({"message":1028,"class":"ProgramsTest","title":"here"})", R"("result":11)",
+        {"the settings", R"({"message":1028,"class":"TestWindow","title":"test"})", R"("result":11)",
          "1028 0 0"},
         {"the settings of everybody", R"({"message":1028})", "error", ""},
         {"another private message", R"({"message":1025,"window":)" + window + "}", "error", ""},

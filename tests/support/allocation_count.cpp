@@ -12,12 +12,9 @@ extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const 
 namespace {
 
 thread_local std::size_t Taken = 0;
-thread_local int Uncounted = 0;
 
 void NoteAllocation() {
-    if (Uncounted == 0) {
-        ++Taken;
-    }
+    ++Taken;
 }
 
 }  // namespace
@@ -35,14 +32,6 @@ CountAllocations::CountAllocations() {
 
 std::size_t CountAllocations::Count() const {
     return Taken - start_;
-}
-
-UncountedAllocations::UncountedAllocations() {
-    ++Uncounted;
-}
-
-UncountedAllocations::~UncountedAllocations() {
-    --Uncounted;
 }
 
 #ifndef COUNT_BY_HOOK

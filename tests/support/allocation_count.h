@@ -12,13 +12,3 @@ class CountAllocations {
   private:
     std::size_t start_;
 };
-
-// Leaves allocations of this thread out of every count while it lives: for calls into code that may take
-// memory.
-class UncountedAllocations {
-  public:
-    UncountedAllocations();
-    ~UncountedAllocations();
-    UncountedAllocations(const UncountedAllocations&) = delete;
-    UncountedAllocations& operator=(const UncountedAllocations&) = delete;
-};

@@ -39,33 +39,22 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
     std::array<int, 2> out{};
     Check(pipe2(in.data(), O_CLOEXEC) == 0 && pipe2(out.data(), O_CLOEXEC) == 0, "pipe2");
 
+    std::vector<std::string> words = command;
+    if (!environment.empty()) {
+        words.insert(words.begin(), environment.begin(), environment.end());
+        words.insert(words.begin(), "env");
+    }
     std::vector<char*> arguments;
-    for (const std::string& word : command) {
-        arguments.push_back(const_cast<char*>(word.c_str()));
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
-    std::vector<char*> variables;
-    for (const std::string& variable : environment) {
-        variables.push_back(const_cast<char*>(variable.c_str()));
-    }
-    for (char** own = environ; *own != nullptr; ++own) {
-        const std::string name = std::string(*own).substr(0, std::string(*own).find('=') + 1);
-        bool replaced = false;
-        for (const std::string& variable : environment) {
-            replaced = replaced || variable.starts_with(name);
-        }
-        if (!replaced) {
-            variables.push_back(*own);
-        }
-    }
-    variables.push_back(nullptr);
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, out[1], STDOUT_FILENO);
-    const int failed =
-        posix_spawnp(&id_, arguments[0], &actions, nullptr, arguments.data(), variables.data());
+    const int failed = posix_spawnp(&id_, arguments[0], &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     errno = failed;
     Check(failed == 0, arguments[0]);
@@ -153,10 +142,4 @@ std::optional<int> ChildProcess::Wait(int milliseconds) {
         }
     }
     return result_;
-}
-
-std::string OwnProgram() {
-    std::array<char, 4096> path{};
-    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : std::string();
 }

@@ -35,6 +35,3 @@ class ChildProcess {
     std::string pending_;
     std::optional<int> result_;
 };
-
-// The path of the running test program, to start it again in another role.
-std::string OwnProgram();

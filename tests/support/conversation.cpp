@@ -30,45 +30,16 @@ std::string TimeOf(const WireStep& step) {
 }  // namespace
 
 std::string Describe(const WireStep& step) {
-    const std::string value = std::to_string(step.Value);
-    const std::string port = std::to_string(step.Port) + " ";
-    switch (step.Act) {
-        case WireAct::Write:
-            return port + ">" + Hex(step.Bytes);
-        case WireAct::FailWrite:
-            return port + "> fails";
-        case WireAct::Rts:
-            return port + (step.Value ? "^ rts on" : "^ rts off");
-        case WireAct::Dtr:
-            return port + (step.Value ? "^ dtr on" : "^ dtr off");
-        case WireAct::Rate:
-            return port + "@ rate " + value;
-        case WireAct::Purge:
-            return port + "purge " + value;
-        case WireAct::Interval:
-            return port + "interval " + value;
-        case WireAct::Mask:
-            return port + "mask " + value;
-        case WireAct::Open:
-            return port + "open";
-        case WireAct::FailOpen:
-            return port + "open fails";
-        case WireAct::Close:
-            return port + "close";
-        case WireAct::LineBreak:
-            return port + (step.Value ? "^ break on" : "^ break off");
-        case WireAct::Receive:
-            return port + "<" + Hex(step.Bytes);
-        case WireAct::ReceiveBreak:
-            return port + "! break";
-        case WireAct::Unplug:
-            return port + "! unplugged";
-        case WireAct::Plug:
-            return port + "! plugged";
-        case WireAct::Nothing:
-            return "~ " + TimeOf(step) + "ms, and nothing else";
-    }
-    return {};
+    if (step.Act == WireAct::Nothing)
+        return "~ " + TimeOf(step) + "ms, and nothing else";
+    const WireActForm& form = *std::find_if(std::begin(WireActForms), std::end(WireActForms),
+                                            [&](const WireActForm& each) { return each.Act == step.Act; });
+    std::string text = std::to_string(step.Port) + form.Words + Hex(step.Bytes);
+    if (form.Value == WireActForm::OnOff)
+        text += step.Value ? " on" : " off";
+    else if (form.Value != WireActForm::None)
+        text += " " + std::to_string(step.Value);
+    return text;
 }
 
 Conversation::Conversation(layer::ManualClock& clock, Complaint complain)

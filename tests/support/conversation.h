@@ -48,7 +48,31 @@ struct WireStep {
     int Line = 0;  // of the script
 };
 
-std::string Describe(const WireStep& step);
+// How a script writes an act, and what value stands behind it.
+struct WireActForm {
+    enum Values { None, OnOff, Decimal, Hexadecimal };
+    WireAct Act;
+    std::string Words;
+    Values Value = None;
+};
+inline const WireActForm WireActForms[] = {
+    {WireAct::Write, ">"},
+    {WireAct::FailWrite, "> fails"},
+    {WireAct::Receive, "<"},
+    {WireAct::ReceiveBreak, "! break"},
+    {WireAct::Unplug, "! unplugged"},
+    {WireAct::Plug, "! plugged"},
+    {WireAct::Rts, "^ rts", WireActForm::OnOff},
+    {WireAct::Dtr, "^ dtr", WireActForm::OnOff},
+    {WireAct::LineBreak, "^ break", WireActForm::OnOff},
+    {WireAct::Rate, "@ rate", WireActForm::Decimal},
+    {WireAct::Purge, "@ purge", WireActForm::Decimal},
+    {WireAct::Interval, "@ interval", WireActForm::Decimal},
+    {WireAct::Mask, "@ mask", WireActForm::Hexadecimal},
+    {WireAct::FailOpen, "@ open fails"},
+    {WireAct::Open, "@ open"},
+    {WireAct::Close, "@ close"},
+};
 
 // What has arrived at a port and was not read yet.
 struct WireInput {

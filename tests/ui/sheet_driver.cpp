@@ -99,17 +99,6 @@ void DumpUnder(HWND tree, HTREEITEM first, int depth, std::string& out) {
     }
 }
 
-// The tree and the model that shows it have the same order.
-QModelIndex IndexOf(HWND tree, HTREEITEM item) {
-    int row = 0;
-    for (HTREEITEM before = PreviousBefore(tree, item); before; before = PreviousBefore(tree, before)) {
-        ++row;
-    }
-    HTREEITEM parent = ParentOf(tree, item);
-    const QModelIndex parentIndex = parent ? IndexOf(tree, parent) : QModelIndex();
-    return ViewOf(tree)->model()->index(row, 0, parentIndex);
-}
-
 }  // namespace
 
 SheetTest::SheetTest() {
@@ -220,15 +209,24 @@ QWidget* WidgetOf(HWND window) {
     return layer::FindWindowObject(window)->Widget();
 }
 
-QAbstractItemView* ViewOf(HWND tree) {
-    QWidget* widget = WidgetOf(tree);
-    auto* view = qobject_cast<QAbstractItemView*>(widget);
-    return view ? view : widget->findChild<QAbstractItemView*>();
+QTreeView* ViewOf(HWND tree) {
+    return qobject_cast<QTreeView*>(WidgetOf(tree));
+}
+
+// The tree and its model have the same order.
+QModelIndex IndexOf(HWND tree, HTREEITEM item) {
+    int row = 0;
+    for (HTREEITEM before = PreviousBefore(tree, item); before; before = PreviousBefore(tree, before)) {
+        ++row;
+    }
+    HTREEITEM parent = ParentOf(tree, item);
+    const QModelIndex parentIndex = parent ? IndexOf(tree, parent) : QModelIndex();
+    return ViewOf(tree)->model()->index(row, 0, parentIndex);
 }
 
 void Tap(HWND tree, HTREEITEM item, Spot spot) {
     ASSERT_NE(item, nullptr);
-    QAbstractItemView* view = ViewOf(tree);
+    QTreeView* view = ViewOf(tree);
     const QModelIndex index = IndexOf(tree, item);
     view->scrollTo(index);
     layer::PumpMessages();

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <QAbstractItemView>
+#include <QTreeView>
 #include <functional>
 #include <string>
 #include <vector>
@@ -64,7 +64,9 @@ void Tap(HWND tree, HTREEITEM item, Spot spot);
 void TapAndEdit(HWND tree, HTREEITEM item, const std::function<void(HWND)>& work);
 // Does the work as soon as an editor is open; until then `start` runs.
 void WithEditor(const std::function<void()>& start, const std::function<void(HWND)>& work);
-QAbstractItemView* ViewOf(HWND tree);
+QTreeView* ViewOf(HWND tree);
+// The item in the model that the view shows.
+QModelIndex IndexOf(HWND tree, HTREEITEM item);
 QWidget* WidgetOf(HWND window);
 
 // Types into the widget that has the focus: characters, and in brackets names of keys, [Backspace].

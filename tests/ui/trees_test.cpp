@@ -75,7 +75,7 @@ TEST_F(SheetTest, ASelectedRowCanBeReadAndTold) {
     Open(Device1D);
     HWND tree = ShowPage("General");
     Tap(tree, FindItem(tree, 10004), Spot::Label);
-    QAbstractItemView* view = ViewOf(tree);
+    QTreeView* view = ViewOf(tree);
     ASSERT_TRUE(view->hasFocus());
     const QImage shown = view->viewport()->grab(view->visualRect(view->currentIndex())).toImage();
     const QRgb around = view->palette().color(QPalette::Base).rgb();
@@ -103,7 +103,7 @@ TEST_F(SheetTest, ASelectedRowCanBeReadAndTold) {
 TEST_F(SheetTest, TheFocusCanBeSeen) {
     Open(Device1D);
     QWidget* sheet = WidgetOf(ShellState.SettingsSheet)->window();
-    QAbstractItemView* tree = ViewOf(ShowPage("General"));
+    QTreeView* tree = ViewOf(ShowPage("General"));
     int seen = 0;
     for (QWidget* part : sheet->findChildren<QWidget*>()) {
         if (qobject_cast<QAbstractButton*>(part) == nullptr && qobject_cast<QTabBar*>(part) == nullptr) {

@@ -1,38 +1,25 @@
 #include "tests/wire/wire_file.h"
 
-#include <cctype>
 #include <fstream>
 #include <map>
 #include <optional>
+#include <regex>
 #include <stdexcept>
 
 namespace {
 
 using Words = std::vector<std::string>;
 
+// Texts in quotes and other words, up to a comment.
 Words Split(const std::string& line) {
+    static const std::regex word(R"re("(\\.|[^"\\])*"|#.*|[^\s"]\S*|")re");
     Words words;
-    std::size_t i = 0;
-    while (i < line.size() && line[i] != '#') {
-        if (std::isspace(static_cast<unsigned char>(line[i]))) {
-            ++i;
-            continue;
-        }
-        std::string word(1, line[i++]);
-        if (word == "\"") {
-            while (i < line.size() && line[i] != '"') {
-                if (line[i] == '\\' && i + 1 < line.size())
-                    word += line[i++];
-                word += line[i++];
-            }
-            if (i++ >= line.size())
-                throw std::runtime_error("a text has no end");
-            word += '"';
-        } else {
-            while (i < line.size() && !std::isspace(static_cast<unsigned char>(line[i])))
-                word += line[i++];
-        }
-        words.push_back(word);
+    for (std::sregex_iterator found(line.begin(), line.end(), word), end; found != end; ++found) {
+        if (found->str()[0] == '#')
+            break;
+        if (found->str() == "\"")
+            throw std::runtime_error("a text has no end");
+        words.push_back(found->str());
     }
     return words;
 }
@@ -76,44 +63,21 @@ void ReadTime(const std::string& word, WireStep& step) {
     step.Timed = true;
 }
 
-// `^ rts on`, `@ mask 41`: what it is and what stands behind it.
-struct ActForm {
-    enum Values { None, OnOff, Decimal, Hexadecimal };
-    std::string Words;
-    WireAct Act;
-    Values Value = None;
-};
-const ActForm ActForms[] = {
-    {"> fails", WireAct::FailWrite},
-    {"! break", WireAct::ReceiveBreak},
-    {"! unplugged", WireAct::Unplug},
-    {"! plugged", WireAct::Plug},
-    {"^ rts", WireAct::Rts, ActForm::OnOff},
-    {"^ dtr", WireAct::Dtr, ActForm::OnOff},
-    {"^ break", WireAct::LineBreak, ActForm::OnOff},
-    {"@ rate", WireAct::Rate, ActForm::Decimal},
-    {"@ purge", WireAct::Purge, ActForm::Decimal},
-    {"@ interval", WireAct::Interval, ActForm::Decimal},
-    {"@ mask", WireAct::Mask, ActForm::Hexadecimal},
-    {"@ open fails", WireAct::FailOpen},
-    {"@ open", WireAct::Open},
-    {"@ close", WireAct::Close},
-};
-
 WireStep ReadAct(char sign, const Words& words) {
     WireStep step;
     std::string text(1, sign);
     for (std::size_t i = 1; i < words.size(); ++i)
         text += " " + words[i];
-    for (const ActForm& form : ActForms) {
-        if (text != form.Words && (form.Value == ActForm::None || !text.starts_with(form.Words + " ")))
+    for (const WireActForm& form : WireActForms) {
+        if (text != form.Words && (form.Value == WireActForm::None || !text.starts_with(form.Words + " ")))
             continue;
         step.Act = form.Act;
-        if (form.Value == ActForm::OnOff)
+        if (form.Value == WireActForm::OnOff)
             step.Value = On(words.at(2));
-        else if (form.Value != ActForm::None)
-            step.Value =
-                words.at(2) == "max" ? MAXDWORD : Number(words[2], form.Value == ActForm::Decimal ? 10 : 16);
+        else if (form.Value != WireActForm::None)
+            step.Value = words.at(2) == "max"
+                             ? MAXDWORD
+                             : Number(words[2], form.Value == WireActForm::Decimal ? 10 : 16);
         return step;
     }
     if (sign != '<' && sign != '>')

@@ -106,6 +106,17 @@ WORD DeviceBits(const std::string& name) {
     return names.at(name);
 }
 
+// `write`, or `purge` as in `@ purge 12`.
+WireAct SystemAct(const std::string& word) {
+    for (const WireActForm& form : WireActForms) {
+        if (form.Words == "^ " + word || form.Words == "@ " + word)
+            return form.Act;
+    }
+    if (word != "write")
+        throw std::runtime_error("no act of the system: " + word);
+    return WireAct::Write;
+}
+
 void CloseIfOpen(Relaxed<HANDLE>& handle) {
     if (HANDLE open = handle.Exchange(nullptr))
         CloseHandle(open);
@@ -185,11 +196,6 @@ void WireStage::Run(const WireCommand& command) {
 }
 
 void WireStage::Prepare(const Words& words) {
-    static const std::map<std::string, WireAct> acts{
-        {"write", WireAct::Write},    {"rts", WireAct::Rts},     {"dtr", WireAct::Dtr},
-        {"rate", WireAct::Rate},      {"purge", WireAct::Purge}, {"interval", WireAct::Interval},
-        {"mask", WireAct::Mask},      {"open", WireAct::Open},   {"close", WireAct::Close},
-        {"break", WireAct::LineBreak}};
     const std::string& what = words[0];
     if (what == "device") {
         WORD flags = 0;
@@ -216,9 +222,9 @@ void WireStage::Prepare(const Words& words) {
     } else if (what == "watch" || what == "ignore") {
         for (std::size_t i = 1; i < words.size(); ++i) {
             if (what == "watch")
-                watched_.insert(acts.at(words[i]));
+                watched_.insert(SystemAct(words[i]));
             else
-                watched_.erase(acts.at(words[i]));
+                watched_.erase(SystemAct(words[i]));
         }
         talk_.Watch(watched_);
     } else {
