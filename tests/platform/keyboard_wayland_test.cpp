@@ -13,12 +13,6 @@
 
 namespace {
 
-// How many labels are typed: a sample, or $VANTREL_LABELS.
-int Labels() {
-    const char* wanted = std::getenv("VANTREL_LABELS");
-    return wanted != nullptr ? std::atoi(wanted) : 100;
-}
-
 class WaylandKeyboard : public testing::Test {
   protected:
     static void Connect() {
@@ -40,20 +34,6 @@ TEST_F(WaylandKeyboard, FirstKeyOfANewKeyboardArrives) {
     const std::string all = AllCharacters();
     TypeText(all);
     EXPECT_EQ(session.Typed(all.size()), all);
-}
-
-TEST_F(WaylandKeyboard, LabelsArriveWholeAndInOrder) {
-    SwaySession session;
-    session.OpenTerminal();
-    Connect();
-    std::string expected;
-    for (int i = 0; i < Labels(); ++i) {
-        char label[32];
-        std::snprintf(label, sizeof label, "Ab%06d/x#Z%%?\r", i);
-        TypeText(label);
-        expected += label;
-    }
-    EXPECT_EQ(session.Typed(expected.size(), 60000), expected);
 }
 
 // The longest line, with Shift for each character: more than buffers on the way hold.

@@ -112,37 +112,6 @@ TEST_F(UpDownTest, TakesTheEndOfItsNeighboursPlace) {
     EXPECT_GE(buttons.width(), 2 * 20);
 }
 
-// ---- corrections while typing
-
-TEST_F(UpDownTest, ACorrectionKeepsTheCursorInFrontOfTheSameRest) {
-    // As a number editor corrects: leading zeros go, the range is 5 to 150.
-    onChange_ = [&] {
-        const int number = QString::fromStdString(Text()).toInt();
-        const std::string wanted = std::to_string(std::clamp(number, 5, 150));
-        if (Text() != wanted) {
-            SetText(wanted.c_str());
-        }
-    };
-    SendMessageW(edit_, EM_LIMITTEXT, 3, 0);
-    const struct {
-        const char* Before;
-        int Cursor;
-        const char* Typed;
-        const char* After;
-        int CursorAfter;
-    } typed[] = {{"12", 2, "0", "120", 3}, {"12", 0, "0", "12", 0},   {"15", 2, "9", "150", 3},
-                 {"12", 1, "0", "102", 2}, {"120", 3, "9", "120", 3}, {"99", 0, "9", "150", 1}};
-    for (const auto& step : typed) {
-        SetText(step.Before);
-        Edit()->setCursorPosition(step.Cursor);
-        QTest::keyClicks(Edit(), step.Typed);
-        EXPECT_EQ(Text(), step.After) << step.Before;
-        EXPECT_EQ(Edit()->cursorPosition(), step.CursorAfter) << step.Before;
-    }
-}
-
-// ---- progress
-
 TEST_F(ControlsTest, ProgressPaintsAtOnceAndHandsOutNothing) {
     HWND progress = Make(u"msctls_progress32", 0, QRect(10, 10, 100, 20));
     SendMessageW(progress, PBM_SETRANGE, 0, MAKELPARAM(0, 10));

@@ -239,23 +239,18 @@ TEST_F(TtyTest, NullDeviceIsASilentLine) {
     unlink(terminal_.Path("COM1").c_str());
     for (const char* name : {"COM1", "COM2"})
         ASSERT_EQ(symlink("/dev/null", terminal_.Path(name).c_str()), 0);
-    port_ = Open();
-    const HANDLE second = Open(TEXT("COM2:"));
+    const HANDLE first = Open();
+    port_ = Open(TEXT("COM2:"));
+    ASSERT_NE(first, INVALID_HANDLE_VALUE);
     ASSERT_NE(port_, INVALID_HANDLE_VALUE);
-    ASSERT_NE(second, INVALID_HANDLE_VALUE);
-    COMMTIMEOUTS timeouts{MAXDWORD, 0, 0, 0, 50};
-    SetCommTimeouts(second, &timeouts);
-    const std::string much(1000, 'v');
+    Timeouts(MAXDWORD, 50);
     for (int i = 0; i < 200; ++i) {
-        DWORD written = 0, read = 0;
-        char byte = 0;
-        EXPECT_TRUE(WriteFile(second, much.data(), static_cast<DWORD>(much.size()), &written, nullptr));
-        EXPECT_EQ(written, much.size());
-        EXPECT_TRUE(ReadFile(second, &byte, 1, &read, nullptr));
-        EXPECT_EQ(read, 0u);
-        PurgeComm(second, PURGE_TXCLEAR | PURGE_RXCLEAR);
+        EXPECT_EQ(Write(Bytes(1000, 'v')), 1000);
+        EXPECT_TRUE(Read().empty());
+        EXPECT_TRUE(readResult_);
+        PurgeComm(port_, PURGE_TXCLEAR | PURGE_RXCLEAR);
     }
-    EXPECT_TRUE(CloseHandle(second));
+    EXPECT_TRUE(CloseHandle(first));
 }
 
 TEST_F(TtyTest, LineStateReachesTheDevice) {

@@ -122,43 +122,21 @@ TEST_F(MessagesTest, CarriedCallsRunInsideNestedLoops) {
 }
 
 TEST_F(MessagesTest, QuittingEndsEveryNestedLoop) {
-    std::vector<std::string> ended;
+    layer::InstallClock(nullptr);
     std::atomic<int> threadsBox{-1};
     std::thread other;
-    Handle = [&](HWND window, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
-        if (message != WM_USER) {
-            return DefWindowProcW(window, message, wParam, 0);
-        }
-        switch (wParam) {
-            case 1:
-                PostMessageW(window, WM_USER, 2, 0);
-                MessageBoxW(window, TEXT("first"), TEXT("box"), MB_OK);
-                ended.emplace_back("box");
-                break;
-            case 2:
-                PostMessageW(window, WM_USER, 3, 0);
-                layer::RunModalLoop([] { return false; });
-                ended.emplace_back("loop");
-                break;
-            default:
-                other = std::thread(
-                    [&] { threadsBox = MessageBoxW(nullptr, TEXT("second"), TEXT("box"), MB_OK); });
-                PostMessageW(window, WM_CLOSE, 0, 0);
-                break;
-        }
-        return 0;
-    };
-    PostMessageW(window_, WM_USER, 1, 0);
-    Handle = [&, inner = Handle](HWND window, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
-        if (message == WM_DESTROY) {
+    bool inner = false;
+    Then([&] {
+        Then([&] {
+            other = std::thread([&] { threadsBox = MessageBoxW(nullptr, TEXT("2"), TEXT("box"), MB_OK); });
             PostQuitMessage(3);
-            return 0;
-        }
-        return inner(window, message, wParam, lParam);
-    };
-    const MSG message = RunMessages();
-    EXPECT_EQ(message.wParam, 3u);
-    EXPECT_EQ(ended, (std::vector<std::string>{"loop", "box"}));
+        });
+        layer::RunModalLoop([] { return false; });
+        inner = true;
+    });
+    EXPECT_EQ(MessageBoxW(window_, TEXT("1"), TEXT("box"), MB_OK), 0);
+    EXPECT_TRUE(inner);
+    EXPECT_EQ(RunMessages().wParam, 3u);
     // The box of the other thread may come up only now: it must not stay.
     PostQuitMessage(3);
     for (int i = 0; i < 500 && threadsBox < 0; ++i) {

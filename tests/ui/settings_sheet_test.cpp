@@ -54,8 +54,6 @@ TEST_F(SheetTest, HasAPagePerReaderAndOpensOnTheGeneralOne) {
         EXPECT_EQ(pages, terminal.Pages);
         EXPECT_EQ(tabs->currentIndex(), tabs->count() - 1);
         EXPECT_EQ(tabs->shape(), QTabBar::RoundedSouth);
-        DestroySheet();
-        layer::PumpMessages();
     }
 }
 
@@ -87,11 +85,9 @@ TEST_F(SheetTest, SwitchesTheReadersOffAndKeepsWhatTheyHold) {
     EXPECT_TRUE(Changed(general::GoodReadBeep));
 
     // Opened again before the change was applied: it still has to be.
-    DestroySheet();
     Open();
     EXPECT_TRUE(Changed(general::GoodReadBeep));
     ShellState.SettingsApplied = 1;
-    DestroySheet();
     Open();
     EXPECT_FALSE(Changed(general::GoodReadBeep));
 }

@@ -134,6 +134,8 @@ void SheetTest::Fit(WORD deviceFlags) {
 }
 
 void SheetTest::Open() {
+    DestroySheet();
+    layer::PumpMessages();
     ASSERT_TRUE(ShowSettingsSheet(ShellState.MainWindow));
     layer::PumpMessages();
 }

@@ -30,6 +30,7 @@ class SheetTest : public testing::Test {
 
     // The record with the factory defaults of these readers.
     static void Fit(WORD deviceFlags);
+    // In place of a sheet that is open.
     static void Open();
     static void Open(WORD deviceFlags) {
         Fit(deviceFlags);

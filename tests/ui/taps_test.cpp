@@ -41,8 +41,6 @@ TEST_F(SheetTest, ASwitchSwitchesOnItsImageOnly) {
             EXPECT_EQ(LineOf(tree, item), switched ? tapped.After : tapped.Before);
             EXPECT_EQ(Value(tapped.Field), switched ? before ^ 1 : before);
         }
-        DestroySheet();
-        layer::PumpMessages();
     }
 }
 
@@ -186,8 +184,6 @@ TEST_F(SheetTest, TheLengthsThatCountAreShownFromEveryModeToEveryOther) {
             EXPECT_EQ(LengthLines(tree, list), shown[mode]) << mode;
             EXPECT_EQ(LineOf(tree, FindChoice(tree, group.Mode, mode)).substr(0, 3), "(*)");
         }
-        DestroySheet();
-        layer::PumpMessages();
     }
 }
 
@@ -235,8 +231,6 @@ TEST_F(SheetTest, TwoKeysStartTheFirmwareUpgrade) {
             layer::PumpMessages();
         }
         EXPECT_EQ(World.Upgrades, sequence.Upgrades) << &sequence - sequences;
-        DestroySheet();
-        layer::PumpMessages();
     }
     clock.RemoveSource(layer::WindowTimers());
     layer::InstallClock(nullptr);

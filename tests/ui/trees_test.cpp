@@ -65,8 +65,6 @@ TEST_F(SheetTest, PagesShowTheItemsOfTheReaders) {
             }
         }
         EXPECT_EQ(shown + "General\n" + Dump(general), Reviewed(terminal.Letters)) << terminal.Letters;
-        DestroySheet();
-        layer::PumpMessages();
     }
 }
 

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <deque>
 #include <mutex>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "firmware/decoder.h"
@@ -250,6 +252,15 @@ DWORD WireStage::CallByName(const Words& words) {
     const auto result = [](auto value) { return static_cast<DWORD>(value); };
     const std::map<std::string, std::function<DWORD()>> calls{
         {"SendReaderCommand", [&] { return result(SendReaderCommand(port(), ReadWireBytes(words, 3))); }},
+        {"SendTogether",
+         [&] {
+             std::atomic<DWORD> sent = 0;
+             std::array<std::jthread, 2> threads;
+             for (auto& thread : threads)
+                 thread = std::jthread([&] { sent += SendReaderCommand(port(), ReadWireBytes(words, 3)); });
+             Let(1000);
+             return DWORD{sent};
+         }},
         {"RequestReply", [&] { return result(RequestReply(port(), ReadWireBytes(words, 3), reply_)); }},
         {"ReadRfidRegister",
          [&] {
