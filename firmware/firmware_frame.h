@@ -37,5 +37,21 @@ std::span<const BYTE> SealFrame(FirmwareFrame& frame);
 // Empties the frame; what the previous record was is kept.
 void ClearFrame(FirmwareFrame& frame);
 
+// Adds the record, and has `send`, a bool of a FirmwareFrame&, send the frame that must go before it and the
+// one that is full enough with it. False at once when a frame could not be sent.
+template <class Send>
+bool PackRecord(FirmwareFrame& frame, const Srecord& record, const Send& send) {
+    const auto sent = [&] {
+        const bool good = send(frame);
+        ClearFrame(frame);
+        return good;
+    };
+    if (MustSendBefore(frame, record) && !sent()) {
+        return false;
+    }
+    AddRecord(frame, record);
+    return !FullEnough(frame) || sent();
+}
+
 // The frame that ends the download and lets the decoder restart.
 inline constexpr std::array<BYTE, 9> EndFrame{'S', '7', 5, 0, 0, 0, 0, 0xFA, '\r'};

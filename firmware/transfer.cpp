@@ -82,21 +82,8 @@ void ShowProgress(Progress& progress, DWORD total, DWORD size) {
     }
 }
 
-ErrorCode SendRecord(FirmwareFrame& frame, const Srecord& record) {
-    if (MustSendBefore(frame, record)) {
-        if (SendFirmwareFrame(frame) != Success) {
-            return ErrorDownload;
-        }
-        ClearFrame(frame);
-    }
-    AddRecord(frame, record);
-    if (FullEnough(frame)) {
-        if (SendFirmwareFrame(frame) != Success) {
-            return ErrorDownload;
-        }
-        ClearFrame(frame);
-    }
-    return Success;
+bool SendOne(FirmwareFrame& frame) {
+    return SendFirmwareFrame(frame) == Success;
 }
 
 // Success with `over` set when the end record has been reached.
@@ -104,7 +91,7 @@ ErrorCode SendChunk(SrecordReader& reader, FirmwareFrame& frame, std::span<const
     for (const BYTE byte : bytes) {
         switch (FeedSrecord(reader, byte)) {
             case SrecordStep::Record:
-                if (SendRecord(frame, reader.Record) != Success) {
+                if (!PackRecord(frame, reader.Record, SendOne)) {
                     return ErrorDownload;
                 }
                 break;
@@ -121,7 +108,7 @@ ErrorCode SendChunk(SrecordReader& reader, FirmwareFrame& frame, std::span<const
 }
 
 ErrorCode SendEnd(FirmwareFrame& frame) {
-    if (frame.Size != 0 && SendFirmwareFrame(frame) != Success) {
+    if (frame.Size != 0 && !SendOne(frame)) {
         return ErrorDownload;
     }
     Sleep(BeforeEndFrame);

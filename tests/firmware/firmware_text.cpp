@@ -46,29 +46,22 @@ std::vector<Octets> FramesOf(std::string_view text) {
     std::vector<Octets> frames;
     SrecordReader reader{};
     FirmwareFrame frame{};
-    const auto send = [&] {
-        const auto bytes = SealFrame(frame);
+    const auto take = [&](FirmwareFrame& full) {
+        const auto bytes = SealFrame(full);
         frames.emplace_back(bytes.begin(), bytes.end());
-        ClearFrame(frame);
+        return true;
     };
     for (const char c : text) {
         const SrecordStep step = FeedSrecord(reader, static_cast<BYTE>(c));
         if (step == SrecordStep::End || step == SrecordStep::Bad) {
             break;
         }
-        if (step != SrecordStep::Record) {
-            continue;
-        }
-        if (MustSendBefore(frame, reader.Record)) {
-            send();
-        }
-        AddRecord(frame, reader.Record);
-        if (FullEnough(frame)) {
-            send();
+        if (step == SrecordStep::Record) {
+            PackRecord(frame, reader.Record, take);
         }
     }
     if (frame.Size != 0) {
-        send();
+        take(frame);
     }
     return frames;
 }

@@ -35,9 +35,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     SrecordReader reader{};
     FirmwareFrame frame{};
     Memory asked, sent;
-    const auto send = [&] {
-        CheckAndLoad(SealFrame(frame), sent);
-        ClearFrame(frame);
+    const auto send = [&](FirmwareFrame& full) {
+        CheckAndLoad(SealFrame(full), sent);
+        return true;
     };
     SrecordStep step = SrecordStep::More;
     for (std::size_t i = 0; i < size && step != SrecordStep::Bad && step != SrecordStep::End; ++i) {
@@ -48,16 +48,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         const Srecord& record = reader.Record;
         Require(record.Size >= 1 && record.Size <= SrecordDataLimit);
         Load(asked, record.Address, std::span<const BYTE>(record.Data).first(record.Size));
-        if (MustSendBefore(frame, record)) {
-            send();
-        }
-        AddRecord(frame, record);
-        if (FullEnough(frame)) {
-            send();
-        }
+        PackRecord(frame, record, send);
     }
     if (frame.Size != 0) {
-        send();
+        send(frame);
     }
     Require(sent == asked);
     return 0;

@@ -7,7 +7,7 @@
 #include "link/parameter_download.h"
 #include "resources/resource.h"
 #include "settings/pages.h"
-#include "settings_words.h"
+#include "tests/settings/record_fixture.h"
 
 namespace {
 
@@ -23,8 +23,8 @@ std::vector<const Setting*> ReaderFields(ReaderType type) {
 
 void AllAlike(WORD device) {
     DeviceFlags = device;
-    FillSettings([](WORD) { return WORD{'0'}; }, [](WORD) { return WORD{'0'}; });
-    MakeNoneChanged();
+    FillRecord('0');
+    TakeSnapshots();
 }
 
 TEST(EverySetting, OfA1DReaderStandsInTheBlock) {

@@ -5,27 +5,6 @@
 
 namespace {
 
-TEST(EscapeFrame, TakesTheLongestCommandAndRefusesALongerOne) {
-    EscFrame frame;
-    const std::size_t size = BuildEscapeFrame(TextBytes("ON"), frame);
-    EXPECT_EQ(std::string(60, 'F') + "1B4F4E0D", Hex({frame.data(), size}));
-    const std::vector<BYTE> longest(226, 'x');
-    EXPECT_EQ(258u, BuildEscapeFrame(longest, frame));
-    EXPECT_EQ(0x0D, frame[257]);
-    EXPECT_EQ(0u, BuildEscapeFrame(std::vector<BYTE>(227, 'x'), frame));
-    EXPECT_EQ(32u, BuildEscapeFrame({}, frame));
-}
-
-TEST(SsiPacket, RefusesALengthThatCannotBeRight) {
-    SsiFrame frame;
-    for (const char* packet : {"", "03 E4 04", "00", "05 E4 04 00", "FF E4 04 00"})
-        EXPECT_EQ(0u, SealSsiPacket(Bytes(packet), frame)) << packet;
-    std::vector<BYTE> longest(255, 0xFF);
-    EXPECT_EQ(257u, SealSsiPacket(longest, frame));
-    // 255 * 0xFF = 0xFE01, negated 0x01FF: the accumulator is 16 bits wide.
-    EXPECT_EQ("01FF", Hex({frame.data() + 255, 2}));
-}
-
 TEST(SsiPacket, FindsWhatAReadBeginsWith) {
     const struct {
         const char* Read;

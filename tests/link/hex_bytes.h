@@ -1,31 +1,21 @@
-// Bytes written as hexadecimal text, blanks allowed, and back; independent of the system's own converter.
+// Bytes from hexadecimal text with blanks between, and as such text without; independent of the system's own
+// converter.
 #pragma once
 
 #include <cstdio>
 #include <span>
+#include <sstream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/base.h"
 
-inline std::vector<BYTE> Bytes(std::string_view hex) {
+inline std::vector<BYTE> Bytes(const std::string& hex) {
+    std::istringstream words(hex);
     std::vector<BYTE> bytes;
-    std::string pair;
-    for (const char character : hex) {
-        if (character == ' ')
-            continue;
-        pair += character;
-        if (pair.size() == 2) {
-            bytes.push_back(static_cast<BYTE>(std::stoi(pair, nullptr, 16)));
-            pair.clear();
-        }
-    }
+    for (unsigned value; words >> std::hex >> value;)
+        bytes.push_back(static_cast<BYTE>(value));
     return bytes;
-}
-
-inline std::vector<BYTE> TextBytes(std::string_view text) {
-    return {text.begin(), text.end()};
 }
 
 inline std::string Hex(std::span<const BYTE> bytes) {

@@ -2,8 +2,8 @@
 
 #include <cstring>
 #include <sstream>
+#include <string>
 
-#include "hex_bytes.h"
 #include "link/packet_message.h"
 
 namespace {

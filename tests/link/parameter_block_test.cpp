@@ -4,7 +4,7 @@
 #include "link/parameter_download.h"
 #include "settings/decoder1d_fields.h"
 #include "settings/general_fields.h"
-#include "settings_words.h"
+#include "tests/settings/record_fixture.h"
 
 namespace {
 
@@ -30,8 +30,10 @@ TEST(ParameterBlock, PutsEveryFieldInItsPlace) {
     };
     DeviceFlags = Device1D;
     for (int bit = 0; bit < 9; ++bit) {
-        FillSettings([bit](WORD i) { return static_cast<WORD>('0' + ((i + 1) >> bit & 1)); },
-                     [bit](WORD i) { return static_cast<WORD>('0' + ((i + 301) >> bit & 1)); });
+        for (std::size_t word = 0; word < RecordWords; ++word) {
+            const std::size_t number = word < SymbologyWords ? word + 1 : word - SymbologyWords + 301;
+            RecordWord(word) = static_cast<WORD>('0' + (number >> bit & 1));
+        }
         EXPECT_EQ(expected[bit], BlockHex()) << bit;
     }
 }
@@ -57,12 +59,12 @@ TEST(ParameterBlock, LaysDigitsOverTheirBits) {
     };
     DeviceFlags = Device1D;
     for (const auto& c : cases) {
-        FillSettings([](WORD) { return WORD{'0'}; }, [](WORD) { return WORD{'0'}; });
+        FillRecord('0');
         SetValue(*c.Field, c.Word);
         EXPECT_EQ(c.Expected, BlockHex().substr(2 * c.Byte, 2)) << c.Byte;
     }
     // Two neighbours that share bit 6.
-    FillSettings([](WORD) { return WORD{'0'}; }, [](WORD) { return WORD{'0'}; });
+    FillRecord('0');
     SetValue(CodabarStartStopCharacter, '4');
     SetValue(Matrix25StartStopCharacter, '1');
     EXPECT_EQ("48", BlockHex().substr(14, 2));

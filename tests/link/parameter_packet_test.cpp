@@ -4,7 +4,7 @@
 #include "link/parameter_download.h"
 #include "settings/engine_fields.h"
 #include "settings/general_fields.h"
-#include "settings_words.h"
+#include "tests/settings/record_fixture.h"
 
 namespace {
 
@@ -22,28 +22,26 @@ class ParameterPackets : public testing::Test {
 
     void Fit(WORD device) {
         DeviceFlags = device;
-        FillSettings([](WORD) { return WORD{'0'}; }, [](WORD) { return WORD{'0'}; });
-        MakeNoneChanged();
+        FillRecord('0');
+        TakeSnapshots();
     }
 };
 
 // Every word holds its own number plus an offset, so that a value tells where it was taken from. The packets
 // were worked out by a program of their own.
 TEST_F(ParameterPackets, HoldEveryChangedFieldInOrder) {
-    const auto fill = [] {
-        FillSettings([](WORD i) { return static_cast<WORD>(0x70 + i); },
-                     [](WORD i) { return static_cast<WORD>(0x150 + i); });
-        MakeAllChanged();
-    };
+    FillRecord(0x1234);
+    TakeSnapshots();
+    for (std::size_t word = 0; word < RecordWords; ++word)
+        RecordWord(word) =
+            static_cast<WORD>(word < SymbologyWords ? 0x70 + word : 0x150 + word - SymbologyWords);
     DeviceFlags = DeviceLaser;
-    fill();
     EXPECT_EQ(
         "81C60408FF014002410C4204430344534510465077284829492A4A224B234C244D254E264F27505551445208590E5A545B00"
         "630D645665E76612981399306A2B6B116C097C1AAE1BAF068616B817B9318A2C8B528C059F14D115D207A918DB19DC36AD37"
         "AE0BC21EF41FF532C62EC733C8F052DBF053DCF054DDF08DDE88BF89C0",
         PacketHex(ParameterRows::Laser));
     DeviceFlags = DeviceImager;
-    fill();
     EXPECT_EQ(
         "7BC60408FF014002410C4204430344534510465077284829492A4A224B234C244D254E264F27505551445208590E5A545B00"
         "630D645665E76612981399306A2B6B116C097C1AAE1BAF0A861CB81DB9348A2F8B069F16D117D231A32CA452A505B814EA15"

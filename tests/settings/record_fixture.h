@@ -3,12 +3,19 @@
 
 #include <gtest/gtest.h>
 
-#include "settings/record.h"
+#include "settings/settings_change.h"
 
-// All zero, no reader, no page built.
-void ClearRecord();
+// The same in every word of both blocks.
+inline void FillRecord(WORD word) {
+    for (std::size_t number = 0; number < RecordWords; ++number)
+        RecordWord(number) = word;
+}
 
 class RecordTest : public testing::Test {
   protected:
-    void SetUp() override { ClearRecord(); }
+    RecordTest() { Clear(); }
+    static void Clear() {
+        DeviceFlags = 0;
+        FillRecord(0);
+    }
 };

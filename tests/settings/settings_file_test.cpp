@@ -43,32 +43,24 @@ Bytes FileOf(unsigned major, unsigned minor) {
 
 TEST_F(SettingsFileTest, EveryWordHasItsPlace) {
     DeviceFlags = 0x2124;
-    for (std::size_t word = 0; word < SymbologyWords; ++word)
-        SymbologySettings[word] = static_cast<WORD>(0x4000 + word);
-    for (std::size_t word = 0; word < GeneralWords; ++word)
-        GeneralSettings[word] = static_cast<WORD>(0xA100 + word);
-    Bytes expected(1100, 0);
-    const unsigned char header[] = {1, 0, 1, 0, 5, 0, 0, 0};
-    std::ranges::copy(header, expected.begin());
+    Bytes expected = {1, 0, 1, 0, 5, 0, 0, 0};
+    expected.resize(1100);
     PutWord(expected, 40, 0x2124);
-    for (unsigned word = 0; word < 260; ++word)
-        PutWord(expected, 240 + 2 * word, 0x4000 + word);
-    for (unsigned word = 0; word < 170; ++word)
-        PutWord(expected, 760 + 2 * word, 0xA100 + word);
+    for (unsigned word = 0; word < RecordWords; ++word) {
+        RecordWord(word) = static_cast<WORD>(0xA100 + word);
+        PutWord(expected, 240 + 2 * word, 0xA100 + word);
+    }
 
     Store(Bytes(5000, 0xEE));  // an older, longer file leaves nothing behind
     ASSERT_EQ(SaveSettings(), 1);
     EXPECT_EQ(ReadBack(), expected);
 
-    ClearRecord();
+    Clear();
     ASSERT_EQ(LoadSettings(), 1);
     EXPECT_EQ(DeviceFlags, 0x2124);
-    EXPECT_EQ(SymbologySettings[259], 0x4103);
-    EXPECT_EQ(GeneralSettings[169], 0xA1A9);
-    EXPECT_EQ(GeneralSettings[17], 0xA111);
-    EXPECT_EQ(GeneralSettings[18], 0) << "the prefix is ended inside its words";
-    EXPECT_EQ(GeneralSettings[29], 0) << "the suffix is ended inside its words";
-    EXPECT_EQ(GeneralSettings[30], 0xA11E);
+    // Prefix and suffix are ended inside their words.
+    for (unsigned word = 0; word < RecordWords; ++word)
+        EXPECT_EQ(RecordWord(word), word == 260 + 18 || word == 260 + 29 ? 0 : 0xA100 + word) << word;
 }
 
 // The record goes on with the first choice, and so does the next start once it has saved.

@@ -26,7 +26,7 @@ class SettingsText : public RecordTest {
         return File();
     }
     static void MakeNew(WORD devices) {
-        ClearRecord();
+        Clear();
         DeviceFlags = devices;
         ResetSettings(ResetAllGroups);
     }
