@@ -7,6 +7,7 @@
 #include <X11/keysym.h>
 #include <poll.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
@@ -130,11 +131,7 @@ unsigned XClient::LockedModifiers() const {
 bool XClient::AnyKeyDown() const {
     char keys[32] = {};
     XQueryKeymap(display_, keys);
-    for (const char bits : keys) {
-        if (bits != 0)
-            return true;
-    }
-    return false;
+    return std::any_of(std::begin(keys), std::end(keys), [](char bits) { return bits != 0; });
 }
 
 bool XClient::IsDown(KeySym key) const {

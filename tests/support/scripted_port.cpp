@@ -66,20 +66,15 @@ BOOL ScriptedPorts::Port::Read(void* buffer, DWORD size, DWORD& read) {
     auto lock = Talk().Acquire();
     const std::uint64_t start = Talk().Time().Now();
     const unsigned aborted = readsAborted_;
-    const DWORD interval = timeouts_.ReadIntervalTimeout, multiplier = timeouts_.ReadTotalTimeoutMultiplier,
-                constant = timeouts_.ReadTotalTimeoutConstant;
-    const bool atOnce = interval == MAXDWORD && multiplier == 0 && constant == 0;
-    const std::uint64_t total = multiplier == 0 && constant == 0
-                                    ? layer::Forever
-                                    : start + std::uint64_t{multiplier} * size + constant;
+    const DWORD interval = timeouts_.ReadIntervalTimeout;  // the only one that is used
     for (;;) {
         WireInput& input = Input();
         if (closed_ || aborted != readsAborted_ || (input.Unplugged && input.Bytes.empty()))
             return FALSE;
-        std::uint64_t end = total;
-        if (!input.Bytes.empty() && interval != 0 && interval != MAXDWORD)
-            end = std::min(end, std::max(input.LastArrival, start) + interval);
-        if (atOnce || input.Bytes.size() >= size || Talk().Time().Now() >= end) {
+        std::uint64_t end = layer::Forever;
+        if (!input.Bytes.empty() && interval != 0)
+            end = std::max(input.LastArrival, start) + interval;
+        if (interval == MAXDWORD || input.Bytes.size() >= size || Talk().Time().Now() >= end) {
             read = static_cast<DWORD>(std::min<std::size_t>(size, input.Bytes.size()));
             std::copy_n(input.Bytes.begin(), read, static_cast<BYTE*>(buffer));
             input.Bytes.erase(input.Bytes.begin(), input.Bytes.begin() + read);
