@@ -9,7 +9,6 @@
 #include <QTest>
 #include <algorithm>
 #include <filesystem>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 
@@ -102,8 +101,6 @@ AppStage::AppStage(Conversation::Complaint complain) : WireStage(std::move(compl
     layer::SeeWithoutAScreen();
     layer::PrepareKeyboard();
     RegisterMainClass();
-    std::destroy_at(&ShellState);
-    std::construct_at(&ShellState);
     ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
     ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.MainWindow = CreateWindowExW(0, WindowClassName, WindowTitle, WS_VISIBLE, 0, 0, 240, 294,

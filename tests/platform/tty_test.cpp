@@ -74,6 +74,13 @@ class TtyTest : public testing::Test {
             return Outcome{result, events};
         });
     }
+    // Ends it by another mask: again and again, since the other thread may not have come to wait yet.
+    Outcome EndByMask(std::future<Outcome> wait, DWORD mask) {
+        while (!Ready(wait, 5ms)) {
+            SetCommMask(port_, mask);
+        }
+        return wait.get();
+    }
     template <class Result>
     static bool Ready(const std::future<Result>& wait, std::chrono::milliseconds time) {
         return wait.wait_for(time) == std::future_status::ready;
@@ -152,11 +159,7 @@ TEST_F(TtyTest, WaitIsWokenByBytesAMaskAndTheClose) {
 
     wait = WaitElsewhere();
     EXPECT_FALSE(Ready(wait, 50ms));
-    // The other thread may not have come to wait yet.
-    while (!Ready(wait, 10ms)) {
-        SetCommMask(port_, EV_BREAK);
-    }
-    outcome = wait.get();
+    outcome = EndByMask(std::move(wait), EV_BREAK);
     EXPECT_TRUE(outcome.Result);
     EXPECT_EQ(outcome.Events, 0u);
 
@@ -164,10 +167,7 @@ TEST_F(TtyTest, WaitIsWokenByBytesAMaskAndTheClose) {
     wait = WaitElsewhere();
     reader_->Send(Bytes(6000, 'y'));
     EXPECT_FALSE(Ready(wait, 50ms));
-    while (!Ready(wait, 10ms)) {
-        SetCommMask(port_, 0);
-    }
-    EXPECT_TRUE(wait.get().Result);
+    EXPECT_TRUE(EndByMask(std::move(wait), 0).Result);
 
     // Without a mask there is nothing to wait for until the port is closed.
     wait = WaitElsewhere();
@@ -348,11 +348,7 @@ TEST_F(TtyTest, MaskAndCloseEndAWaitOnAnUnpluggedPort) {
     reader_->CloseMaster();
     BOOL woken = FALSE;
     for (int tries = 0; tries < 20 && !woken; ++tries) {
-        auto wait = WaitElsewhere();
-        while (!Ready(wait, 1ms)) {
-            SetCommMask(port_, EV_BREAK);
-        }
-        woken = wait.get().Result;
+        woken = EndByMask(WaitElsewhere(), EV_BREAK).Result;
     }
     EXPECT_TRUE(woken);
     auto wait = WaitElsewhere();

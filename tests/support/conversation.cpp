@@ -12,22 +12,10 @@ bool IsReaderAct(WireAct act) {
     return act >= WireAct::Receive;
 }
 
-std::string Hex(const std::vector<BYTE>& bytes) {
-    std::string text;
-    char digits[4];
-    for (const BYTE byte : bytes) {
-        std::snprintf(digits, sizeof digits, " %02X", byte);
-        text += digits;
-    }
-    return text;
-}
-
 std::string TimeOf(const WireStep& step) {
     return step.Least == step.Most ? std::to_string(step.Least)
                                    : std::to_string(step.Least) + ".." + std::to_string(step.Most);
 }
-
-}  // namespace
 
 std::string Describe(const WireStep& step) {
     if (step.Act == WireAct::Nothing)
@@ -39,6 +27,18 @@ std::string Describe(const WireStep& step) {
         text += step.Value ? " on" : " off";
     else if (form.Value != WireActForm::None)
         text += " " + std::to_string(step.Value);
+    return text;
+}
+
+}  // namespace
+
+std::string Hex(const std::vector<BYTE>& bytes) {
+    std::string text;
+    char digits[4];
+    for (const BYTE byte : bytes) {
+        std::snprintf(digits, sizeof digits, " %02X", byte);
+        text += digits;
+    }
     return text;
 }
 

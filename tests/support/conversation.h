@@ -74,6 +74,9 @@ inline const WireActForm WireActForms[] = {
     {WireAct::Close, "@ close"},
 };
 
+// " 04 D0": a blank in front of each.
+std::string Hex(const std::vector<BYTE>& bytes);
+
 // What has arrived at a port and was not read yet.
 struct WireInput {
     std::deque<BYTE> Bytes;

@@ -4,6 +4,7 @@
 #include <QLineEdit>
 
 #include "app/settings_window.h"
+#include "platform/linux/kernel/terminal.h"
 #include "platform/linux/windows/message_loop.h"
 #include "resources/resource.h"
 #include "settings/all_fields.h"
@@ -205,7 +206,7 @@ TEST_F(SheetTest, AnAcceptedNumberIsStoredAndShown) {
     Open(DeviceLaser);
     HWND tree = ShowPage("General");
     HTREEITEM item = FindItem(tree, 12002);
-    TapAndEdit(tree, item, [](HWND) { Type("[All]25[Enter]"); });
+    TapAndEdit(tree, item, [](HWND) { Type("[All]25[Return]"); });
     EXPECT_EQ(Value(general::BarcodeDecodeTimeout), 25);
     EXPECT_EQ(LineOf(tree, item), "# 12002 Barcode Decode Timeout :    2.5  sec.");
     TapAndEdit(tree, item, [](HWND editor) {
@@ -247,7 +248,7 @@ TEST_F(SheetTest, ALeftEditorChangesNothing) {
     }
     WCHAR prefix[TextWords];
     GetText(general::PrefixCode, prefix);
-    EXPECT_EQ(Narrow(prefix), "old");
+    EXPECT_EQ(layer::ToUtf8(prefix), "old");
     EXPECT_EQ(Value(general::VibrateDuration), 2);
     EXPECT_EQ(Value(decoder1d::Industrial25Length2), 127);
     EXPECT_TRUE(World.MainMessages.empty());
@@ -273,7 +274,7 @@ TEST_F(SheetTest, APairIsStoredTheLargerFirst) {
                 WidgetOf(GetDlgItem(editor, IDC_EDIT))->setFocus();
                 Type(std::string("[All]") + pair.First);
                 WidgetOf(GetDlgItem(editor, IDC_EDIT_2))->setFocus();
-                Type(std::string("[All]") + pair.Second + "[Enter]");
+                Type(std::string("[All]") + pair.Second + "[Return]");
             });
             EXPECT_EQ(Value(engine::Code39Length1), pair.Larger);
             EXPECT_EQ(Value(engine::Code39Length2), pair.Smaller);
@@ -310,7 +311,7 @@ TEST_F(SheetTest, ATextIsStoredUpToItsLimit) {
     };
     for (const auto& text : texts) {
         QApplication::clipboard()->setText(QString::fromUtf16(text.Pasted));
-        TapAndEdit(tree, FindItem(tree, text.Item), [&](HWND) { Type(std::string(text.Keys) + "[Enter]"); });
+        TapAndEdit(tree, FindItem(tree, text.Item), [&](HWND) { Type(std::string(text.Keys) + "[Return]"); });
         const ItemBuffer stored = ReadItem(PageGeneral, text.Item).Text;
         EXPECT_EQ(std::u16string(stored.data()), text.Stored);
     }

@@ -163,7 +163,7 @@ TEST_F(SheetTest, AnErrorUnderAnEditorIsShownAndEndsBoth) {
     });
     answer.start(5);
     // The second is being closed with OK.
-    for (const char* keys : {"[All]lost", "[All]lost[Enter]"}) {
+    for (const char* keys : {"[All]lost", "[All]lost[Return]"}) {
         answered = false;
         ShowWindow(ShellState.MainWindow, SW_SHOWNORMAL);
         Open(Device1D);

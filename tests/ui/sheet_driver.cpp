@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QMetaEnum>
 #include <QTabBar>
 #include <QTest>
 #include <QTimer>
@@ -10,6 +11,7 @@
 
 #include "firmware/upgrade.h"
 #include "link/read_control.h"
+#include "platform/linux/kernel/terminal.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/screen.h"
 #include "platform/linux/windows/start_windows.h"
@@ -58,23 +60,6 @@ void RegisterMainClass() {
         return RegisterClassW(&windowClass) != 0;
     }();
     ASSERT_TRUE(registered);
-}
-
-HWND FindDescendant(const layer::WindowObject& window, int id) {
-    for (const layer::WindowPtr& child : window.Children()) {
-        if (child->Id() == id) {
-            return child->Handle();
-        }
-        if (HWND found = FindDescendant(*child, id)) {
-            return found;
-        }
-    }
-    return nullptr;
-}
-
-HTREEITEM Next(HWND tree, WPARAM relation, HTREEITEM item) {
-    return reinterpret_cast<HTREEITEM>(
-        SendMessageW(tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
 }
 
 HTREEITEM FindUnder(HWND tree, HTREEITEM first, DWORD parameter) {
@@ -157,15 +142,16 @@ HWND SheetTest::ShowPage(const char* title) {
     layer::PumpMessages();
     static const std::map<std::string, int> trees = {
         {"1D", IDC_TREE_1D}, {"2D", IDC_TREE_2D}, {"General", IDC_TREE_GENERAL}};
-    return FindDescendant(*sheet, trees.at(title));
-}
-
-std::string Narrow(const WCHAR* text) {
-    return QString::fromUtf16(text).toStdString();
+    for (const layer::WindowPtr& page : sheet->Children()) {
+        if (HWND tree = GetDlgItem(page->Handle(), trees.at(title))) {
+            return tree;
+        }
+    }
+    return nullptr;
 }
 
 HTREEITEM FindItem(HWND tree, DWORD itemId) {
-    return FindUnder(tree, Next(tree, TVGN_ROOT, nullptr), itemId);
+    return FindUnder(tree, FirstChildOf(tree, TVI_ROOT), itemId);
 }
 
 HTREEITEM FindChoice(HWND tree, DWORD listId, DWORD parameter) {
@@ -190,7 +176,7 @@ std::string LineOf(HWND tree, HTREEITEM item) {
                                ? QString("0x%1").arg(QString::number(known.Parameter, 16).toUpper(), 4, u'0')
                                : QString::number(known.Parameter);
     return std::string(images[static_cast<std::size_t>(known.Image) % 8]) + " " + number.toStdString() + " " +
-           Narrow(text);
+           layer::ToUtf8(text);
 }
 
 std::vector<std::string> ChildrenOf(HWND tree, HTREEITEM item) {
@@ -203,7 +189,7 @@ std::vector<std::string> ChildrenOf(HWND tree, HTREEITEM item) {
 
 std::string Dump(HWND tree) {
     std::string out;
-    DumpUnder(tree, Next(tree, TVGN_ROOT, nullptr), 1, out);
+    DumpUnder(tree, FirstChildOf(tree, TVI_ROOT), 1, out);
     return out.substr(1) + "\n";
 }
 
@@ -281,19 +267,6 @@ void TapAndEdit(HWND tree, HTREEITEM item, const std::function<void(HWND)>& work
 }
 
 void Type(const std::string& keys) {
-    static const std::map<std::string, int> names = {{"Backspace", Qt::Key_Backspace},
-                                                     {"Delete", Qt::Key_Delete},
-                                                     {"Home", Qt::Key_Home},
-                                                     {"End", Qt::Key_End},
-                                                     {"Left", Qt::Key_Left},
-                                                     {"Up", Qt::Key_Up},
-                                                     {"Down", Qt::Key_Down},
-                                                     {"Enter", Qt::Key_Return},
-                                                     {"Escape", Qt::Key_Escape},
-                                                     {"Tab", Qt::Key_Tab},
-                                                     {"Space", Qt::Key_Space},
-                                                     {"F2", Qt::Key_F2},
-                                                     {"F7", Qt::Key_F7}};
     for (std::size_t i = 0; i < keys.size(); ++i) {
         QWidget* focus = QApplication::focusWidget();
         ASSERT_NE(focus, nullptr);
@@ -303,12 +276,13 @@ void Type(const std::string& keys) {
         }
         const std::size_t end = keys.find(']', i);
         const std::string name = keys.substr(i + 1, end - i - 1);
+        const int value = QMetaEnum::fromType<Qt::Key>().keyToValue(("Key_" + name).c_str());
         if (name == "All") {
             QTest::keyClick(focus, Qt::Key_A, Qt::ControlModifier);
         } else if (name == "Paste") {
             QTest::keyClick(focus, Qt::Key_V, Qt::ControlModifier);
         } else {
-            QTest::keyClick(focus, static_cast<Qt::Key>(names.at(name)));
+            QTest::keyClick(focus, static_cast<Qt::Key>(value));
         }
         i = end;
     }
@@ -323,9 +297,9 @@ void PressButton(HWND dialog, int id) {
 std::string TextOf(HWND dialog, int control) {
     WCHAR text[128] = {};
     GetDlgItemTextW(dialog, control, text, 128);
-    return Narrow(text);
+    return layer::ToUtf8(text);
 }
 
 std::string CaptionOf(HWND window) {
-    return Narrow(layer::FindWindowObject(window)->Text().c_str());
+    return layer::ToUtf8(layer::FindWindowObject(window)->Text().c_str());
 }

@@ -47,8 +47,6 @@ extern Outside World;
 // As the main window does it.
 void DestroySheet();
 
-std::string Narrow(const WCHAR* text);
-
 // An item of a page by its number; a choice by its list and its parameter. Null when there is none.
 HTREEITEM FindItem(HWND tree, DWORD itemId);
 HTREEITEM FindChoice(HWND tree, DWORD listId, DWORD parameter);
@@ -70,7 +68,8 @@ QTreeView* ViewOf(HWND tree);
 QModelIndex IndexOf(HWND tree, HTREEITEM item);
 QWidget* WidgetOf(HWND window);
 
-// Types into the widget that has the focus: characters, and in brackets names of keys, [Backspace].
+// Types into the widget that has the focus: characters, and in brackets names of keys as Qt has them,
+// [Backspace].
 void Type(const std::string& keys);
 void PressButton(HWND dialog, int id);
 std::string TextOf(HWND dialog, int control);

@@ -52,14 +52,7 @@ int RecordRfid(const char* line, DWORD length) {
 }
 
 std::string HexOf(const std::vector<BYTE>& bytes) {
-    constexpr std::size_t Shown = 300;
-    std::string text;
-    char digits[4];
-    for (std::size_t i = 0; i < bytes.size() && i < Shown; ++i) {
-        std::snprintf(digits, sizeof digits, "%02X ", bytes[i]);
-        text += digits;
-    }
-    return text + "(" + std::to_string(bytes.size()) + " bytes)";
+    return Hex(bytes) + " (" + std::to_string(bytes.size()) + " bytes)";
 }
 
 struct Variable {
@@ -108,15 +101,13 @@ WORD DeviceBits(const std::string& name) {
     return names.at(name);
 }
 
-// `write`, or `purge` as in `@ purge 12`.
+// `purge` as in `@ purge 12`.
 WireAct SystemAct(const std::string& word) {
     for (const WireActForm& form : WireActForms) {
         if (form.Words == "^ " + word || form.Words == "@ " + word)
             return form.Act;
     }
-    if (word != "write")
-        throw std::runtime_error("no act of the system: " + word);
-    return WireAct::Write;
+    throw std::runtime_error("no act of the system: " + word);
 }
 
 void CloseIfOpen(Relaxed<HANDLE>& handle) {
@@ -128,6 +119,8 @@ constexpr std::uint64_t LongestCall = 10'000;
 
 // Everything that a case before this one may have left.
 void ClearState() {
+    std::destroy_at(&ShellState);
+    std::construct_at(&ShellState);
     DeviceFlags = 0;
     for (auto& word : SymbologySettings)
         word = 0;
@@ -135,14 +128,6 @@ void ClearState() {
         word = 0;
     TakeSnapshots();
     SnapshotsTaken = 0;
-    ShellState.ReaderReady = 0;
-    ShellState.ReconfigureReaders = 0;
-    ShellState.BarcodeThreadRun = 0;
-    ShellState.RfidThreadRun = 0;
-    ShellState.RfidReadActive = 0;
-    ShellState.BarcodeEnabled = 0;
-    ShellState.TransferBusy = 0;
-    ShellState.LaserHold = 0;
     RfidReaderModel = 0;
     const std::lock_guard lock(receivedMutex);
     received.clear();
