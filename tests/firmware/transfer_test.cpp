@@ -166,10 +166,15 @@ TEST_F(FirmwareTransfer, FileAndWindowsAreLeftInOrderByEveryFailure) {
         DWORD Result;
     } const cases[] = {
         {"download-refuse", ErrorSetBarcodeReader},
+        {"erase-silent", ErrorSetBarcodeReader},
+        {"erase-refuse", ErrorEraseFlash},
+        {"erase-no-fb", ErrorEraseFlash},
         {"erase-no-fa", ErrorEraseFlash},
         {"frame-fb x4", ErrorDownload},
+        {"frame-text XX", ErrorDownload},
         {"frame-silent after1", ErrorDownload},
         {"end-silent", ErrorDownload},
+        {"frame-fn x3", Success},
         {"frame-fb x3 after1", Success},
     };
     const std::string text = RecordLine('3', 0, Octets(100, 1)) + RecordLine('3', 100, Octets(50, 2)) + "S7";
@@ -243,6 +248,10 @@ TEST_F(FirmwareTransfer, TheWarningNamesTheVersion) {
         EXPECT_EQ(VersionLine(), shown) << told;
         EXPECT_TRUE(!Caution.Scrolls || shown.size() > 20) << "a part of it is out of sight";
     }
+    // ESC in the last place, without a CR behind it.
+    Wire->Command("fault com1 reply 56 65 72 20 39 1B");
+    ShowCaution(WM_COMMAND, IDOK);
+    EXPECT_EQ(VersionLine(), "");
 }
 
 TEST_F(FirmwareTransfer, TheWarningAsksASilentDecoderFiveTimes) {

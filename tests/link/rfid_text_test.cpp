@@ -10,14 +10,18 @@ TEST(RegisterReply, TellsTheAnswersApart) {
         RegisterAnswer Expected;
         std::string_view Value;
     } cases[] = {
+        {"41424344\r\n", RegisterAnswer::Value, "41424344"},
+        {"F1f2F3f4\r\n", RegisterAnswer::Value, "F1f2F3f4"},
         {"\r\n\r\n41424344", RegisterAnswer::Value, "41424344"},
         {"S\r\n41424344\r\n", RegisterAnswer::Value, "41424344"},
         {"S\r\nN\r\n", RegisterAnswer::Value, "N"},
         {"S", RegisterAnswer::Again, ""},
         {"N\r\n4142", RegisterAnswer::Refused, ""},
         {"\r\n\n\r", RegisterAnswer::Refused, ""},
+        {"F\r\n", RegisterAnswer::Failed, ""},
         {"F1F2F3\r\n", RegisterAnswer::Failed, ""},
         {"FAILURE!\r", RegisterAnswer::Failed, ""},
+        {"I", RegisterAnswer::Broken, ""},
         {"4142", RegisterAnswer::Broken, ""},
         {"S\r\n414243", RegisterAnswer::Broken, ""},
         // Of another length but ended: what the reader says counts.

