@@ -39,18 +39,6 @@ BOOL PlaySoundW(LPCWSTR, HMODULE, DWORD) {
 
 namespace {
 
-void RegisterMainClass() {
-    static const bool registered = [] {
-        WNDCLASSW windowClass = {};
-        windowClass.lpfnWndProc = MainWndProc;
-        windowClass.lpszClassName = WindowClassName;
-        return RegisterClassW(&windowClass) != 0;
-    }();
-    if (!registered) {
-        throw std::runtime_error("the window class cannot be registered");
-    }
-}
-
 // A program that has started, found its readers as configured, and switched them on.
 void BeRunning() {
     if (HasBarcodeReader()) {
@@ -100,7 +88,10 @@ AppStage::AppStage(Conversation::Complaint complain) : WireStage(std::move(compl
     layer::StartWindows();
     layer::SeeWithoutAScreen();
     layer::PrepareKeyboard();
-    RegisterMainClass();
+    WNDCLASSW windowClass = {};
+    windowClass.lpfnWndProc = MainWndProc;
+    windowClass.lpszClassName = WindowClassName;
+    RegisterClassW(&windowClass);
     ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
     ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.MainWindow = CreateWindowExW(0, WindowClassName, WindowTitle, WS_VISIBLE, 0, 0, 240, 294,
@@ -271,6 +262,11 @@ void AppStage::ExpectText(int line, const std::string& what, const std::string& 
 
 void AppStage::Expect(const Words& words, int line) {
     const std::string& what = At(words, 1);
+    const std::map<std::string, std::string> states{
+        {"sheet", ShellState.SettingsSheet ? "open" : "closed"},
+        {"program", layer::QuitPending() ? "ended" : "running"},
+        {"window", IsWindowVisible(ShellState.MainWindow) ? "shown" : "hidden"},
+        {"vibrator", ReadWholeFile(terminal_.Path("VIBRATOR")).starts_with("1") ? "on" : "off"}};
     if (what == "box") {
         ExpectText(line, "the box", Unquote(At(words, 2)), boxes_.empty() ? "" : boxes_.front());
         if (!boxes_.empty()) {
@@ -284,21 +280,8 @@ void AppStage::Expect(const Words& words, int line) {
     } else if (what == "typed") {
         const std::vector<BYTE> typed = ReadWireBytes(words, 2);
         ExpectText(line, "what is typed", {typed.begin(), typed.end()}, Typed());
-    } else if (what == "sheet") {
-        ExpectText(line, what, At(words, 2), ShellState.SettingsSheet ? "open" : "closed");
-    } else if (what == "program") {
-        ExpectText(line, what, At(words, 2), layer::QuitPending() ? "ended" : "running");
-    } else if (what == "window") {
-        HWND window = ShellState.MainWindow;
-        ExpectText(line, what, At(words, 2), IsWindowVisible(window) ? "shown" : "hidden");
-    } else if (what == "vibrator") {
-        ExpectText(line, what, At(words, 2),
-                   ReadWholeFile(terminal_.Path("VIBRATOR")).starts_with("1") ? "on" : "off");
-    } else if (what == "file") {
-        const std::string file = ReadWholeFile(terminal_.Path("DiskOnChip/Vantrel.ini"));
-        const std::size_t at = ToNumber(At(words, 2));
-        Same(line, "the file at " + words[2], ToNumber(At(words, 3)),
-             at < file.size() ? static_cast<BYTE>(file[at]) : 0x100u);
+    } else if (const auto state = states.find(what); state != states.end()) {
+        ExpectText(line, what, At(words, 2), state->second);
     } else {
         WireStage::Expect(words, line);
     }

@@ -1,8 +1,6 @@
-// Another program of the terminal, for the tests of windows: it does what its first argument says and writes
-// what happens, a line each.
+// Another program of the terminal, for the tests of windows: it has a window of this class and title, and
+// writes what happens to it, a line each.
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include "platform/linux/kernel/terminal.h"
@@ -31,9 +29,12 @@ LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lPar
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-int Serve(const char* className, const char* title) {
-    const std::u16string name = layer::FromUtf8(className);
-    const std::u16string caption = layer::FromUtf8(title);
+}  // namespace
+
+int main(int, char** arguments) {
+    setvbuf(stdout, nullptr, _IOLBF, 0);
+    const std::u16string name = layer::FromUtf8(arguments[1]);
+    const std::u16string caption = layer::FromUtf8(arguments[2]);
     WNDCLASSW windowClass{};
     windowClass.lpfnWndProc = Procedure;
     windowClass.lpszClassName = name.c_str();
@@ -52,24 +53,4 @@ int Serve(const char* className, const char* title) {
     }
     std::puts("left");
     return 0;
-}
-
-int Register(int count, char** names) {
-    for (int i = 0; i < count; ++i) {
-        std::printf("%X\n", RegisterWindowMessageW(layer::FromUtf8(names[i]).c_str()));
-    }
-    return 0;
-}
-
-}  // namespace
-
-int main(int count, char** arguments) {
-    setvbuf(stdout, nullptr, _IOLBF, 0);
-    if (count >= 4 && std::strcmp(arguments[1], "serve") == 0) {
-        return Serve(arguments[2], arguments[3]);
-    }
-    if (count >= 3 && std::strcmp(arguments[1], "register") == 0) {
-        return Register(count - 2, arguments + 2);
-    }
-    return 2;
 }

@@ -236,7 +236,7 @@ TEST_F(ProgramsTest, ACallerWaitsWhileThereAreNoDescriptors) {
 }
 
 TEST_F(ProgramsTest, AnotherProgramIsFoundAndSentTo) {
-    ChildProcess child({WINDOWS_CHILD, "serve", "Elsewhere", "there \xC3\xA4"});
+    ChildProcess child({WINDOWS_CHILD, "Elsewhere", "there \xC3\xA4"});
     ASSERT_EQ(child.ReadLine(), "ready");
     EXPECT_EQ(FindWindowW(TEXT("Elsewhere"), TEXT("there")), nullptr);
     const HWND window = FindWindowW(TEXT("Elsewhere"), TEXT("there \u00E4"));
@@ -265,8 +265,8 @@ TEST_F(ProgramsTest, AnotherProgramIsFoundAndSentTo) {
 
 TEST_F(ProgramsTest, ABroadcastReachesAllButThoseThatOweAnAnswer) {
     layer::LongestSend = 1000ms;
-    ChildProcess good({WINDOWS_CHILD, "serve", "Good", "good"});
-    ChildProcess stuck({WINDOWS_CHILD, "serve", "Stuck", "stuck"});
+    ChildProcess good({WINDOWS_CHILD, "Good", "good"});
+    ChildProcess stuck({WINDOWS_CHILD, "Stuck", "stuck"});
     ASSERT_EQ(good.ReadLine(), "ready");
     ASSERT_EQ(stuck.ReadLine(), "ready");
 
@@ -350,19 +350,15 @@ TEST_F(ProgramsTest, NumbersOfRegisteredMessagesAreTheSameEverywhere) {
     EXPECT_EQ(RegisterWindowMessageW(TEXT("")), 0u);
     EXPECT_EQ(RegisterWindowMessageW(TEXT("two\nlines")), 0u);
 
-    // Enough names that some meet on one number: all differ, and another program has the same.
-    std::vector<std::string> command = {WINDOWS_CHILD, "register"};
-    std::map<UINT, std::string> numbers;
+    // Enough names that some meet on one number: all differ, and a program that starts later has the same.
+    std::map<UINT, std::u16string> numbers;
     for (int i = 0; i < 250; ++i) {
-        const std::string name = "NAME_" + std::to_string(i);
-        const UINT number = RegisterWindowMessageW(layer::FromUtf8(name).c_str());
-        EXPECT_TRUE(numbers.emplace(number, name).second) << name << " has the number of " << numbers[number];
-        command.push_back(name);
+        const std::u16string name = layer::FromUtf8("NAME_" + std::to_string(i));
+        EXPECT_TRUE(numbers.emplace(RegisterWindowMessageW(name.c_str()), name).second) << i;
     }
-    ChildProcess child(command);
-    for (int i = 0; i < 250; ++i) {
-        const UINT number = static_cast<UINT>(std::stoul(child.ReadLine().value_or("0"), nullptr, 16));
-        EXPECT_EQ(numbers[number], "NAME_" + std::to_string(i));
+    layer::ForgetRegisteredMessages();
+    for (const auto& [number, name] : numbers) {
+        EXPECT_EQ(RegisterWindowMessageW(name.c_str()), number) << layer::ToUtf8(name);
     }
 }
 

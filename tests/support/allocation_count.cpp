@@ -1,6 +1,5 @@
 #include "tests/support/allocation_count.h"
 
-#include <cerrno>
 #include <cstdlib>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -42,7 +41,6 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* old, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
 
 void* malloc(std::size_t size) {
     NoteAllocation();
@@ -57,26 +55,6 @@ void* calloc(std::size_t count, std::size_t size) {
 void* realloc(void* old, std::size_t size) {
     NoteAllocation();
     return __libc_realloc(old, size);
-}
-
-void* memalign(std::size_t alignment, std::size_t size) {
-    NoteAllocation();
-    return __libc_memalign(alignment, size);
-}
-
-void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    NoteAllocation();
-    return __libc_memalign(alignment, size);
-}
-
-int posix_memalign(void** result, std::size_t alignment, std::size_t size) {
-    NoteAllocation();
-    void* memory = __libc_memalign(alignment, size);
-    if (memory == nullptr) {
-        return ENOMEM;
-    }
-    *result = memory;
-    return 0;
 }
 }
 

@@ -23,6 +23,15 @@ QWidget* SheetWidget() {
     return WidgetOf(ShellState.SettingsSheet);
 }
 
+// What the main window does.
+void DestroySheetOn(UINT wanted) {
+    World.OnMain = [=](UINT message) {
+        if (message == wanted) {
+            DestroySheet();
+        }
+    };
+}
+
 void ClickButton(const char* text) {
     for (QPushButton* button : SheetWidget()->findChildren<QPushButton*>()) {
         QString shown = button->text();
@@ -93,11 +102,7 @@ TEST_F(SheetTest, SwitchesTheReadersOffAndKeepsWhatTheyHold) {
 }
 
 TEST_F(SheetTest, OkAppliesOnceAndMayTakeTheSheetAway) {
-    World.OnMain = [](UINT message) {
-        if (message == WM_APPLYSETTINGS) {
-            DestroySheet();
-        }
-    };
+    DestroySheetOn(WM_APPLYSETTINGS);
     for (const bool onOtherPage : {false, true}) {
         World.MainMessages.clear();
         Open(Device1D);
@@ -115,11 +120,7 @@ TEST_F(SheetTest, OkAppliesOnceAndMayTakeTheSheetAway) {
 }
 
 TEST_F(SheetTest, EveryWayOfCancellingClosesTheProgram) {
-    World.OnMain = [](UINT message) {
-        if (message == WM_CLOSE) {
-            DestroySheet();
-        }
-    };
+    DestroySheetOn(WM_CLOSE);
     const std::function<void()> ways[] = {
         [] { ClickButton("Cancel"); },
         [] { Type("[Escape]"); },

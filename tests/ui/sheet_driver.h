@@ -13,7 +13,7 @@
 #include "tests/support/temporary_terminal.h"
 #include "ui/tree_view.h"
 
-enum class Spot { Image, Label };
+enum class Spot { Button, Image, Label };
 
 // What reached the program outside the sheet.
 struct Outside {
@@ -57,6 +57,8 @@ std::vector<std::string> ChildrenOf(HWND tree, HTREEITEM item);
 // Everything in the tree, indented; choices behind their list.
 std::string Dump(HWND tree);
 
+// Where that part of the item is in the view.
+QPoint PlaceOf(HWND tree, HTREEITEM item, Spot spot);
 // Unfolds what hides the item and clicks on it.
 void Tap(HWND tree, HTREEITEM item, Spot spot);
 // The same, and does the work once the editor is open. The editor must be closed by it.

@@ -25,10 +25,9 @@ class TreeTest : public SheetTest {
     }
     // The row's rectangle in the viewport, without what is in front of the item.
     QRect RowOf(HTREEITEM item) { return View()->visualRect(IndexOf(tree_, item)); }
-    QPoint At(HTREEITEM item, int x) { return {RowOf(item).left() + x, RowOf(item).center().y()}; }
-    QPoint ButtonOf(HTREEITEM item) { return At(item, -11); }
-    QPoint ImageOf(HTREEITEM item) { return At(item, 11); }
-    QPoint LabelOf(HTREEITEM item) { return At(item, 30); }
+    QPoint ButtonOf(HTREEITEM item) { return PlaceOf(tree_, item, Spot::Button); }
+    QPoint ImageOf(HTREEITEM item) { return PlaceOf(tree_, item, Spot::Image); }
+    QPoint LabelOf(HTREEITEM item) { return PlaceOf(tree_, item, Spot::Label); }
     bool IsOpen(HTREEITEM item) { return View()->isExpanded(IndexOf(tree_, item)); }
     // An item whose text is much too long for the width of a terminal.
     void InsertLong(HTREEITEM parent) {
