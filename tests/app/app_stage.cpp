@@ -1,5 +1,5 @@
-#include "tests/app/app_stage.h"
-
+// The whole program on a stage: the real main window and its windows without a screen, threads and all, on
+// scripted ports and a manual clock. README.md tells the commands it adds.
 #include <unistd.h>
 
 #include <QApplication>
@@ -7,8 +7,11 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <algorithm>
+#include <deque>
 #include <filesystem>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 
@@ -30,6 +33,8 @@
 #include "settings/record.h"
 #include "settings/settings_file.h"
 #include "shell/shell_state.h"
+#include "tests/support/temporary_terminal.h"
+#include "tests/wire/wire_runner.h"
 #include "ui/tree_view.h"
 
 // There is no sound device.
@@ -81,7 +86,37 @@ std::string PlainText(QString text) {
     return text.remove('&').toStdString();
 }
 
-}  // namespace
+class AppStage : public WireStage {
+  public:
+    explicit AppStage(Conversation::Complaint complain);
+    ~AppStage() override;
+
+    void CheckEnd(int line) override;
+
+  private:
+    void Prepare(const Words& words) override;
+    DWORD CallByName(const Words& words) override;
+    void Expect(const Words& words, int line) override;
+    std::uint64_t NextTimer() override;
+    void RunMainWindow() override;
+
+    DWORD OpenMenu(const std::string& item);
+    // Looks for boxes and menus, which run loops of their own, and answers them.
+    void AnswerWindows();
+    void ExpectText(int line, const std::string& what, const std::string& expected, const std::string& got);
+    // What the keyboard has typed since the last look.
+    std::string Typed();
+
+    TemporaryTerminal terminal_;
+    QTimer watch_;
+    std::deque<std::string> boxes_;  // texts of those that came
+    Words atBox_;                    // called while the next one is up
+    Words atTime_;                   // called at this time of the clock
+    std::uint64_t time_ = layer::Forever;
+    std::map<std::string, std::string> items_;  // of the menu that was opened last
+    std::string pick_;                          // what to take of it
+    std::size_t typed_ = 0;
+};
 
 AppStage::AppStage(Conversation::Complaint complain) : WireStage(std::move(complain)) {
     setenv("VANTREL_KEYBOARD", ("trace:" + Keys.Path).c_str(), 1);
@@ -290,4 +325,10 @@ void AppStage::Expect(const Words& words, int line) {
 void AppStage::CheckEnd(int line) {
     ExpectText(line, "an unexpected box", "", boxes_.empty() ? "" : boxes_.front());
     WireStage::CheckEnd(line);
+}
+
+}  // namespace
+
+std::unique_ptr<WireStage> MakeStage(Conversation::Complaint complain) {
+    return std::make_unique<AppStage>(std::move(complain));
 }

@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "platform/kernel.h"
@@ -17,27 +19,16 @@ namespace {
 
 constexpr DWORD AsFile = SND_FILENAME | SND_NOWAIT | SND_ASYNC;
 
-// Notes what it is told; the first sound holds it up until it is let go.
+// Notes what it is told, unless it is held up.
 struct Notes {
-    std::mutex Mutex;
-    std::condition_variable Changed;
+    std::atomic<int> Told = 0;
+    std::mutex Hold;
     std::vector<std::string> Lines;
-    bool Hold = false;
 
     void Add(const std::string& line) {
-        std::unique_lock lock(Mutex);
+        ++Told;
+        const std::scoped_lock lock(Hold);
         Lines.push_back(line);
-        Changed.notify_all();
-        Changed.wait(lock, [this] { return !Hold; });
-    }
-    void AwaitLines(std::size_t count) {
-        std::unique_lock lock(Mutex);
-        Changed.wait(lock, [&] { return Lines.size() >= count; });
-    }
-    void SetHold(bool hold) {
-        std::scoped_lock lock(Mutex);
-        Hold = hold;
-        Changed.notify_all();
     }
 };
 
@@ -58,16 +49,19 @@ TEST(Sound, TheNewestWishCountsAndNoCallerWaits) {
     layer::InstallSound(std::make_unique<NotingSound>(notes));
     EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Default.wav"), nullptr, AsFile));
     layer::FinishSounds();
-    notes.SetHold(true);
+    std::unique_lock hold(notes.Hold);
+    const int before = notes.Told;
     EXPECT_TRUE(PlaySoundW(nullptr, nullptr, SND_NOWAIT));
-    notes.AwaitLines(3);
+    while (notes.Told == before) {
+        std::this_thread::yield();
+    }
     // The sound thread stands still now; all of this returns at once, and takes nothing from the heap.
     const CountAllocations allocations;
     EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\Alarm2.wav"), nullptr, AsFile));
     EXPECT_TRUE(PlaySoundW(nullptr, nullptr, SND_NOWAIT));
     EXPECT_TRUE(PlaySoundW(TEXT("\\Windows\\LowBatt.wav"), nullptr, AsFile));
     EXPECT_EQ(allocations.Count(), 0u);
-    notes.SetHold(false);
+    hold.unlock();
     layer::FinishSounds();
     EXPECT_TRUE(PlaySoundW(TEXT("\\..\\escape.wav"), nullptr, AsFile));
     EXPECT_FALSE(PlaySoundW(TEXT("SystemDefault"), nullptr, SND_ASYNC));

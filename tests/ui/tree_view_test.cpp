@@ -18,6 +18,8 @@ class TreeTest : public SheetTest {
     void Show(WORD devices, const char* page) {
         Open(devices);
         tree_ = ShowPage(page);
+        View()->resize(240, 260);
+        layer::PumpMessages();
     }
     QTreeView* View() { return ViewOf(tree_); }
     HTREEITEM Selected() {

@@ -124,9 +124,6 @@ HCURSOR SetCursor(HCURSOR) {
     return nullptr;
 }
 
-int main(int argc, char** argv) {
-    return RunWireFiles(argc, argv, WIRE_FILES,
-                        [](Conversation::Complaint complain) -> std::unique_ptr<WireStage> {
-                            return std::make_unique<LinkStage>(std::move(complain));
-                        });
+std::unique_ptr<WireStage> MakeStage(Conversation::Complaint complain) {
+    return std::make_unique<LinkStage>(std::move(complain));
 }

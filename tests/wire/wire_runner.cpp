@@ -11,10 +11,10 @@ namespace {
 
 class WireTest : public testing::Test {
   public:
-    WireTest(const WireCase& wireCase, StageMaker makeStage) : case_(wireCase), makeStage_(makeStage) {}
+    explicit WireTest(const WireCase& wireCase) : case_(wireCase) {}
 
     void TestBody() override {
-        const auto stage = makeStage_(
+        const auto stage = MakeStage(
             [this](int line, const std::string& what) { ADD_FAILURE_AT(case_.File.c_str(), line) << what; });
         for (const WireCommand& command : case_.Commands) {
             try {
@@ -30,32 +30,30 @@ class WireTest : public testing::Test {
 
   private:
     const WireCase case_;
-    const StageMaker makeStage_;
 };
 
-void Register(const std::filesystem::path& file, StageMaker makeStage) {
+void Register(const std::filesystem::path& file) {
     std::string suite = file.stem().string();
     std::replace(suite.begin(), suite.end(), '-', '_');
     for (const WireCase& wireCase : ReadWireFile(file.string())) {
         testing::RegisterTest(suite.c_str(), wireCase.Name.c_str(), nullptr, nullptr, wireCase.File.c_str(),
-                              wireCase.Line,
-                              [=]() -> testing::Test* { return new WireTest(wireCase, makeStage); });
+                              wireCase.Line, [=]() -> testing::Test* { return new WireTest(wireCase); });
     }
 }
 
 }  // namespace
 
-int RunWireFiles(int argc, char** argv, const char* folder, StageMaker makeStage) {
+int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    for (const auto& entry : std::filesystem::directory_iterator(WIRE_FILES)) {
         if (entry.path().extension() == ".wire")
             files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
     try {
         for (const auto& file : files)
-            Register(file, makeStage);
+            Register(file);
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "%s\n", problem.what());
         return 1;

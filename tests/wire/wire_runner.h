@@ -1,11 +1,9 @@
-// Runs every conversation of a folder's *.wire files: a test case each.
+// The program that runs every conversation of a folder's *.wire files: a test case each.
 #pragma once
 
 #include <memory>
 
 #include "tests/wire/wire_stage.h"
 
-using StageMaker = std::unique_ptr<WireStage> (*)(Conversation::Complaint complain);
-
-// What main returns; each case gets a stage of its own.
-int RunWireFiles(int argc, char** argv, const char* folder, StageMaker makeStage);
+// The stage for a case, which whoever is compiled with the runner gives.
+std::unique_ptr<WireStage> MakeStage(Conversation::Complaint complain);
