@@ -127,6 +127,8 @@ AppStage::AppStage(Conversation::Complaint complain) : WireStage(std::move(compl
     windowClass.lpfnWndProc = MainWndProc;
     windowClass.lpszClassName = WindowClassName;
     RegisterClassW(&windowClass);
+    std::destroy_at(&ShellState);
+    std::construct_at(&ShellState);
     ReceiveHandlers = {HandleBarcodeData, HandleRfidData};
     ShellState.VibratorSemaphore = CreateSemaphoreW(nullptr, 0, 1, nullptr);
     ShellState.MainWindow = CreateWindowExW(0, WindowClassName, WindowTitle, WS_VISIBLE, 0, 0, 240, 294,

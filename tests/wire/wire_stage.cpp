@@ -119,8 +119,6 @@ constexpr std::uint64_t LongestCall = 10'000;
 
 // Everything that a case before this one may have left.
 void ClearState() {
-    std::destroy_at(&ShellState);
-    std::construct_at(&ShellState);
     DeviceFlags = 0;
     for (auto& word : SymbologySettings)
         word = 0;
@@ -128,6 +126,14 @@ void ClearState() {
         word = 0;
     TakeSnapshots();
     SnapshotsTaken = 0;
+    ShellState.ReaderReady = 0;
+    ShellState.ReconfigureReaders = 0;
+    ShellState.BarcodeThreadRun = 0;
+    ShellState.RfidThreadRun = 0;
+    ShellState.RfidReadActive = 0;
+    ShellState.BarcodeEnabled = 0;
+    ShellState.TransferBusy = 0;
+    ShellState.LaserHold = 0;
     RfidReaderModel = 0;
     const std::lock_guard lock(receivedMutex);
     received.clear();
