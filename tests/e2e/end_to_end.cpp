@@ -114,16 +114,15 @@ void EndToEnd::StartReady(const std::vector<std::string>& environment) {
 }
 
 bool EndToEnd::PressTrigger() {
-    for (int tries = 0; tries < 20; ++tries) {
+    const auto begun = [this] { return Wire->Saw("decoding com1 on", 0) || Wire->Saw("command com1 ON", 0); };
+    return Within(10000, [&] {
         Trigger({"down"});
-        for (int waits = 0; waits < 10; ++waits) {
-            if (Wire->Saw("decoding com1 on", 10) || Wire->Saw("command com1 ON", 0)) {
-                return true;
-            }
+        const bool reads = Within(100, begun);
+        if (!reads) {
+            Trigger({"up"});
         }
-        Trigger({"up"});
-    }
-    return false;
+        return reads;
+    });
 }
 
 std::string EndToEnd::Scan(const std::string& label, std::size_t typed) {
@@ -158,8 +157,7 @@ void EndToEnd::ExpectNothingLeft() {
 
 void EndToEnd::ExpectNothingShared() {
     if (OnWine()) {
-        EXPECT_EQ(WineSession::Current().Ask("shared " + WineSharedNames()),
-                  std::vector<std::string>{"shared 0"});
+        EXPECT_EQ(WineSession::Current().Ask("shared"), std::vector<std::string>{"shared 0"});
         return;
     }
     const std::string prefix = "/vantrel-" + layer::TerminalIdentity() + "-";

@@ -43,6 +43,12 @@ TEST_P(MainJob, LabelsArriveOnEveryChannel) {
         EXPECT_NE(copy->find("{\"channel\":\"copydata\"," + record), std::string::npos) << *copy;
         EXPECT_EQ(messages->ReadLine(), "{\"channel\":\"decode\",\"source\":7}");
     }
+    // By the program for the key itself: under Wine it was the hands that pulled the trigger above.
+    ASSERT_TRUE(WaitUntilReady());
+    Wire->Command(std::string("label ") + GetParam().Labels.back().Presented);
+    ASSERT_EQ(RunProgram("vantrel-trigger", {"down"}), 0) << "-1: it has not ended in 20 s";
+    EXPECT_EQ(Desktop.Typed(3), "A1\n");
+    EXPECT_EQ(RunProgram("vantrel-trigger", {"up"}), 0) << "-1: it has not ended in 20 s";
     EXPECT_TRUE(Running->End());
 }
 

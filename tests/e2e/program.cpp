@@ -82,12 +82,18 @@ bool Vantrel::End() {
 }
 
 bool Trigger(const std::vector<std::string>& words) {
+    if (OnWine()) {
+        std::string command = "trigger";
+        for (const std::string& word : words) {
+            command += " " + word;
+        }
+        return WineSession::Current().Ask(command) == std::vector<std::string>{"trigger taken"};
+    }
     // Standard error is left out: a test may ask before the program is there.
-    std::vector<std::string> environment, command = {"-c", "exec \"$0\" \"$@\" 2>/dev/null"};
-    const auto program = CommandOf("vantrel-trigger", environment);
-    command.insert(command.end(), program.begin(), program.end());
+    std::vector<std::string> command = {"-c", "exec \"$0\" \"$@\" 2>/dev/null",
+                                        VANTREL_PROGRAMS "/vantrel-trigger"};
     command.insert(command.end(), words.begin(), words.end());
-    const auto ended = StartProgram("/bin/sh", command, environment)->Wait(20000);
+    const auto ended = StartProgram("/bin/sh", command)->Wait(20000);
     if (!ended) {
         std::fputs("vantrel-trigger has not ended in 20 s\n", stderr);
     }

@@ -48,6 +48,19 @@ constexpr struct {
     {"WithItsDisplayAtTheSameInstant", "there the display is Wine's, which ends its programs"},
 };
 
+// What the windows of a terminal and the names that it shares carry.
+std::string TerminalIdentity(const std::string& folder) {
+    std::uint64_t hash = 0xCBF29CE484222325u;
+    for (const char letter : folder) {
+        const char lower = static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
+        hash = (hash ^ static_cast<unsigned char>(lower)) * 0x100000001B3u;
+        hash = hash * 0x100000001B3u;  // the high byte is zero
+    }
+    char digits[17];
+    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
+    return digits;
+}
+
 // The virtual key of an X symbol.
 int VirtualKey(unsigned long symbol) {
     unsigned long key = symbol & 0xFF;  // Return, Escape, Tab and the space have the same number
@@ -104,13 +117,19 @@ WineSession::~WineSession() {
 std::vector<std::string> WineSession::Ask(const std::string& command) {
     hands_->WriteLine(command);
     std::vector<std::string> lines;
-    while (auto line = hands_->ReadLine(10000)) {
+    // The longest one is a press of the trigger, and a second or two.
+    while (auto line = hands_->ReadLine(45000)) {
         if (*line == "ok") {
             return lines;
         }
+        if (line->starts_with("error ")) {
+            ADD_FAILURE() << "hands, " << command << ": " << *line;
+            return {};
+        }
         lines.push_back(*line);
     }
-    ADD_FAILURE() << "the hands do not answer to: " << command;
+    ADD_FAILURE() << "hands, " << command << ": "
+                  << (hands_->Wait(100) ? "they have ended" : "no answer in 45 s");
     return {};
 }
 
@@ -136,23 +155,12 @@ std::string WineTerminal() {
     return folder;
 }
 
-std::string WineSharedNames() {
-    std::uint64_t hash = 0xCBF29CE484222325u;
-    for (const char letter : WineTerminal()) {
-        const char lower = static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
-        hash = (hash ^ static_cast<unsigned char>(lower)) * 0x100000001B3u;
-        hash = hash * 0x100000001B3u;  // the high byte is zero
-    }
-    char name[64];
-    std::snprintf(name, sizeof name, "Local\\vantrel-%016llx-", static_cast<unsigned long long>(hash));
-    return name;
-}
-
 WineScreen::WineScreen() {
     WineSession& session = WineSession::Current();
     const std::string ports = std::string(std::getenv("WINEPREFIX")) + "/ports";
     unlink(ports.c_str());
     EXPECT_EQ(symlink(TerminalFolder().c_str(), ports.c_str()), 0);
+    session.Ask("terminal " + TerminalIdentity(WineTerminal()));
     session.Ask("typed");
     BringToFront();
 }

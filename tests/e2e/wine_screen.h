@@ -33,8 +33,6 @@ const char* WhyNotOnWine(std::string_view test);
 // The command that runs a Windows program of the project, and what it needs in its environment.
 std::vector<std::string> WineCommand(const std::string& program);
 std::string WineTerminal();
-// How the names of the terminal's shared objects begin.
-std::string WineSharedNames();
 
 class WineScreen : public TestScreen {
   public:

@@ -2,6 +2,10 @@
 // standard input, one a line, and answers each on standard output. It has a window that notes what is typed
 // into it.
 //
+//   terminal ID    whose program it works: the number that its windows and the names of its objects carry, in
+//                  16 hexadecimal digits
+//   trigger KEY    "down", "up", or "press" and milliseconds: "trigger taken" when a program is there, which
+//                  then has 20 s to take each
 //   typed          what the window has got since the last time: "typed" and hexadecimal digits
 //   front [WINDOW] brings the note window, or another one, to the front
 //   foreground     "foreground ID" of the window in front
@@ -12,7 +16,7 @@
 //   keys           "keys up" when none is down and no lock is on, else "keys down"
 //   close          asks the main window to close, as the end of a session does
 //   hold FILE      opens the file and lets nobody else
-//   shared PREFIX  "shared N": how many of the terminal's shared objects exist, by how their names begin
+//   shared         "shared N": how many of the terminal's shared objects exist
 //   quit
 //
 // Every answer ends with a line "ok", or "error" and why.
@@ -26,6 +30,7 @@
 namespace {
 
 HWND Note;
+std::string Terminal;
 std::string Noted;
 SRWLOCK NotedLock = SRWLOCK_INIT;
 
@@ -155,9 +160,9 @@ void SayTyped() {
     std::printf("typed %s\n", digits.c_str());
 }
 
-void SayShared(const std::string& prefix) {
+void SayShared() {
     int found = 0;
-    const std::wstring name(prefix.begin(), prefix.end());
+    const std::wstring name = L"Local\\vantrel-" + std::wstring(Terminal.begin(), Terminal.end()) + L"-";
     if (const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, (name + L"DecodeEvent").c_str())) {
         CloseHandle(event);
         ++found;
@@ -169,8 +174,49 @@ void SayShared(const std::string& prefix) {
     std::printf("shared %d\n", found);
 }
 
-void Obey(const std::string& word, const std::string& rest) {
-    if (word == "typed") {
+HWND MainWindow() {
+    const ULONG_PTR mark = std::strtoull(Terminal.c_str(), nullptr, 16);
+    HWND window = nullptr;
+    do {
+        window = FindWindowExW(nullptr, window, L"Vantrel", L"Vantrel v1.29");
+    } while (window != nullptr && reinterpret_cast<ULONG_PTR>(GetPropW(window, L"VantrelTerminal")) != mark);
+    return window;
+}
+
+// Whether a program is there that has taken the key; `late` when it has not done so in time.
+bool Send(LPCWSTR message, bool& late) {
+    const HWND window = MainWindow();
+    // The time of the key, on the clock of vantrel-trigger.
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    const ULONGLONG time = ULONGLONG{now.dwHighDateTime} << 32 | now.dwLowDateTime;
+    DWORD_PTR result = 0;
+    SetLastError(ERROR_SUCCESS);
+    const bool taken = window != nullptr && SendMessageTimeoutW(window, RegisterWindowMessageW(message),
+                                                                static_cast<DWORD>(time / 10'000) | 1u, 0,
+                                                                SMTO_NORMAL, 20'000, &result) != 0;
+    late = window != nullptr && !taken && GetLastError() == ERROR_TIMEOUT;
+    return taken;
+}
+
+const char* PullTrigger(const std::string& words) {
+    bool late = false;
+    bool taken = words == "up" || Send(L"WM_USER1DOWN", late);
+    if (taken && words.starts_with("press ")) {
+        Sleep(static_cast<DWORD>(std::strtoul(words.c_str() + 6, nullptr, 10)));
+    }
+    taken = taken && (words == "down" || Send(L"WM_USER1UP", late));
+    std::puts(taken ? "trigger taken" : "trigger left");
+    return late ? "the program has not taken it in 20 s" : nullptr;
+}
+
+// What went wrong, if anything.
+const char* Obey(const std::string& word, const std::string& rest) {
+    if (word == "terminal") {
+        Terminal = rest;
+    } else if (word == "trigger") {
+        return PullTrigger(rest);
+    } else if (word == "typed") {
         SayTyped();
     } else if (word == "front") {
         const HWND window = rest.empty() ? Note : WindowOf(rest);
@@ -189,16 +235,15 @@ void Obey(const std::string& word, const std::string& rest) {
     } else if (word == "keys") {
         std::puts(KeysAreUp() ? "keys up" : "keys down");
     } else if (word == "close") {
-        PostMessageW(FindWindowW(L"Vantrel", nullptr), WM_CLOSE, 0, 0);
+        PostMessageW(MainWindow(), WM_CLOSE, 0, 0);
     } else if (word == "hold") {
         CreateFileA(rest.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     } else if (word == "shared") {
-        SayShared(rest);
+        SayShared();
     } else {
-        std::puts("error unknown");
-        return;
+        return "unknown";
     }
-    std::puts("ok");
+    return nullptr;
 }
 
 DWORD WINAPI TakeCommands(LPVOID) {
@@ -213,7 +258,8 @@ DWORD WINAPI TakeCommands(LPVOID) {
         if (word == "quit") {
             break;
         }
-        Obey(word, space == command.npos ? "" : command.substr(space + 1));
+        const char* const failed = Obey(word, space == command.npos ? "" : command.substr(space + 1));
+        std::puts(failed == nullptr ? "ok" : (std::string("error ") + failed).c_str());
         std::fflush(stdout);
     }
     ExitProcess(0);
