@@ -202,6 +202,8 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     const int failed = GetSystemMetrics(SM_CMONITORS) == 0 ? 1 : 0;
     HWND window = CreateMainWindow(instance, showCommand);
     if (!window) {
+        Log(LogPriority::Error,
+            failed ? TEXT("no window: there is no screen") : TEXT("no window can be made"));
         return failed;
     }
     ShellState.MainWindow = window;

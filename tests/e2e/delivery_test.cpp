@@ -39,11 +39,9 @@ bool Contains(const std::vector<std::string>& lines, const std::string& text) {
 class Delivery : public EndToEnd {
   protected:
     void StartLaser(WORD output, const std::vector<SettingValue>& more = {}) {
-        FitReaders("laser");
-        std::vector<SettingValue> values = {{&general::CheckReaderStatus, '0'},
-                                            {&general::DataOutput, output}};
+        std::vector<SettingValue> values = {{&general::DataOutput, output}};
         values.insert(values.end(), more.begin(), more.end());
-        WriteSettings(DeviceLaser, values);
+        FitKnownReaders("laser", values);
         StartReady();
     }
     // A scan that need not be typed; true when the reader knows that it was taken.

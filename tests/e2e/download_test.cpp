@@ -6,74 +6,55 @@
 
 namespace {
 
-struct Refusal {
+struct Fault {
     const char* Name;
     const char* Reader;
-    WORD Device;
-    const char* Fault;
+    const char* Command;
+    bool Survived;
 };
 
-void PrintTo(const Refusal& refusal, std::ostream* out) {
-    *out << refusal.Name;
+void PrintTo(const Fault& fault, std::ostream* out) {
+    *out << fault.Name;
 }
 
-class Download : public EndToEnd {
-  protected:
-    void Prepare(const char* reader, WORD device) {
-        FitReaders(reader);
-        WriteSettings(device, {{&general::CheckReaderStatus, '0'}});
+class Download : public EndToEnd {};
+class DisturbedDownload : public Download, public testing::WithParamInterface<Fault> {};
+
+TEST_P(DisturbedDownload, LetsTheReaderReadOrEndsWithAMessage) {
+    FitKnownReaders(GetParam().Reader);
+    Wire->Command(GetParam().Command);
+    if (!GetParam().Survived) {
+        Start();
+        EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to initialize BC reader!!"));
+        DismissErrorBox(Desktop);
+        EXPECT_EQ(Running->Ended(), 0);
+        ExpectNothingLeft();
+        // What was not sent is sent by the next start.
+        Wire->Command("fault off");
+        Wire->Command("power on");
     }
-};
-
-class RefusedDownload : public Download, public testing::WithParamInterface<Refusal> {};
-
-TEST_P(RefusedDownload, EndsTheProgramWithAMessage) {
-    Prepare(GetParam().Reader, GetParam().Device);
-    Wire->Command(GetParam().Fault);
-    Start();
-    EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to initialize BC reader!!"));
-    DismissErrorBox(Desktop);
-    EXPECT_EQ(Running->Ended(), 0);
-    ExpectNothingLeft();
-    // What was not sent is sent by the next start.
-    Wire->Command("fault off");
-    Wire->Command("power on");
     StartReady();
-    EXPECT_EQ(Scan(GetParam().Device == Device1D ? "A AB" : "1 AB", 3), "AB\n");
+    EXPECT_EQ(Scan(GetParam().Reader == std::string("1d") ? "A AB" : "1 AB", 3), "AB\n");
     EXPECT_TRUE(Running->End());
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    All, RefusedDownload,
-    testing::Values(Refusal{"LaserRefuses", "laser", DeviceLaser, "fault nak-params 1 x2"},
-                    Refusal{"LaserIsSilent", "laser", DeviceLaser, "fault no-ack always"},
-                    Refusal{"ImagerRefusesTheSecondPacket", "imager", DeviceImager,
-                            "fault nak-params 2 x2 after1"},
-                    Refusal{"DecoderRefusesTwice", "1d", Device1D, "fault refuse-save x2"},
-                    Refusal{"DecoderIsSilent", "1d", Device1D, "fault com1 no-reply always"}),
-    [](const auto& refusal) { return std::string(refusal.param.Name); });
-
-class SurvivedDownload : public Download, public testing::WithParamInterface<Refusal> {};
-
-TEST_P(SurvivedDownload, LetsTheReaderRead) {
-    Prepare(GetParam().Reader, GetParam().Device);
-    Wire->Command(GetParam().Fault);
-    StartReady();
-    EXPECT_EQ(Scan(GetParam().Device == Device1D ? "A AB" : "1 AB", 3), "AB\n");
-    EXPECT_TRUE(Running->End());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    All, SurvivedDownload,
-    testing::Values(Refusal{"DecoderRefusesOnce", "1d", Device1D, "fault refuse-save"},
-                    Refusal{"DecoderTalksAtAnotherSpeed", "1d", Device1D, "rate com1 38400"},
-                    Refusal{"LaserLosesAnAcknowledgement", "laser", DeviceLaser, "fault no-ack"},
-                    Refusal{"ImagerAnswersInPieces", "imager", DeviceImager, "fault com1 split 3 20 x2"}),
-    [](const auto& refusal) { return std::string(refusal.param.Name); });
+    By, DisturbedDownload,
+    testing::Values(Fault{"LaserThatRefuses", "laser", "fault nak-params 1 x2", false},
+                    Fault{"SilentLaser", "laser", "fault no-ack always", false},
+                    Fault{"ImagerThatRefusesTheSecondPacket", "imager", "fault nak-params 2 x2 after1",
+                          false},
+                    Fault{"DecoderThatRefusesTwice", "1d", "fault refuse-save x2", false},
+                    Fault{"SilentDecoder", "1d", "fault com1 no-reply always", false},
+                    Fault{"DecoderThatRefusesOnce", "1d", "fault refuse-save", true},
+                    Fault{"DecoderAtAnotherSpeed", "1d", "rate com1 38400", true},
+                    Fault{"LaserThatLosesAnAcknowledgement", "laser", "fault no-ack", true},
+                    Fault{"ImagerThatAnswersInPieces", "imager", "fault com1 split 3 20 x2", true}),
+    [](const auto& fault) { return std::string(fault.param.Name); });
 
 // Trigger keys while replies are under way: nothing is read and nothing of the download is lost.
 TEST_F(Download, ATriggerDoesNotDisturbIt) {
-    Prepare("imager", DeviceImager);
+    FitKnownReaders("imager");
     Wire->Command("fault com1 late 1500 x2");
     Wire->Command("label 3 Waiting");
     Start();
@@ -94,7 +75,7 @@ TEST_F(Download, ATriggerDoesNotDisturbIt) {
 
 // A second start asks for the settings; they open when the download is through.
 TEST_F(Download, TheSettingsWaitForItsEnd) {
-    Prepare("laser", DeviceLaser);
+    FitKnownReaders("laser");
     Wire->Command("fault com1 late 1800");
     Start();
     ASSERT_TRUE(Wire->Saw("event parameters com1", 15000));

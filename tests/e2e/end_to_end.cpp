@@ -68,6 +68,18 @@ void EndToEnd::WriteSettings(WORD devices, const std::vector<SettingValue>& valu
     ASSERT_EQ(SaveSettings(), 1);
 }
 
+void EndToEnd::FitKnownReaders(const std::string& barcode, const std::vector<SettingValue>& values,
+                               const std::string& rfid) {
+    FitReaders(barcode, rfid);
+    const int device = barcode == "1d"       ? Device1D
+                       : barcode == "laser"  ? DeviceLaser
+                       : barcode == "imager" ? DeviceImager
+                                             : 0;
+    std::vector<SettingValue> all = {{&general::CheckReaderStatus, '0'}};
+    all.insert(all.end(), values.begin(), values.end());
+    WriteSettings(static_cast<WORD>(device | (rfid != "none" ? DeviceRfid : 0)), all);
+}
+
 WORD EndToEnd::SettingsWord(std::size_t offset) const {
     const std::string file = ReadWholeFile(SettingsPath());
     if (file.size() < offset + 2) {

@@ -32,9 +32,13 @@ class EndToEnd : public testing::Test {
     // A settings file as the program itself would leave it for these readers (bits of DeviceFlags), with
     // defaults but for the given values. The prefix and suffix are empty.
     void WriteSettings(WORD devices, const std::vector<SettingValue>& values = {});
+    // Fits readers, and settings that name them and have none looked for.
+    void FitKnownReaders(const std::string& barcode, const std::vector<SettingValue>& values = {},
+                         const std::string& rfid = "none");
     std::string SettingsPath() const { return Terminal.Path("DiskOnChip/Vantrel.ini"); }
     // The file's word at an offset.
     WORD SettingsWord(std::size_t offset) const;
+    WORD StoredReaders() const { return SettingsWord(40); }
 
     void Start(const std::vector<std::string>& environment = {}, const std::vector<std::string>& words = {});
     // Waits until the program takes the trigger key: reads can be started from then on.

@@ -13,16 +13,10 @@ namespace {
 
 class Ending : public EndToEnd {
   public:
-    void FitLaser(const std::vector<SettingValue>& more = {}) {
-        FitReaders("laser");
-        std::vector<SettingValue> values = {{&general::CheckReaderStatus, '0'}};
-        values.insert(values.end(), more.begin(), more.end());
-        WriteSettings(DeviceLaser, values);
-    }
     // The next start finds everything free.
     void ExpectNextStart() {
         Running.reset();
-        FitLaser();
+        FitKnownReaders("laser");
         StartReady();
         Desktop.Typed(1, 0);  // what the ended one has still typed
         EXPECT_EQ(Scan("1 NEXT", 5), "NEXT\n");
@@ -31,7 +25,7 @@ class Ending : public EndToEnd {
     }
 
     void Begin() {
-        FitLaser();
+        FitKnownReaders("laser");
         Start();
         ASSERT_TRUE(Running->IsThere());
     }
@@ -46,7 +40,7 @@ class Ending : public EndToEnd {
         ASSERT_TRUE(Wire->Saw("event defaults com1", 30000));
     }
     void Download() {
-        FitLaser();
+        FitKnownReaders("laser");
         Wire->Command("fault no-ack always");
         Start();
         ASSERT_TRUE(Wire->Saw("event parameters com1", 10000));
@@ -56,7 +50,7 @@ class Ending : public EndToEnd {
         ASSERT_TRUE(Desktop.WaitForWindow(ErrorBoxTitle));
     }
     void Run() {
-        FitLaser();
+        FitKnownReaders("laser");
         StartReady();
     }
     void ReadBarcode() {
@@ -64,8 +58,7 @@ class Ending : public EndToEnd {
         ASSERT_TRUE(PressTrigger());
     }
     void ReadTag() {
-        FitReaders("none", "90");
-        WriteSettings(DeviceRfid, {{&general::CheckReaderStatus, '0'}});
+        FitKnownReaders("none", {}, "90");
         Start();
         ASSERT_TRUE(WaitUntilReady());
     }
@@ -83,7 +76,7 @@ class Ending : public EndToEnd {
         ASSERT_FALSE(Desktop.Typed(1, 10000).empty());
     }
     void Vibrate() {
-        FitLaser({{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 30}});
+        FitKnownReaders("laser", {{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 30}});
         StartReady();
         EXPECT_EQ(Scan("1 AB", 3), "AB\n");
         EXPECT_TRUE(ReadWholeFile(Terminal.Path("VIBRATOR")).starts_with("1"));
@@ -131,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(
 // As a person restarts it: the one that is ending is not taken for a running one, and its ports are waited
 // for.
 TEST_F(Ending, AStartRightAfterAKillComesUp) {
-    FitLaser();
+    FitKnownReaders("laser");
     StartReady();
     for (int round = 0; round < 5; ++round) {
         Running->Signal(SIGTERM);
@@ -148,7 +141,7 @@ TEST_F(Ending, AStartRightAfterAKillComesUp) {
 // The display goes while the program runs, and at every moment of its own end: never a crash, and always in
 // order.
 TEST_F(Ending, WithItsDisplayAtTheSameInstant) {
-    FitLaser({{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 30}});
+    FitKnownReaders("laser", {{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 30}});
     const std::string usual = std::getenv("DISPLAY");
     for (int round = 0; round < 6; ++round) {
         auto display = std::make_unique<XServer>();
@@ -174,7 +167,7 @@ TEST_F(Ending, WithItsDisplayAtTheSameInstant) {
 }
 
 TEST_F(Ending, OfStartsAtTheSameInstantOneStays) {
-    FitLaser();
+    FitKnownReaders("laser");
     std::vector<std::unique_ptr<Vantrel>> starts(5);
     for (auto& start : starts) {
         start = std::make_unique<Vantrel>();
@@ -191,7 +184,7 @@ TEST_F(Ending, OfStartsAtTheSameInstantOneStays) {
 }
 
 TEST_F(Ending, TenTimesInARowWithTenKillsBetween) {
-    FitLaser();
+    FitKnownReaders("laser");
     for (int round = 0; round < 10; ++round) {
         Start();
         ASSERT_TRUE(Running->IsThere()) << "round " << round;

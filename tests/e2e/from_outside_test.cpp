@@ -8,10 +8,7 @@ namespace {
 
 class FromOutside : public EndToEnd {
   protected:
-    void SetUp() override {
-        FitReaders("laser");
-        WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
-    }
+    void SetUp() override { FitKnownReaders("laser"); }
     static int Settings(const std::vector<std::string>& words, std::string* output = nullptr) {
         return RunProgram("vantrel-settings", words, output);
     }

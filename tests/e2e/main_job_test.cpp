@@ -59,8 +59,7 @@ TEST_F(EndToEnd, EveryCharacterIsTypedIntoATerminalProgram) {
         "xterm", {"-title", "xterm", "-fa", "DejaVu Sans Mono", "-e", "sh", "-c", "exec cat > \"$0\"", file});
     const auto window = Desktop.WaitForWindow("xterm");
     ASSERT_TRUE(window);
-    FitReaders("laser");
-    WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
+    FitKnownReaders("laser");
     Start();
     Desktop.Focus(window->Id);
     ASSERT_TRUE(WaitUntilReady());

@@ -87,7 +87,11 @@ bool Trigger(const std::vector<std::string>& words) {
         for (const std::string& word : words) {
             command += " " + word;
         }
-        return WineSession::Current().Ask(command) == std::vector<std::string>{"trigger taken"};
+        const auto answer = WineSession::Current().Ask(command);
+        if (answer == std::vector<std::string>{"trigger late"}) {
+            std::fputs("the program has not answered the trigger in 5 s\n", stderr);
+        }
+        return answer != std::vector<std::string>{"trigger nobody there"};
     }
     // Standard error is left out: a test may ask before the program is there.
     std::vector<std::string> command = {"-c", "exec \"$0\" \"$@\" 2>/dev/null",

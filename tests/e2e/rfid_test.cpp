@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr std::size_t FlagsAt = 40;
 constexpr const char* Uid = "E007000012AB34CD";
 
 class Rfid : public EndToEnd {
@@ -31,14 +30,14 @@ class Rfid : public EndToEnd {
 
 // Greeting, line and blocks come in two pieces.
 TEST_F(Rfid, OnePressReadsALabelAndATag) {
-    FitReaders("imager", "90");
+    FitKnownReaders("imager",
+                    {{&general::ActiveDevice, '3'},
+                     {&general::DataOutput, '7'},
+                     {&general::ReadRfidData, '1'},
+                     {&general::UseDelimiter, '1'},
+                     {&general::RfidMaximumLength, 8}},
+                    "90");
     Wire->Command("fault com2 split 3 25 always");
-    WriteSettings(DeviceImager | DeviceRfid, {{&general::CheckReaderStatus, '0'},
-                                              {&general::ActiveDevice, '3'},
-                                              {&general::DataOutput, '7'},
-                                              {&general::ReadRfidData, '1'},
-                                              {&general::UseDelimiter, '1'},
-                                              {&general::RfidMaximumLength, 8}});
     const auto messages = StartProgram("vantrel-watch", {"--messages"});
     StartReady();
     const std::string tag = std::string(Uid) + ",TagData1";
@@ -78,7 +77,7 @@ TEST_F(Rfid, AReaderAloneIsFoundAndConfigured) {
     ASSERT_TRUE(WaitUntilReady(30000));
     EXPECT_NE(Wire->Log().find("event rate com2 57600"), std::string::npos);
     EXPECT_EQ(TypedLines(17), std::vector<std::string>{Uid});
-    EXPECT_EQ(SettingsWord(FlagsAt), DeviceRfid);
+    EXPECT_EQ(StoredReaders(), DeviceRfid);
     EXPECT_TRUE(Running->End());
     ExpectNothingLeft();
 }
@@ -87,7 +86,7 @@ TEST_F(Rfid, AReaderThatHasComeIsAddedAndOneThatHasGoneIsDropped) {
     WriteSettings(DeviceImager, {{&general::ActiveDevice, '3'}});
     FitReaders("imager", "90");
     StartReady();
-    EXPECT_EQ(SettingsWord(FlagsAt), DeviceImager | DeviceRfid);
+    EXPECT_EQ(StoredReaders(), DeviceImager | DeviceRfid);
     Wire->Command(std::string("tag I ") + Uid);
     Trigger({"down"});
     EXPECT_EQ(TypedLines(17), std::vector<std::string>{Uid});
@@ -96,7 +95,7 @@ TEST_F(Rfid, AReaderThatHasComeIsAddedAndOneThatHasGoneIsDropped) {
 
     FitReaders("imager", "none");
     StartReady();
-    EXPECT_EQ(SettingsWord(FlagsAt), DeviceImager);
+    EXPECT_EQ(StoredReaders(), DeviceImager);
     // "Active Device" still names both; the one that has gone must not fail at the press.
     EXPECT_EQ(Scan("3 AB12", 5), "AB12\n");
     EXPECT_TRUE(Running->End());
@@ -104,10 +103,7 @@ TEST_F(Rfid, AReaderThatHasComeIsAddedAndOneThatHasGoneIsDropped) {
 
 // Opening the settings and ending the program each end a search at once, not with its five seconds.
 TEST_F(Rfid, ASearchEndsWithWhatEndsIt) {
-    FitReaders("imager", "90");
-    WriteSettings(
-        DeviceImager | DeviceRfid,
-        {{&general::CheckReaderStatus, '0'}, {&general::ActiveDevice, '3'}, {&general::RfidReadDuration, 5}});
+    FitKnownReaders("imager", {{&general::ActiveDevice, '3'}, {&general::RfidReadDuration, 5}}, "90");
     for (const bool bySettings : {true, false}) {
         StartReady();
         Wire->Forget();
@@ -125,9 +121,7 @@ TEST_F(Rfid, ASearchEndsWithWhatEndsIt) {
 
 // A reader that is switched on but does not greet: the message comes, and the program ends.
 TEST_F(Rfid, AReaderThatDoesNotAnswerAtAPress) {
-    FitReaders("laser", "90");
-    WriteSettings(DeviceLaser | DeviceRfid,
-                  {{&general::CheckReaderStatus, '0'}, {&general::ActiveDevice, '3'}});
+    FitKnownReaders("laser", {{&general::ActiveDevice, '3'}}, "90");
     StartReady();
     Wire->Command("announce never");
     Trigger({"down"});
@@ -139,8 +133,7 @@ TEST_F(Rfid, AReaderThatDoesNotAnswerAtAPress) {
 
 // Fifty reads in a row leave no thread and no file behind.
 TEST_F(Rfid, ManyReadsLeaveNothingBehind) {
-    FitReaders("none", "90");
-    WriteSettings(DeviceRfid, {{&general::CheckReaderStatus, '0'}});
+    FitKnownReaders("none", {}, "90");
     Start();
     Wire->Command(std::string("tag I ") + Uid);
     ASSERT_TRUE(WaitUntilReady());

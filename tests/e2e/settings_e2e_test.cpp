@@ -26,8 +26,7 @@ std::size_t OffsetOf(const Setting& setting) {
 class SettingsByHand : public EndToEnd {
   protected:
     void StartLaser() {
-        FitReaders("laser");
-        WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
+        FitKnownReaders("laser");
         StartReady();
     }
 

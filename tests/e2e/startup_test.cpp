@@ -12,120 +12,168 @@
 
 namespace {
 
-constexpr std::size_t MajorAt = 0, MinorAt = 2, FlagsAt = 40, ActiveDeviceAt = 760, DataOutputAt = 770;
-constexpr std::size_t FileSize = 1100;
-
 class Startup : public EndToEnd {
   protected:
     // The file that a start leaves: current version, these readers.
     void ExpectFile(WORD devices) {
-        EXPECT_EQ(ReadWholeFile(SettingsPath()).size(), FileSize);
-        EXPECT_EQ(SettingsWord(MajorAt), 1);
-        EXPECT_EQ(SettingsWord(MinorAt), 1);
-        EXPECT_EQ(SettingsWord(FlagsAt), devices);
-    }
-    void ExpectScan(const std::string& label, const std::string& typed) {
-        EXPECT_EQ(Scan(label, typed.size()), typed);
-    }
-    // The program says this, and ends with code 0 when the box is dismissed; nothing is left.
-    void ExpectFailure(const std::string& text) {
-        Start();
-        EXPECT_TRUE(ErrorBoxSays(Desktop, text));
-        EXPECT_EQ(Running->Ended(0), -1) << "it ended before the box was dismissed";
-        DismissErrorBox(Desktop);
-        EXPECT_EQ(Running->Ended(), 0);
-        ExpectNothingLeft();
+        EXPECT_EQ(ReadWholeFile(SettingsPath()).size(), 1100u);
+        EXPECT_EQ(SettingsWord(0), 1);
+        EXPECT_EQ(SettingsWord(2), 1);
+        EXPECT_EQ(StoredReaders(), devices);
     }
 };
 
-TEST_F(Startup, WithoutAFileReadersAreFoundConfiguredAndGetDefaults) {
-    FitReaders("imager");
+struct Course {
+    const char* Name;
+    const char* Barcode;
+    std::vector<std::string> Options;
+    WORD Stored;  // the readers of the file that is there before, 0: none
+    std::vector<SettingValue> Values;
+    std::size_t FileSize;
+    WORD Found;
+    std::vector<const char*> Seen, Unseen;  // of the readers
+    const char* Label;
+    const char* Typed;
+};
+void PrintTo(const Course& course, std::ostream* out) {
+    *out << course.Name;
+}
+
+class StartupWith : public Startup, public testing::WithParamInterface<Course> {};
+
+TEST_P(StartupWith, ComesUpAndReads) {
+    const Course& course = GetParam();
+    FitReaders(course.Barcode, "none", course.Options);
+    if (course.Stored != 0) {
+        WriteSettings(course.Stored, course.Values);
+        WriteWholeFile(SettingsPath(), ReadWholeFile(SettingsPath()).substr(0, course.FileSize));
+    }
     StartReady();
-    EXPECT_NE(Wire->Log().find("event defaults com1"), std::string::npos);
-    ExpectFile(DeviceImager);
-    EXPECT_EQ(SettingsWord(DataOutputAt), '1');
-    ExpectScan("3 Fresh", "Fresh\n");
+    for (const char* text : course.Seen) {
+        EXPECT_NE(Wire->Log().find(text), std::string::npos) << text;
+    }
+    for (const char* text : course.Unseen) {
+        EXPECT_EQ(Wire->Log().find(text), std::string::npos) << text;
+    }
+    ExpectFile(course.Found);
+    EXPECT_EQ(Scan(course.Label, std::string(course.Typed).size()), course.Typed);
     EXPECT_TRUE(Running->End());
     ExpectNothingLeft();
 }
 
-TEST_F(Startup, AFileThatStillFitsIsKeptAndTheReaderNotSetUpAnew) {
-    FitReaders("imager");
-    WriteSettings(DeviceImager, {{&general::AutoEnter, '0'}, {&general::IncludeCodeLength, '1'}});
-    StartReady();
-    EXPECT_NE(Wire->Log().find("rx com1 04 A3"), std::string::npos) << "the reader was not looked for";
-    EXPECT_EQ(Wire->Log().find("event defaults com1"), std::string::npos) << "the reader was set up anew";
-    ExpectFile(DeviceImager);
-    ExpectScan("3 Kept", "004Kept");
-    EXPECT_TRUE(Running->End());
+constexpr const char *LookedFor = "rx com1 04 A3", *SetUpAnew = "event defaults com1";
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, StartupWith,
+    testing::Values(
+        Course{"None", "imager", {}, 0, {}, 0, DeviceImager, {SetUpAnew}, {}, "3 Fresh", "Fresh\n"},
+        Course{"OneThatFits",
+               "imager",
+               {},
+               DeviceImager,
+               {{&general::AutoEnter, '0'}, {&general::IncludeCodeLength, '1'}},
+               1100,
+               DeviceImager,
+               {LookedFor},
+               {SetUpAnew},
+               "3 Kept",
+               "004Kept"},
+        // The stored reader is believed, and its port runs at its working rate.
+        Course{"CheckOff",
+               "laser",
+               {},
+               DeviceLaser,
+               {{&general::CheckReaderStatus, '0'}},
+               1100,
+               DeviceLaser,
+               {"event opened com1"},
+               {LookedFor, "event opened com2"},
+               "1 AB12",
+               "AB12\n"},
+        // A short one counts as none.
+        Course{"ShortOne",
+               "1d",
+               {},
+               DeviceImager,
+               {{&general::AutoEnter, '0'}},
+               1099,
+               Device1D,
+               {},
+               {},
+               "A AB12",
+               "AB12\n"},
+        // What belongs to no reader stays.
+        Course{"OneOfAnotherReader",
+               "laser",
+               {},
+               DeviceImager,
+               {{&general::IncludeCodeType, '1'}},
+               1100,
+               DeviceLaser,
+               {SetUpAnew},
+               {},
+               "1 AB12",
+               "AAB12\n"},
+        Course{"ReaderAtAnotherSpeed",
+               "imager",
+               {"--barcode-rate", "9600"},
+               DeviceImager,
+               {},
+               1100,
+               DeviceImager,
+               {"event rate com1 115200"},
+               {},
+               "3 Faster",
+               "Faster\n"}),
+    [](const auto& course) { return std::string(course.param.Name); });
+
+struct Failure {
+    const char* Name;
+    const char* Barcode;  // null: no port
+    bool Known;           // from the settings file
+    const char* Command;
+    const char* Text;
+};
+void PrintTo(const Failure& failure, std::ostream* out) {
+    *out << failure.Name;
 }
 
-// With the check off the stored reader is believed, and its port runs at its working rate.
-TEST_F(Startup, WithTheCheckOffNothingIsLookedFor) {
-    FitReaders("laser");
-    WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
-    StartReady();
-    EXPECT_NE(Wire->Log().find("event opened com1"), std::string::npos);
-    EXPECT_EQ(Wire->Log().find("rx com1 04 A3"), std::string::npos);
-    EXPECT_EQ(Wire->Log().find("event opened com2"), std::string::npos);
-    ExpectFile(DeviceLaser);
-    ExpectScan("1 AB12", "AB12\n");
-    EXPECT_TRUE(Running->End());
+class FailedStartup : public Startup, public testing::WithParamInterface<Failure> {};
+
+// The program says so, and ends with code 0 when the box is dismissed; nothing is left.
+TEST_P(FailedStartup, EndsWithAMessage) {
+    const auto [name, barcode, known, command, text] = GetParam();
+    if (barcode != nullptr) {
+        known ? FitKnownReaders(barcode) : FitReaders(barcode);
+        Wire->Command(command);
+    }
+    Start();
+    EXPECT_TRUE(ErrorBoxSays(Desktop, text));
+    EXPECT_EQ(Running->Ended(0), -1) << "it ended before the box was dismissed";
+    DismissErrorBox(Desktop);
+    EXPECT_EQ(Running->Ended(), 0);
+    ExpectNothingLeft();
 }
 
-TEST_F(Startup, AShortFileCountsAsNone) {
-    FitReaders("1d");
-    WriteSettings(DeviceImager, {{&general::AutoEnter, '0'}});
-    WriteWholeFile(SettingsPath(), ReadWholeFile(SettingsPath()).substr(0, FileSize - 1));
-    StartReady();
-    ExpectFile(Device1D);
-    ExpectScan("A AB12", "AB12\n");
-    EXPECT_TRUE(Running->End());
-}
+INSTANTIATE_TEST_SUITE_P(
+    Of, FailedStartup,
+    testing::Values(Failure{"NoReader", "none", false, "state", "No reader device!!"},
+                    Failure{"NoBarcodePort", nullptr, false, "", "Failed to turn barcode reader on!!"},
+                    Failure{"NoPortOfAKnownReader", "laser", true, "unplug com1",
+                            "Failed to turn barcode reader on!!"},
+                    Failure{"NoRfidPort", "imager", false, "unplug com2", "Failed to turn RFID reader on!!"},
+                    Failure{"RefusedConfiguration", "imager", false, "fault nak-params 2 x2",
+                            "Failed to initialize Corvin!!"}),
+    [](const auto& failure) { return std::string(failure.param.Name); });
 
 // All words are out of range: a 1D reader is believed to be there, and does not answer.
 TEST_F(Startup, AFileFullOfRubbishEndsInAMessage) {
     FitReaders("imager");
-    WriteWholeFile(SettingsPath(), std::string(FileSize, '\xFF'));
-    ExpectFailure("Failed to initialize BC reader!!");
-}
-
-TEST_F(Startup, AnotherReaderThanStoredGetsItsDefaults) {
-    FitReaders("laser");
-    WriteSettings(DeviceImager, {{&general::IncludeCodeType, '1'}});
-    StartReady();
-    EXPECT_NE(Wire->Log().find("event defaults com1"), std::string::npos);
-    ExpectFile(DeviceLaser);
-    // What belongs to no reader stays.
-    ExpectScan("1 AB12", "AAB12\n");
-    EXPECT_TRUE(Running->End());
-}
-
-TEST_F(Startup, AReaderAtAnotherSpeedIsBroughtToItsWorkingOne) {
-    FitReaders("imager", "none", {"--barcode-rate", "9600"});
-    WriteSettings(DeviceImager);
-    StartReady();
-    EXPECT_NE(Wire->Log().find("event rate com1 115200"), std::string::npos);
-    ExpectScan("3 Faster", "Faster\n");
-    EXPECT_TRUE(Running->End());
-}
-
-TEST_F(Startup, NoReader) {
-    FitReaders("none");
-    ExpectFailure("No reader device!!");
-    EXPECT_TRUE(ReadWholeFile(SettingsPath()).empty());
-}
-
-TEST_F(Startup, NoBarcodePort) {
-    ExpectFailure("Failed to turn barcode reader on!!");
-    WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
-    ExpectFailure("Failed to turn barcode reader on!!");
-}
-
-TEST_F(Startup, NoRfidPort) {
-    FitReaders("imager");
-    Wire->Command("unplug com2");
-    ExpectFailure("Failed to turn RFID reader on!!");
+    WriteWholeFile(SettingsPath(), std::string(1100, '\xFF'));
+    Start();
+    EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to initialize BC reader!!"));
+    DismissErrorBox(Desktop);
+    EXPECT_EQ(Running->Ended(), 0);
 }
 
 // Nobody could dismiss a box there.
@@ -160,16 +208,9 @@ TEST_F(Startup, WithoutADisplayAFailureIsSaidAndEndsTheProgram) {
     }
 }
 
-TEST_F(Startup, AReaderThatRefusesItsConfiguration) {
-    FitReaders("imager");
-    Wire->Command("fault nak-params 2 x2");
-    ExpectFailure("Failed to initialize Corvin!!");
-}
-
 // The settings come to the front, once, and the second program is gone.
 TEST_F(Startup, ASecondStartShowsTheSettingsOfTheFirst) {
-    FitReaders("laser");
-    WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}});
+    FitKnownReaders("laser");
     StartReady();
     const std::size_t windows = Desktop.Windows().size();
     Vantrel second;

@@ -4,8 +4,9 @@
 //
 //   terminal ID    whose program it works: the number that its windows and the names of its objects carry, in
 //                  16 hexadecimal digits
-//   trigger KEY    "down", "up", or "press" and milliseconds: "trigger taken" when a program is there, which
-//                  then has 20 s to take each
+//   trigger KEY    "down", "up", or "press" and milliseconds: "trigger taken", "late" when it is not in 5 s
+//   (the
+//                  program may show a box over it), or "nobody there"
 //   typed          what the window has got since the last time: "typed" and hexadecimal digits
 //   front [WINDOW] brings the note window, or another one, to the front
 //   foreground     "foreground ID" of the window in front
@@ -183,39 +184,40 @@ HWND MainWindow() {
     return window;
 }
 
-// Whether a program is there that has taken the key; `late` when it has not done so in time.
-bool Send(LPCWSTR message, bool& late) {
+enum class Answer { NobodyThere, Late, Taken };
+
+Answer Send(LPCWSTR message) {
     const HWND window = MainWindow();
     // The time of the key, on the clock of vantrel-trigger.
     FILETIME now;
     GetSystemTimeAsFileTime(&now);
-    const ULONGLONG time = ULONGLONG{now.dwHighDateTime} << 32 | now.dwLowDateTime;
+    const DWORD time = static_cast<DWORD>((ULONGLONG{now.dwHighDateTime} << 32 | now.dwLowDateTime) / 10'000);
     DWORD_PTR result = 0;
     SetLastError(ERROR_SUCCESS);
-    const bool taken = window != nullptr && SendMessageTimeoutW(window, RegisterWindowMessageW(message),
-                                                                static_cast<DWORD>(time / 10'000) | 1u, 0,
-                                                                SMTO_NORMAL, 20'000, &result) != 0;
-    late = window != nullptr && !taken && GetLastError() == ERROR_TIMEOUT;
-    return taken;
+    if (window != nullptr && SendMessageTimeoutW(window, RegisterWindowMessageW(message), time | 1u, 0,
+                                                 SMTO_NORMAL, 5000, &result) != 0) {
+        return Answer::Taken;
+    }
+    return GetLastError() == ERROR_TIMEOUT ? Answer::Late : Answer::NobodyThere;
 }
 
-const char* PullTrigger(const std::string& words) {
-    bool late = false;
-    bool taken = words == "up" || Send(L"WM_USER1DOWN", late);
-    if (taken && words.starts_with("press ")) {
+void PullTrigger(const std::string& words) {
+    Answer answer = words != "up" ? Send(L"WM_USER1DOWN") : Answer::Taken;
+    if (words.starts_with("press ")) {
         Sleep(static_cast<DWORD>(std::strtoul(words.c_str() + 6, nullptr, 10)));
     }
-    taken = taken && (words == "down" || Send(L"WM_USER1UP", late));
-    std::puts(taken ? "trigger taken" : "trigger left");
-    return late ? "the program has not taken it in 20 s" : nullptr;
+    if (words != "down" && answer != Answer::NobodyThere) {
+        answer = Send(L"WM_USER1UP");
+    }
+    constexpr const char* names[] = {"nobody there", "late", "taken"};
+    std::printf("trigger %s\n", names[static_cast<int>(answer)]);
 }
 
-// What went wrong, if anything.
-const char* Obey(const std::string& word, const std::string& rest) {
+void Obey(const std::string& word, const std::string& rest) {
     if (word == "terminal") {
         Terminal = rest;
     } else if (word == "trigger") {
-        return PullTrigger(rest);
+        PullTrigger(rest);
     } else if (word == "typed") {
         SayTyped();
     } else if (word == "front") {
@@ -241,9 +243,10 @@ const char* Obey(const std::string& word, const std::string& rest) {
     } else if (word == "shared") {
         SayShared();
     } else {
-        return "unknown";
+        std::puts("error unknown");
+        return;
     }
-    return nullptr;
+    std::puts("ok");
 }
 
 DWORD WINAPI TakeCommands(LPVOID) {
@@ -258,8 +261,7 @@ DWORD WINAPI TakeCommands(LPVOID) {
         if (word == "quit") {
             break;
         }
-        const char* const failed = Obey(word, space == command.npos ? "" : command.substr(space + 1));
-        std::puts(failed == nullptr ? "ok" : (std::string("error ") + failed).c_str());
+        Obey(word, space == command.npos ? "" : command.substr(space + 1));
         std::fflush(stdout);
     }
     ExitProcess(0);
