@@ -93,6 +93,12 @@ bool PseudoTerminal::Plug(std::string& problem) {
     // Before the first opening the other end does not count as closed; one opening of our own makes it so.
     close(open(SlaveName.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
     Notices = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (Notices < 0) {
+        // A user may have no more than fs.inotify.max_user_instances of them.
+        problem = SystemProblem("inotify");
+        Unplug();
+        return false;
+    }
     WatchDevice();
 
     if (DeviceWatch < 0 || !MakeLink()) {

@@ -74,13 +74,6 @@ Accessible Read(const Reference& object) {
     read.Checked = has(Checked);
     read.Selected = has(Selected);
     read.Focused = has(Focused);
-    const QVariantList place = Ask(object, Interface + "Component", "GetExtents", {0u});
-    if (!place.isEmpty() && place.front().canConvert<QDBusArgument>()) {
-        const auto fields = place.front().value<QDBusArgument>();
-        fields.beginStructure();
-        fields >> read.X >> read.Y >> read.Width >> read.Height;
-        fields.endStructure();
-    }
     if (!has(Showing)) {
         read.Role.clear();
         return read;
@@ -95,18 +88,6 @@ Accessible Read(const Reference& object) {
 }
 
 }  // namespace
-
-const Accessible* Accessible::Find(const std::string& role, const std::string& name) const {
-    if ((role.empty() || Role == role) && Name.starts_with(name)) {
-        return this;
-    }
-    for (const Accessible& part : Parts) {
-        if (const Accessible* found = part.Find(role, name)) {
-            return found;
-        }
-    }
-    return nullptr;
-}
 
 void Accessible::Visit(const std::function<void(const Accessible&)>& look) const {
     look(*this);

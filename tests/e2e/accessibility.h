@@ -14,11 +14,8 @@ struct Accessible {
     std::string Name;  // a window's title, a control's text
     std::string Text;  // what can be edited
     bool Checked = false, Selected = false, Focused = false;
-    int X = 0, Y = 0, Width = 0, Height = 0;  // on the screen
     std::vector<Accessible> Parts;
 
-    // Itself or the first part of this role whose name begins so; "" fits all. Null when there is none.
-    const Accessible* Find(const std::string& role, const std::string& name = "") const;
     void Visit(const std::function<void(const Accessible&)>& look) const;
     // All of it, a line a part, as somebody would hear it.
     std::string Outline(int depth = 0) const;

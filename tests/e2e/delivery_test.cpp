@@ -126,7 +126,8 @@ TEST_F(Delivery, AHangingConsumerIsLeftOut) {
     EXPECT_EQ(LinesOf(*healthy, 6).size(), 6u);
     // It is heard again once it has answered.
     hanging->Signal(SIGCONT);
-    EXPECT_EQ(Says(*hanging, "HANGS"), Desktop.KeepsLateMessages());
+    // Wine forgets a message that its sender no longer waits for.
+    EXPECT_NE(Says(*hanging, "HANGS"), OnWine());
     EXPECT_EQ(Scan("1 AFTER", 6), "AFTER\n");
     EXPECT_TRUE(Says(*hanging, "AFTER"));
     // One that dies is no concern of anybody.

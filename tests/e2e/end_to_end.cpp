@@ -4,7 +4,6 @@
 #include <semaphore.h>
 
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 
 #include "platform/linux/kernel/terminal.h"
@@ -12,12 +11,6 @@
 #include "settings/record.h"
 #include "settings/settings_file.h"
 #include "tests/e2e/wine_screen.h"
-
-namespace {
-
-const char* const StopCommands[] = {"rx com1 04 E5", "command com1 OFF"};
-
-}  // namespace
 
 EndToEnd::EndToEnd() {
     // Qt says a word about a machine that has none.
@@ -95,29 +88,18 @@ void EndToEnd::Start(const std::vector<std::string>& environment, const std::vec
 }
 
 bool EndToEnd::WaitUntilReady(int milliseconds) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
     Wire->Forget();
-    while (std::chrono::steady_clock::now() < until) {
+    return Within(milliseconds, [this] {
         if (!BarcodeFitted) {
             // With an RFID reader alone only a press shows; the read that it starts has to end again.
             Trigger({"down"});
-            if (Wire->Saw("event opened com2", 100) && Wire->Saw("event searching com2", 1000)) {
-                return true;
-            }
-            continue;
+            return Wire->Saw("event opened com2", 100) && Wire->Saw("event searching com2", 1000);
         }
         // A release does nothing but tell the reader to stop.
         Trigger({"up"});
-        for (int tries = 0; tries < 10; ++tries) {
-            for (const char* stop : StopCommands) {
-                if (Wire->Saw(stop, 0)) {
-                    return true;
-                }
-            }
-            Pause(10);
-        }
-    }
-    return false;
+        return Within(100,
+                      [this] { return Wire->Saw("rx com1 04 E5", 0) || Wire->Saw("command com1 OFF", 0); });
+    });
 }
 
 void EndToEnd::StartReady(const std::vector<std::string>& environment) {

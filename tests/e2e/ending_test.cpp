@@ -115,10 +115,10 @@ INSTANTIATE_TEST_SUITE_P(
     States, EndingIn,
     testing::Values(State{"Starting", &Ending::Begin}, State{"Detecting", &Ending::Detect},
                     State{"Configuring", &Ending::Configure}, State{"Downloading", &Ending::Download},
-                    State{"ErrorBox", &Ending::ShowBox}, State{"Running", &Ending::Run},
-                    State{"ReadingABarcode", &Ending::ReadBarcode}, State{"ReadingATag", &Ending::ReadTag},
-                    State{"HalfAMessage", &Ending::ReceiveHalf}, State{"Typing", &Ending::Type},
-                    State{"Vibrating", &Ending::Vibrate}, State{"Settings", &Ending::ShowSettings}),
+                    State{"ErrorBox", &Ending::ShowBox}, State{"ReadingABarcode", &Ending::ReadBarcode},
+                    State{"ReadingATag", &Ending::ReadTag}, State{"HalfAMessage", &Ending::ReceiveHalf},
+                    State{"Typing", &Ending::Type}, State{"Vibrating", &Ending::Vibrate},
+                    State{"Settings", &Ending::ShowSettings}),
     [](const auto& state) { return std::string(state.param.Name); });
 
 // As a person restarts it: the one that is ending is not taken for a running one, and its ports are waited

@@ -2,14 +2,12 @@
 
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <fstream>
-#include <sstream>
-#include <thread>
 
+#include "tests/e2e/waiting.h"
 #include "tests/e2e/wine_screen.h"
+#include "tests/support/temporary_terminal.h"
 
 namespace {
 
@@ -57,15 +55,7 @@ Vantrel::Vantrel(const std::vector<std::string>& environment, const std::vector<
 }
 
 bool Vantrel::IsThere(int milliseconds) const {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-    std::string ignored;
-    do {
-        if (Trigger({"up"})) {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    } while (std::chrono::steady_clock::now() < until);
-    return false;
+    return Within(milliseconds, [] { return Trigger({"up"}); });
 }
 
 void Vantrel::Signal(int number) {
@@ -105,16 +95,10 @@ bool Trigger(const std::vector<std::string>& words) {
 }
 
 long ProcessorTicks(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-    std::stringstream text;
-    text << file.rdbuf();
-    // The fields behind the name, which ends with the last bracket; the 12th and 13th are the times.
-    std::istringstream fields(text.str().substr(text.str().rfind(')') + 1));
-    std::string skipped;
-    for (int i = 0; i < 11; ++i) {
-        fields >> skipped;
-    }
+    const std::string text = ReadWholeFile("/proc/" + std::to_string(process) + "/stat");
     long user = 0, system = 0;
-    fields >> user >> system;
+    // Behind the name, which ends with the last bracket; the 12th and 13th fields from there.
+    const char* const fields = text.c_str() + text.rfind(')') + 1;
+    std::sscanf(fields, " %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %ld %ld", &user, &system);
     return user + system;
 }

@@ -55,23 +55,18 @@ std::vector<std::string> Readers::Command(const std::string& command) {
             break;
         }
     }
-    ADD_FAILURE() << "readers: " << command << ": " << lines_.back();
+    ADD_FAILURE() << "readers: " << command << ": " << (lines_.empty() ? "no answer" : lines_.back());
     return {};
 }
 
 bool Readers::Saw(std::string_view text, int milliseconds) {
     const auto until = Clock::now() + std::chrono::milliseconds(milliseconds);
-    std::size_t at = from_;
-    for (;;) {
-        for (; at < lines_.size(); ++at) {
-            if (Contains(lines_[at], text)) {
-                return true;
-            }
-        }
-        if (!TakeLine(Left(until))) {
-            return false;
+    for (std::size_t at = from_; at < lines_.size() || TakeLine(Left(until)); ++at) {
+        if (Contains(lines_[at], text)) {
+            return true;
         }
     }
+    return false;
 }
 
 int Readers::Count(std::string_view text) {

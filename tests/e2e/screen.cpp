@@ -23,38 +23,27 @@ std::unique_ptr<TestScreen> MakeScreen() {
     return std::make_unique<XScreen>();
 }
 
+std::optional<ScreenWindow> TestScreen::Find(const std::string& title) {
+    const auto windows = Windows();
+    const auto found = std::ranges::find(windows, title, &ScreenWindow::Title);
+    return found != windows.end() ? std::optional(*found) : std::nullopt;
+}
+
 std::optional<ScreenWindow> TestScreen::WaitForWindow(const std::string& title, int milliseconds) {
     std::optional<ScreenWindow> found;
-    Within(milliseconds, [&] {
-        for (const ScreenWindow& window : Windows()) {
-            if (window.Title == title) {
-                found = window;
-            }
-        }
-        return found.has_value();
-    });
+    Within(milliseconds, [&] { return (found = Find(title)).has_value(); });
     return found;
 }
 
 bool TestScreen::WaitUntilGone(const std::string& title, int milliseconds) {
-    return Within(milliseconds, [&] {
-        for (const ScreenWindow& window : Windows()) {
-            if (window.Title == title) {
-                return false;
-            }
-        }
-        return true;
-    });
+    return Within(milliseconds, [&] { return !Find(title); });
 }
 
 bool TestScreen::WaitForFocus(const std::string& title, int milliseconds) {
     return Within(milliseconds, [&] {
-        for (const ScreenWindow& window : Windows()) {
-            if (window.Title == title && HasFocus(window.Id)) {
-                return true;
-            }
-        }
-        return false;
+        return std::ranges::any_of(Windows(), [&](const ScreenWindow& window) {
+            return window.Title == title && HasFocus(window.Id);
+        });
     });
 }
 

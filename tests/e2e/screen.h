@@ -39,6 +39,7 @@ class TestScreen {
 
     // Windows that can be seen, the one below first.
     virtual std::vector<ScreenWindow> Windows() = 0;
+    std::optional<ScreenWindow> Find(const std::string& title);
     std::optional<ScreenWindow> WaitForWindow(const std::string& title, int milliseconds = 10000);
     bool WaitUntilGone(const std::string& title, int milliseconds = 5000);
     // Waits until a window with the title is there and gets the keys.
@@ -51,12 +52,9 @@ class TestScreen {
 
     // The width of the main window, which has the settings' title and is smaller.
     virtual int MainWidth() const { return 300; }
-    // Whether programs learn where their notification icon is: its menu opens there.
-    virtual bool TellsIconPlace() const { return true; }
-    // Whether a message that its sender no longer waits for still arrives.
-    virtual bool KeepsLateMessages() const { return true; }
 
-    virtual Picture Capture(int x, int y, int width, int height) = 0;
+    // A part of the screen; empty when there is none.
+    static Picture Capture(int x, int y, int width, int height);
     // The mouse pointer as it looks now. X only.
     virtual Picture Pointer() { return {}; }
     // Writes the whole screen as a PPM file.

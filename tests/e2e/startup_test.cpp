@@ -12,26 +12,18 @@
 
 namespace {
 
-class Startup : public EndToEnd {
-  protected:
-    // The file that a start leaves: current version, these readers.
-    void ExpectFile(WORD devices) {
-        EXPECT_EQ(ReadWholeFile(SettingsPath()).size(), 1100u);
-        EXPECT_EQ(SettingsWord(0), 1);
-        EXPECT_EQ(SettingsWord(2), 1);
-        EXPECT_EQ(StoredReaders(), devices);
-    }
-};
+class Startup : public EndToEnd {};
 
 struct Course {
     const char* Name;
     const char* Barcode;
-    std::vector<std::string> Options;
-    WORD Stored;  // the readers of the file that is there before, 0: none
-    std::vector<SettingValue> Values;
-    std::size_t FileSize;
+    const char* Command;  // to the readers
+    WORD Stored;          // the readers of the file that is there before, 0: none; and what it has set
+    const Setting* Changed;
+    WORD Value;
+    const char* Seen;  // of the readers
+    const char* Unseen;
     WORD Found;
-    std::vector<const char*> Seen, Unseen;  // of the readers
     const char* Label;
     const char* Typed;
 };
@@ -43,19 +35,20 @@ class StartupWith : public Startup, public testing::WithParamInterface<Course> {
 
 TEST_P(StartupWith, ComesUpAndReads) {
     const Course& course = GetParam();
-    FitReaders(course.Barcode, "none", course.Options);
+    FitReaders(course.Barcode);
+    Wire->Command(course.Command);
     if (course.Stored != 0) {
-        WriteSettings(course.Stored, course.Values);
-        WriteWholeFile(SettingsPath(), ReadWholeFile(SettingsPath()).substr(0, course.FileSize));
+        WriteSettings(course.Stored, {{course.Changed, course.Value}});
     }
     StartReady();
-    for (const char* text : course.Seen) {
-        EXPECT_NE(Wire->Log().find(text), std::string::npos) << text;
-    }
-    for (const char* text : course.Unseen) {
-        EXPECT_EQ(Wire->Log().find(text), std::string::npos) << text;
-    }
-    ExpectFile(course.Found);
+    const std::string log = Wire->Log();
+    EXPECT_NE(log.find(course.Seen), std::string::npos) << log;
+    EXPECT_EQ(log.find(course.Unseen), std::string::npos) << log;
+    // The file that a start leaves: current version, these readers.
+    EXPECT_EQ(ReadWholeFile(SettingsPath()).size(), 1100u);
+    EXPECT_EQ(SettingsWord(0), 1);
+    EXPECT_EQ(SettingsWord(2), 1);
+    EXPECT_EQ(StoredReaders(), course.Found);
     EXPECT_EQ(Scan(course.Label, std::string(course.Typed).size()), course.Typed);
     EXPECT_TRUE(Running->End());
     ExpectNothingLeft();
@@ -64,67 +57,19 @@ TEST_P(StartupWith, ComesUpAndReads) {
 constexpr const char *LookedFor = "rx com1 04 A3", *SetUpAnew = "event defaults com1";
 
 INSTANTIATE_TEST_SUITE_P(
-    Files, StartupWith,
-    testing::Values(
-        Course{"None", "imager", {}, 0, {}, 0, DeviceImager, {SetUpAnew}, {}, "3 Fresh", "Fresh\n"},
-        Course{"OneThatFits",
-               "imager",
-               {},
-               DeviceImager,
-               {{&general::AutoEnter, '0'}, {&general::IncludeCodeLength, '1'}},
-               1100,
-               DeviceImager,
-               {LookedFor},
-               {SetUpAnew},
-               "3 Kept",
-               "004Kept"},
-        // The stored reader is believed, and its port runs at its working rate.
-        Course{"CheckOff",
-               "laser",
-               {},
-               DeviceLaser,
-               {{&general::CheckReaderStatus, '0'}},
-               1100,
-               DeviceLaser,
-               {"event opened com1"},
-               {LookedFor, "event opened com2"},
-               "1 AB12",
-               "AB12\n"},
-        // A short one counts as none.
-        Course{"ShortOne",
-               "1d",
-               {},
-               DeviceImager,
-               {{&general::AutoEnter, '0'}},
-               1099,
-               Device1D,
-               {},
-               {},
-               "A AB12",
-               "AB12\n"},
-        // What belongs to no reader stays.
-        Course{"OneOfAnotherReader",
-               "laser",
-               {},
-               DeviceImager,
-               {{&general::IncludeCodeType, '1'}},
-               1100,
-               DeviceLaser,
-               {SetUpAnew},
-               {},
-               "1 AB12",
-               "AAB12\n"},
-        Course{"ReaderAtAnotherSpeed",
-               "imager",
-               {"--barcode-rate", "9600"},
-               DeviceImager,
-               {},
-               1100,
-               DeviceImager,
-               {"event rate com1 115200"},
-               {},
-               "3 Faster",
-               "Faster\n"}),
+    All, StartupWith,
+    testing::Values(Course{"NoFile", "imager", "state", 0, nullptr, 0, SetUpAnew, "com9", DeviceImager,
+                           "3 Fresh", "Fresh\n"},
+                    Course{"AFileThatFits", "imager", "state", DeviceImager, &general::IncludeCodeLength, '1',
+                           LookedFor, SetUpAnew, DeviceImager, "3 Kept", "004Kept\n"},
+                    // The stored reader is believed, and its port runs at its working rate.
+                    Course{"CheckOff", "laser", "state", DeviceLaser, &general::CheckReaderStatus, '0',
+                           "event opened com1", LookedFor, DeviceLaser, "1 AB12", "AB12\n"},
+                    // What belongs to no reader stays.
+                    Course{"AnotherReader", "laser", "state", DeviceImager, &general::IncludeCodeType, '1',
+                           SetUpAnew, "com9", DeviceLaser, "1 AB12", "AAB12\n"},
+                    Course{"AnotherSpeed", "imager", "rate com1 9600", DeviceImager, &general::AutoEnter, '0',
+                           "event rate com1 115200", "com9", DeviceImager, "3 Faster", "Faster"}),
     [](const auto& course) { return std::string(course.param.Name); });
 
 struct Failure {

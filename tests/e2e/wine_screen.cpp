@@ -15,7 +15,6 @@
 #include <thread>
 
 #include "tests/e2e/program.h"
-#include "tests/e2e/x_screen.h"
 
 namespace {
 
@@ -34,7 +33,7 @@ std::string TerminalFolder() {
 constexpr int IconX = 616, IconY = 457, IconSize = 26;
 
 bool ShowsIcon() {
-    const Picture place = CaptureDisplay(IconX + 8, IconY + 8, 10, 10);
+    const Picture place = TestScreen::Capture(IconX + 8, IconY + 8, 10, 10);
     return !place.Pixels.empty() && std::ranges::count(place.Pixels, place.Pixels.front()) < 90;
 }
 
@@ -209,10 +208,6 @@ std::vector<std::string> WineScreen::TextsOf(const ScreenWindow& window) {
         texts.push_back(line.substr(std::string("text ").size()));
     }
     return texts;
-}
-
-Picture WineScreen::Capture(int x, int y, int width, int height) {
-    return CaptureDisplay(x, y, width, height);
 }
 
 void WineScreen::Press(unsigned long symbol, bool control) {

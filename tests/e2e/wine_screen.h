@@ -44,11 +44,8 @@ class WineScreen : public TestScreen {
     std::vector<ScreenWindow> Windows() override;
     std::vector<std::string> TextsOf(const ScreenWindow& window) override;
     int MainWidth() const override { return 240; }
-    Picture Capture(int x, int y, int width, int height) override;
     void Press(unsigned long symbol, bool control) override;
     void Click(int x, int y) override;
     bool HasFocus(unsigned long window) override;
     bool KeysAreUp() override;
-    bool TellsIconPlace() const override { return false; }
-    bool KeepsLateMessages() const override { return false; }
 };

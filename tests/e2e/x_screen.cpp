@@ -136,7 +136,7 @@ std::vector<std::string> XScreen::TextsOf(const ScreenWindow& window) {
     return texts;
 }
 
-Picture CaptureDisplay(int x, int y, int width, int height) {
+Picture TestScreen::Capture(int x, int y, int width, int height) {
     Picture picture{width, height, {}};
     Display* const display = XOpenDisplay(nullptr);
     XImage* image = display == nullptr
@@ -155,10 +155,6 @@ Picture CaptureDisplay(int x, int y, int width, int height) {
         XCloseDisplay(display);
     }
     return image != nullptr ? picture : Picture{};
-}
-
-Picture XScreen::Capture(int x, int y, int width, int height) {
-    return CaptureDisplay(x, y, width, height);
 }
 
 Picture XScreen::Pointer() {

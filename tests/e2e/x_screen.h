@@ -6,9 +6,6 @@
 
 struct _XDisplay;  // of the X library, whose names stay out of the tests
 
-// A part of what $DISPLAY shows; empty when there is none.
-Picture CaptureDisplay(int x, int y, int width, int height);
-
 class XScreen : public TestScreen {
   public:
     // Starts the server and puts the client in front.
@@ -22,7 +19,6 @@ class XScreen : public TestScreen {
     std::vector<ScreenWindow> Windows() override;
     std::vector<Accessible> Hear(const std::string& title = "") override;
     std::vector<std::string> TextsOf(const ScreenWindow& window) override;
-    Picture Capture(int x, int y, int width, int height) override;
     Picture Pointer() override;
     void Press(unsigned long symbol, bool control) override;
     void Click(int x, int y) override;

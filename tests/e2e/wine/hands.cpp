@@ -20,10 +20,15 @@
 //   shared         "shared N": how many of the terminal's shared objects exist
 //   quit
 //
-// Every answer ends with a line "ok", or "error" and why.
+// Every answer ends with a line "ok".
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,8 +37,7 @@ namespace {
 
 HWND Note;
 std::string Terminal;
-std::string Noted;
-SRWLOCK NotedLock = SRWLOCK_INIT;
+constexpr UINT ComeForward = WM_APP, HandOver = WM_APP + 1;
 
 std::string ToUtf8(const wchar_t* text) {
     char bytes[3 * 4096];
@@ -42,29 +46,18 @@ std::string ToUtf8(const wchar_t* text) {
 }
 
 LRESULT CALLBACK NoteProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    static std::string noted;
     if (message == WM_CHAR) {
-        AcquireSRWLockExclusive(&NotedLock);
-        Noted += static_cast<char>(wParam == '\r' ? '\n' : wParam);
-        ReleaseSRWLockExclusive(&NotedLock);
-        return 0;
-    }
-    if (message == WM_APP) {
+        noted += static_cast<char>(wParam == '\r' ? '\n' : wParam);
+    } else if (message == HandOver) {
+        *reinterpret_cast<std::string*>(lParam) = std::exchange(noted, {});
+    } else if (message == ComeForward) {
         // Only a window's own thread may hand the foreground on without being asked back.
         SetForegroundWindow(reinterpret_cast<HWND>(wParam));
-        return 0;
+    } else {
+        return DefWindowProcW(window, message, wParam, lParam);
     }
-    return DefWindowProcW(window, message, wParam, lParam);
-}
-
-void SayWindow(HWND window) {
-    RECT place{};
-    wchar_t title[512] = {};
-    GetWindowRect(window, &place);
-    // Without a message to a program that may hang.
-    InternalGetWindowText(window, title, 512);
-    std::printf("window %lu %ld %ld %ld %ld %s\n",
-                static_cast<unsigned long>(reinterpret_cast<ULONG_PTR>(window)), place.left, place.top,
-                place.right - place.left, place.bottom - place.top, ToUtf8(title).c_str());
+    return 0;
 }
 
 BOOL CALLBACK AddVisible(HWND window, LPARAM windows) {
@@ -74,11 +67,17 @@ BOOL CALLBACK AddVisible(HWND window, LPARAM windows) {
     return TRUE;
 }
 
-void SayWindows() {
+void SayWindows(const std::string&) {
     std::vector<HWND> found;
     EnumWindows(AddVisible, reinterpret_cast<LPARAM>(&found));
     for (auto window = found.rbegin(); window != found.rend(); ++window) {
-        SayWindow(*window);
+        RECT place{};
+        wchar_t title[512] = {};
+        GetWindowRect(*window, &place);
+        // Without a message to a program that may hang.
+        InternalGetWindowText(*window, title, 512);
+        std::printf("window %llu %ld %ld %ld %ld %s\n", reinterpret_cast<ULONG_PTR>(*window), place.left,
+                    place.top, place.right - place.left, place.bottom - place.top, ToUtf8(title).c_str());
     }
 }
 
@@ -86,8 +85,9 @@ HWND WindowOf(const std::string& argument) {
     return reinterpret_cast<HWND>(static_cast<ULONG_PTR>(std::strtoul(argument.c_str(), nullptr, 10)));
 }
 
-void SayText(HWND window) {
+void SayText(const std::string& argument) {
     constexpr int MessageText = 0xFFFF;
+    const HWND window = WindowOf(argument);
     wchar_t text[4096] = {};
     HWND source = GetDlgItem(window, MessageText);
     source = source != nullptr ? source : FindWindowExW(window, nullptr, L"Edit", nullptr);
@@ -101,24 +101,13 @@ void SayText(HWND window) {
 }
 
 void PressKeys(const std::string& keys) {
-    std::vector<WORD> codes;
-    for (const char* at = keys.c_str(); *at != 0;) {
-        char* end = nullptr;
-        codes.push_back(static_cast<WORD>(std::strtoul(at, &end, 10)));
-        if (end == at) {
-            return;
-        }
-        at = end;
-    }
-    const auto send = [](WORD code, DWORD flags) {
-        INPUT input{};
-        input.type = INPUT_KEYBOARD;
-        input.ki.wVk = code;
-        input.ki.wScan = static_cast<WORD>(MapVirtualKeyW(code, MAPVK_VK_TO_VSC));
-        input.ki.dwFlags = flags;
-        SendInput(1, &input, sizeof input);
+    std::istringstream words(keys);
+    const std::vector<int> codes{std::istream_iterator<int>(words), {}};
+    const auto send = [](int code, DWORD flags) {
+        keybd_event(static_cast<BYTE>(code), static_cast<BYTE>(MapVirtualKeyW(code, MAPVK_VK_TO_VSC)), flags,
+                    0);
     };
-    for (const WORD code : codes) {
+    for (const int code : codes) {
         send(code, 0);
     }
     for (auto code = codes.rbegin(); code != codes.rend(); ++code) {
@@ -128,49 +117,37 @@ void PressKeys(const std::string& keys) {
 
 void Click(const std::string& place) {
     int x = 0, y = 0;
-    if (std::sscanf(place.c_str(), "%d %d", &x, &y) == 2) {
-        SetCursorPos(x, y);
-        for (const DWORD flags : {MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP}) {
-            INPUT input{};
-            input.type = INPUT_MOUSE;
-            input.mi.dwFlags = flags;
-            SendInput(1, &input, sizeof input);
-        }
-    }
+    std::istringstream(place) >> x >> y;
+    SetCursorPos(x, y);
+    mouse_event(MOUSEEVENTF_LEFTDOWN, 0, 0, 0, 0);
+    mouse_event(MOUSEEVENTF_LEFTUP, 0, 0, 0, 0);
 }
 
-bool KeysAreUp() {
+void SayKeys(const std::string&) {
+    bool down = (GetKeyState(VK_CAPITAL) & 1) != 0;
     for (int key = VK_BACK; key < 0xFF; ++key) {
-        if ((GetAsyncKeyState(key) & 0x8000) != 0) {
-            return false;
-        }
+        down = down || (GetAsyncKeyState(key) & 0x8000) != 0;
     }
-    return (GetKeyState(VK_CAPITAL) & 1) == 0;
+    std::puts(down ? "keys down" : "keys up");
 }
 
-void SayTyped() {
-    AcquireSRWLockExclusive(&NotedLock);
-    const std::string noted = std::exchange(Noted, {});
-    ReleaseSRWLockExclusive(&NotedLock);
-    std::string digits;
+void SayTyped(const std::string&) {
+    std::string noted;
+    SendMessageW(Note, HandOver, 0, reinterpret_cast<LPARAM>(&noted));
+    std::printf("typed ");
     for (const char letter : noted) {
-        char pair[3];
-        std::snprintf(pair, sizeof pair, "%02X", static_cast<unsigned char>(letter));
-        digits += pair;
+        std::printf("%02X", static_cast<unsigned char>(letter));
     }
-    std::printf("typed %s\n", digits.c_str());
+    std::puts("");
 }
 
-void SayShared() {
-    int found = 0;
+void SayShared(const std::string&) {
     const std::wstring name = L"Local\\vantrel-" + std::wstring(Terminal.begin(), Terminal.end()) + L"-";
-    if (const HANDLE event = OpenEventW(SYNCHRONIZE, FALSE, (name + L"DecodeEvent").c_str())) {
-        CloseHandle(event);
-        ++found;
-    }
-    if (const HANDLE mapping = OpenFileMappingW(FILE_MAP_READ, FALSE, (name + L"QuenraDataQueue").c_str())) {
-        CloseHandle(mapping);
-        ++found;
+    int found = 0;
+    for (const HANDLE object :
+         {OpenEventW(SYNCHRONIZE, FALSE, (name + L"DecodeEvent").c_str()),
+          OpenFileMappingW(FILE_MAP_READ, FALSE, (name + L"QuenraDataQueue").c_str())}) {
+        found += object != nullptr && CloseHandle(object) ? 1 : 0;
     }
     std::printf("shared %d\n", found);
 }
@@ -213,56 +190,38 @@ void PullTrigger(const std::string& words) {
     std::printf("trigger %s\n", names[static_cast<int>(answer)]);
 }
 
-void Obey(const std::string& word, const std::string& rest) {
-    if (word == "terminal") {
-        Terminal = rest;
-    } else if (word == "trigger") {
-        PullTrigger(rest);
-    } else if (word == "typed") {
-        SayTyped();
-    } else if (word == "front") {
-        const HWND window = rest.empty() ? Note : WindowOf(rest);
-        SendMessageW(Note, WM_APP, reinterpret_cast<WPARAM>(window), 0);
-    } else if (word == "foreground") {
-        std::printf("foreground %lu\n",
-                    static_cast<unsigned long>(reinterpret_cast<ULONG_PTR>(GetForegroundWindow())));
-    } else if (word == "windows") {
-        SayWindows();
-    } else if (word == "text") {
-        SayText(WindowOf(rest));
-    } else if (word == "press") {
-        PressKeys(rest);
-    } else if (word == "click") {
-        Click(rest);
-    } else if (word == "keys") {
-        std::puts(KeysAreUp() ? "keys up" : "keys down");
-    } else if (word == "close") {
-        PostMessageW(MainWindow(), WM_CLOSE, 0, 0);
-    } else if (word == "hold") {
-        CreateFileA(rest.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    } else if (word == "shared") {
-        SayShared();
-    } else {
-        std::puts("error unknown");
-        return;
-    }
-    std::puts("ok");
-}
+const std::map<std::string, void (*)(const std::string&)> Commands = {
+    {"terminal", [](const std::string& identity) { Terminal = identity; }},
+    {"trigger", PullTrigger},
+    {"typed", SayTyped},
+    {"front",
+     [](const std::string& window) {
+         const HWND wanted = window.empty() ? Note : WindowOf(window);
+         SendMessageW(Note, ComeForward, reinterpret_cast<WPARAM>(wanted), 0);
+     }},
+    {"foreground",
+     [](const std::string&) {
+         std::printf("foreground %llu\n", reinterpret_cast<ULONG_PTR>(GetForegroundWindow()));
+     }},
+    {"windows", SayWindows},
+    {"text", SayText},
+    {"press", PressKeys},
+    {"click", Click},
+    {"keys", SayKeys},
+    {"close", [](const std::string&) { PostMessageW(MainWindow(), WM_CLOSE, 0, 0); }},
+    {"hold",
+     [](const std::string& file) {
+         CreateFileA(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+     }},
+    {"shared", SayShared},
+    {"quit", [](const std::string&) { ExitProcess(0); }}};
 
 DWORD WINAPI TakeCommands(LPVOID) {
-    char line[4096];
-    while (std::fgets(line, sizeof line, stdin) != nullptr) {
-        std::string command = line;
-        while (!command.empty() && (command.back() == '\n' || command.back() == '\r')) {
-            command.pop_back();
-        }
-        const std::size_t space = command.find(' ');
-        const std::string word = command.substr(0, space);
-        if (word == "quit") {
-            break;
-        }
-        Obey(word, space == command.npos ? "" : command.substr(space + 1));
-        std::fflush(stdout);
+    for (std::string line; std::getline(std::cin, line); std::fflush(stdout)) {
+        line.erase(line.find_last_not_of('\r') + 1);
+        const std::size_t space = std::min(line.find(' '), line.size());
+        Commands.at(line.substr(0, space))(line.substr(std::min(space + 1, line.size())));
+        std::puts("ok");
     }
     ExitProcess(0);
 }
