@@ -47,10 +47,8 @@ int RunProgram(const std::string& name, const std::vector<std::string>& argument
 
 Vantrel::Vantrel(const std::vector<std::string>& environment, const std::vector<std::string>& arguments) {
     std::vector<std::string> variables = {"QT_QPA_PLATFORM=xcb", "VANTREL_KEYBOARD=xtest"};
-    for (const std::string& variable : environment) {
-        // The first of two settings of one variable counts.
-        variables.insert(variables.begin(), variable);
-    }
+    // The last of two settings of one variable counts.
+    variables.insert(variables.end(), environment.begin(), environment.end());
     process_ = StartProgram("vantrel", arguments, variables);
 }
 
