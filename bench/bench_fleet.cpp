@@ -14,9 +14,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 
 #include "scan/decode_record.h"
 #include "tests/e2e/program.h"
+#include "tests/e2e/waiting.h"
 #include "tests/publish/test_broker.h"
 #include "tests/support/temporary_terminal.h"
 
@@ -127,7 +129,7 @@ bool Measure(const char* name, int first, int count, std::chrono::milliseconds p
         thread.join();
     }
     const std::size_t wanted = Fleet.size() * static_cast<std::size_t>(count);
-    good = WaitUntil([&] { return Arrived() >= wanted; }, 60000) && good;
+    good = Within(60000, [&] { return Arrived() >= wanted; }) && good;
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     const std::scoped_lock lock(Mutex);
     std::sort(Milliseconds.begin(), Milliseconds.end());
@@ -169,7 +171,7 @@ int main(int count, char** arguments) {
     mosquitto_connect(subscriber, "127.0.0.1", broker.Port(), 60);
     mosquitto_loop_start(subscriber);
     for (FleetTerminal& terminal : Fleet) {
-        if (!WaitUntil([&] { return !SocketOf(terminal.Folder).empty(); }, 120000)) {
+        if (!Within(120000, [&] { return !SocketOf(terminal.Folder).empty(); })) {
             std::fputs("a publisher does not start\n", stderr);
             return 1;
         }
