@@ -2,6 +2,7 @@
 // of the keyboard.
 #include <X11/keysym.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -123,8 +124,10 @@ TEST_F(XtestKeyboard, EndTakesNothingWithIt) {
 }
 
 TEST(XtestServer, LossAndReturnOfTheServer) {
-    auto server = std::make_unique<XServer>();
-    const std::string name = server->Name();
+    // So high that no other server takes the number while this one is gone: those take the lowest that is
+    // free.
+    const std::string name = ":" + std::to_string(10000 + getpid() % 40000);
+    auto server = std::make_unique<XServer>(name);
     setenv("VANTREL_KEYBOARD", "xtest", 1);
     layer::InstallKeyboard(nullptr);
     TypeText("a");
