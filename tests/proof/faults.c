@@ -1,10 +1,13 @@
 /* Preloaded into the program: lets the n-th call of one function fail.
 
-   FAULT_CALL  the function (a name of the table below), none when it is missing
-   FAULT_N     which call of it fails, from 1
-   FAULT_FILE  a file of one 64-bit number per function, of the table's length, which counts the calls
+   FAULT_CALL   the function (a name of the table below), none when it is missing
+   FAULT_STACK  only of those calls of it whose stack has this number
+   FAULT_N      which of them fails, from 1
+   FAULT_FILE   a file of what is met: how many calls have failed, then by stack, in the order of the first meeting, its
+                number (the lowest five bits are the function's place in the table) and how often it was met. A stack is
+                the innermost frame and all frames of the program itself, as places in the files
 
-   FAULT_LOG   a file that gets a line for each write, fsync and rename, with the files' paths
+   FAULT_LOG    a file that gets a line for each write, fsync and rename, with the files' paths
 
    A thread's bell (an eventfd) rings and is read as ever: the kernel has no error for that, and it is not counted.
    The calls that the loader and the C library make inside themselves do not pass here. */
@@ -22,6 +25,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/auxv.h>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -30,6 +34,7 @@
 #include <termios.h>
 #include <time.h>
 #include <unistd.h>
+#include <unwind.h>
 
 static const char* const Names[] = {"open",   "read",    "write",   "fsync",      "rename",  "mmap",     "poll",
                                     "ioctl",  "malloc",  "mq_open", "mq_send",    "sem_open", "sem_trywait", "sem_post",
@@ -40,30 +45,61 @@ enum { Open, Read, Write, Fsync, Rename, Mmap, Poll, Ioctl, Malloc, MqOpen, MqSe
        MqReceive, PthreadCreate, MqGetAttr, SemWait, SemClockWait, SemGetValue, Socket, Connect, Accept, Recv, RecvMsg, Send,
        SendMsg, Flock, TcSetAttr, TcGetAttr, Count };
 
-static _Atomic uint64_t* Calls;
+enum { Most = 1 << 15 };
+static struct {
+    _Atomic uint64_t Failed;
+    struct {
+        _Atomic uint64_t Stack, Met;
+    } Calls[Most];
+}* Met;
+static _Atomic uint64_t Calls[Count];
 static int Chosen = -1;
-static uint64_t Nth;
+static uint64_t Stack, Nth;
+static char* Program; /* where it is loaded */
+
+static uint64_t Number(const char* name) {
+    return getenv(name) ? strtoull(getenv(name), NULL, 10) : 0;
+}
 
 __attribute__((constructor)) static void Prepare(void) {
-    const char* path = getenv("FAULT_FILE");
-    if (path == NULL) {
-        return;
-    }
-    const int file = (int)syscall(SYS_openat, AT_FDCWD, path, O_RDWR, 0);
-    void* shared = file < 0 ? MAP_FAILED
-                            : (void*)syscall(SYS_mmap, NULL, Count * 8, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-    if (shared == MAP_FAILED) {
-        abort();
-    }
-    syscall(SYS_close, file);
-    const char* call = getenv("FAULT_CALL");
+    struct dl_find_object found;
+    Program = _dl_find_object((void*)getauxval(AT_ENTRY), &found) == 0 ? found.dlfo_map_start : NULL;
     for (int at = 0; at < Count; ++at) {
-        if (call != NULL && strcmp(call, Names[at]) == 0) {
+        if (getenv("FAULT_CALL") != NULL && strcmp(getenv("FAULT_CALL"), Names[at]) == 0) {
             Chosen = at;
         }
     }
-    Nth = getenv("FAULT_N") ? strtoull(getenv("FAULT_N"), NULL, 10) : 0;
-    Calls = shared;
+    Stack = Number("FAULT_STACK");
+    Nth = Number("FAULT_N");
+    const char* path = getenv("FAULT_FILE");
+    const int file = path == NULL ? -1 : (int)syscall(SYS_openat, AT_FDCWD, path, O_RDWR, 0);
+    if (file >= 0) {
+        Met = (void*)syscall(SYS_mmap, NULL, sizeof *Met, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+        syscall(SYS_close, file);
+    }
+    if (path != NULL && (file < 0 || (void*)Met == MAP_FAILED || Program == NULL)) {
+        abort();
+    }
+}
+
+struct Walk {
+    uint64_t Hash;
+    int Skipped;
+};
+
+static _Unwind_Reason_Code Step(struct _Unwind_Context* frame, void* context) {
+    struct Walk* walk = context;
+    struct dl_find_object found;
+    char* place = (char*)_Unwind_GetIP(frame);
+    if (_dl_find_object(place, &found) != 0) {
+        return _URC_END_OF_STACK;
+    }
+    if (walk->Skipped++ >= 2 && (walk->Skipped == 3 || found.dlfo_map_start == Program)) {
+        const uint64_t size = (char*)found.dlfo_map_end - (char*)found.dlfo_map_start;
+        walk->Hash = (walk->Hash ^ (uint64_t)(place - (char*)found.dlfo_map_start) ^ size << 32) * 0x9E3779B97F4A7C15u;
+        walk->Hash ^= walk->Hash >> 29;
+    }
+    return _URC_NO_REASON;
 }
 
 static void Note(const char* what, int file, const char* from, const char* to) {
@@ -92,9 +128,33 @@ static int IsBell(int file) {
     return bell;
 }
 
-static int Fails(int call, int error) {
-    if (Calls == NULL || atomic_fetch_add(&Calls[call], 1) + 1 != Nth || call != Chosen) {
+/* How often this call with its stack has been met. */
+static uint64_t CountStack(uint64_t stack) {
+    for (int at = 0; at < Most; ++at) {
+        uint64_t there = atomic_load_explicit(&Met->Calls[at].Stack, memory_order_relaxed);
+        if (there == 0 && atomic_compare_exchange_strong(&Met->Calls[at].Stack, &there, stack)) {
+            there = stack;
+        }
+        if (there == stack) {
+            return atomic_fetch_add(&Met->Calls[at].Met, 1) + 1;
+        }
+    }
+    abort();
+}
+
+static __attribute__((noinline)) int Fails(int call, int error) {
+    uint64_t number = atomic_fetch_add(&Calls[call], 1) + 1;
+    if (Met != NULL) {
+        struct Walk walk = {0, 0};
+        _Unwind_Backtrace(Step, &walk);
+        const uint64_t stack = (walk.Hash & ~31ull) | (uint64_t)call, met = CountStack(stack);
+        number = Stack == 0 ? number : stack == Stack ? met : 0;
+    }
+    if (call != Chosen || number != Nth) {
         return 0;
+    }
+    if (Met != NULL) {
+        atomic_fetch_add(&Met->Failed, 1);
     }
     errno = error;
     return 1;
@@ -187,7 +247,11 @@ sem_t* sem_open(const char* name, int flags, ...) {
     return Fails(SemOpen, ENOSPC) ? SEM_FAILED : real(name, flags, mode, value);
 }
 
-extern void* __libc_malloc(size_t size);
-void* malloc(size_t size) {
-    return Fails(Malloc, ENOMEM) ? NULL : __libc_malloc(size);
-}
+#define MALLOC(function, declared, given)                       \
+    extern void* __libc_##function declared;                    \
+    void* function declared {                                   \
+        return Fails(Malloc, ENOMEM) ? NULL : __libc_##function given; \
+    }
+MALLOC(malloc, (size_t size), (size))
+MALLOC(calloc, (size_t count, size_t size), (count, size))
+MALLOC(realloc, (void* old, size_t size), (old, size))

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Lets one call after the other fail under the real program: start, label, tag, settings OK, end.
 
-  faults.py PROGRAMS COUNT --shim FILE [--screen x] [--calls NAME,NAME...] [--seed N] [--terminals N]
+  faults.py PROGRAMS COUNT --shim FILE [--screen x] [--calls NAME,NAME...] [--each N] [--seed N] [--terminals N]
 
 With a screen each terminal has an X server, where the program types into an xterm and shows the settings, in which a
 switch is tapped and OK pressed by keys; without one there is no window, and another program changes the settings.
 
-COUNT runs with a call and a number by chance; 0 goes through all of them in order: n = 1, 2, 3 ... of each call up to
-what a whole run meets. Malloc, which is met tens of thousands of times, is in every 97th of its calls only.
+COUNT runs with a call by chance; 0 goes through all of them in the order in which a run meets them. A run has tens of
+thousands of calls, most of them from the same places: of each call and stack (the program's own frames and the caller)
+the first N fail, three if nothing else is said, and one of malloc.
 
 After each: no signal ended the program and nothing hangs; the settings file is the old or the new one; what was typed
 was presented, once and in order; no key is down and the vibrator is off; a program that ends leaves no socket, lock or
@@ -15,6 +16,7 @@ shared name behind; one that does not do its work says why on standard error; th
 tried once more, by itself: a machine that was too slow for a moment is no find, and is told apart.
 """
 
+import collections
 import ctypes
 import fcntl
 import os
@@ -31,6 +33,7 @@ from terminal import ERROR, INITIALIZED, RFID_READING, SETTINGS_OPEN, Failure, s
 
 HERE = pathlib.Path(__file__).resolve().parent
 CALLS = re.findall(r'"(\w+)"', re.search(r"Names\[\] = \{(.*?)\}", (HERE / "faults.c").read_text(), re.S)[1])
+STACKS = 1 << 15  # the most that a run may have
 OLD = bytearray(settings_file())
 struct.pack_into("<HH", OLD, 760 + 2 * 3, ord("1"), 1)  # the vibrator, for half a second
 READY_WITHIN, END_WITHIN, TYPED_WITHIN, PRESSES = 60, 30, 10, 3
@@ -39,7 +42,8 @@ LIBRARY = ctypes.CDLL(None, use_errno=True)
 
 
 class Patient(Subject):
-    plan = None  # of all terminals: the calls that are to fail, in order
+    tried = None  # by all terminals that go through all: calls, their stacks, which of them
+    each = 3
     shim = None
     with_screen = False
     calls = CALLS
@@ -51,12 +55,20 @@ class Patient(Subject):
         self.words_file = self.terminal.folder / "standard-error"
         self.known, self.usual = [OLD], set()  # what the file may be, what is always said
         for _ in range(2):  # the first start sets the readers up
-            if told := self.run(None, 0):
+            if told := self.run():
                 raise Failure("without any fault: " + told)
             self.known += [self.after_start, self.terminal.settings.read_bytes()]
             self.usual |= self.words()
-        met = struct.unpack(f"{len(CALLS)}Q", self.calls_file.read_bytes())
-        self.met = dict(zip(CALLS, met))
+        met = collections.Counter()
+        for call, _, count in self.stacks:
+            met[call] += count
+        told = (f"{count} {call} from {sum(call == name for name, _, _ in self.stacks)}" for call, count in met.items())
+        print(f"a run with the {self.reader} has " + ", ".join(told) + " stacks", flush=True)
+
+    def read_calls(self):
+        """How many calls failed; what was met, in order: call, stack, how often."""
+        failed, *words = struct.unpack(f"{1 + 2 * STACKS}Q", self.calls_file.read_bytes())
+        return failed, [(CALLS[stack & 31], stack, met) for stack, met in zip(words[::2], words[1::2]) if stack]
 
     def words(self):
         """What the program said, without what it always says."""
@@ -119,16 +131,18 @@ class Patient(Subject):
             self.answered = asked.stderr  # who asked is told what came of it
         return closed and self.await_running(self.terminal.ready, 20)
 
-    def run(self, call, number):
+    def run(self, call=None, stack=0, number=0):
         """One run; what is wrong with it, or None."""
         terminal = self.terminal
         terminal.write_settings(OLD)
-        self.calls_file.write_bytes(bytes(8 * len(CALLS)))
+        self.calls_file.write_bytes(bytes(8 + 16 * STACKS))
         fault = {"LD_PRELOAD": str(self.shim), "FAULT_FILE": str(self.calls_file)}
         if call:
-            fault |= {"FAULT_CALL": call, "FAULT_N": str(number)}
+            fault |= {"FAULT_CALL": call, "FAULT_STACK": str(stack), "FAULT_N": str(number)}
         problems = self.use(fault, self.words_file) + self.look(call)
-        return f"{call} {number} with the {self.reader}: " + "; ".join(problems) if problems else None
+        if not call:
+            self.stacks = self.read_calls()[1]
+        return f"{call} {stack} {number} with the {self.reader}: " + "; ".join(problems) if problems else None
 
     def use(self, environment, words_file):
         """Start, label, tag, settings, end; what is wrong with it."""
@@ -211,7 +225,7 @@ class Patient(Subject):
         if code >= 0 and (left := self.left_behind()) and "names stay" not in said:
             problems.append(f"left behind: {left}: {said}")
         if call:
-            self.count(f"{call} failures")
+            self.count(f"{call} failures" if self.read_calls()[0] else f"{call} calls that a run did not meet again")
             self.count("runs that did all their work" if self.done else "runs that told of a failure")
             if problems or not self.done:
                 problems += self.next_start()
@@ -222,42 +236,42 @@ class Patient(Subject):
         problems = self.use({}, self.terminal.folder / "next-standard-error")
         return problems if self.done or problems else ["the next start does not work"]
 
+    def choose(self):
+        """The call that fails next: its name, its stack, which of them."""
+        if self.tried is None:
+            name = self.random.choice(sorted({call for call, _, _ in self.stacks if call in self.calls}))
+            _, stack, met = self.random.choice([one for one in self.stacks if one[0] == name])
+            return name, stack, self.random.randint(1, met)
+        for number in range(1, self.each + 1):
+            for call, stack, met in self.stacks:
+                one = call, stack, number
+                if call in self.calls and number <= met and number <= (self.each if call != "malloc" else 1):
+                    if one not in self.tried:
+                        self.tried.add(one)
+                        return one
+        self.over = True
+        return None
+
     def once(self):
-        if self.plan is None:
-            call = self.random.choice([name for name in self.calls if self.met[name]])
-            number = self.random.randint(1, self.met[call])
-        else:
-            call, number = next(self.plan, (None, 0))
-            if not call or number > self.met[call] + 20:
-                return None
-        first = self.run(call, number)
-        if not first:
+        if not (one := self.choose()) or not (first := self.run(*one)):
             return None
-        told = self.run(call, number)
+        told = self.run(*one)
         self.count("contradictions" if told else "contradictions that did not come again")
         if not told:
             print(f"did not come again: {first}", flush=True)
         return told
 
 
-def all_of(calls):
-    for call in calls:
-        most = 60000 if call == "malloc" else 3000
-        yield from ((call, number) for number in range(1, most, 97 if call == "malloc" else 1))
-
-
 def set_up(options):
     Patient.shim = pathlib.Path(options.shim).resolve()
+    Patient.each = int(options.each or Patient.each)
     if options.screen:  # what the keys of the settings tap is a symbology of the laser
         Patient.with_screen, Patient.readers = True, ["laser"]
     if options.calls:
         Patient.calls = options.calls.split(",")
     if options.count == 0:
-        # A list, which several threads may take from; what is beyond what a run meets costs nothing.
-        everything = list(all_of(Patient.calls))
-        Patient.plan = iter(everything)
-        options.count = len(everything)
+        options.count, Patient.tried = -1, set()
 
 
 if __name__ == "__main__":
-    run_many(__doc__, Patient, {"--shim": True, "--screen": False, "--calls": False}, set_up)
+    run_many(__doc__, Patient, {"--shim": True, "--screen": False, "--calls": False, "--each": False}, set_up)

@@ -19,6 +19,7 @@ READERS = {"1d": "label A ", "imager": "label 1 ", "laser": "label 1 "}  # and h
 class Subject:
     """A terminal with an RFID reader and one of these barcode readers, and the count of what was tried on it."""
     readers = tuple(READERS)
+    over = False  # nothing is left to try
 
     def __init__(self, programs, folder, chance, settings=None, **environment):
         self.random, self.counts, self.number = chance, collections.Counter(), 0
@@ -56,7 +57,7 @@ def run_many(usage, subject, more=None, set_up=None):
         one = subject.__new__(subject)  # what it has started goes even when it cannot be made
         try:
             one.__init__(options.programs, folder, random.Random(f"{options.seed}/{number}"))
-            while not found:
+            while not found and not one.over:
                 with lock:
                     if left[0] == 0 or time.monotonic() - began > options.seconds:
                         break

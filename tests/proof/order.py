@@ -20,14 +20,13 @@ def main(programs, shim):
     with tempfile.TemporaryDirectory(prefix="vantrel-proof-") as name:
         folder = pathlib.Path(os.path.realpath(name), "DiskOnChip")
         folder.mkdir()
-        file, log, calls = folder / "Vantrel.ini", folder.parent / "log", folder.parent / "calls"
+        file, log = folder / "Vantrel.ini", folder.parent / "log"
         old = bytearray(settings_file())
         old[40] = 4  # an imager
         wanted = [f"write {file}.new", f"fsync {file}.new", f"rename {file}.new {file}", f"fsync {folder}"]
-        for fault in {}, {"FAULT_CALL": "fsync", "FAULT_N": "2", "FAULT_FILE": str(calls)}:
+        for fault in {}, {"FAULT_CALL": "fsync", "FAULT_N": "2"}:
             file.write_bytes(old)
             log.write_text("")
-            calls.write_bytes(bytes(8 * 64))
             words = subprocess.run([str(pathlib.Path(programs, "vantrel-settings")), "set", "VibrateDuration=7"],
                                    env=dict(os.environ, VANTREL_TERMINAL=str(folder.parent), LD_PRELOAD=shim,
                                             QT_QPA_PLATFORM="offscreen", FAULT_LOG=str(log), **fault),
