@@ -1,6 +1,5 @@
 #include "platform/linux/windows/start_windows.h"
 
-#include <fcntl.h>
 #include <pthread.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
@@ -18,6 +17,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/window_object.h"
@@ -27,7 +27,7 @@ namespace layer {
 
 namespace {
 
-int SignalPipe[2] = {-1, -1};
+Waker* SignalBell = nullptr;
 bool CloseRequested = false;
 
 bool IsSet(const char* name) {
@@ -90,8 +90,7 @@ std::atomic<bool> SignalCame{false};
 void NoteSignal(int) {
     const int saved = errno;
     SignalCame = true;
-    const char byte = 0;
-    [[maybe_unused]] const auto written = write(SignalPipe[1], &byte, 1);
+    SignalBell->Wake();
     errno = saved;
 }
 
@@ -173,15 +172,17 @@ bool EndRequested() {
 }
 
 void TakeSignals() {
-    if (SignalPipe[0] >= 0 || pipe2(SignalPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
+    if (SignalBell != nullptr) {
         return;
     }
-    auto* notifier = new QSocketNotifier(SignalPipe[0], QSocketNotifier::Read, qApp);
+    SignalBell = new Waker;
+    if (SignalBell->Number() < 0) {
+        return;
+    }
+    auto* notifier = new QSocketNotifier(SignalBell->Number(), QSocketNotifier::Read, qApp);
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [] {
-        char byte;
-        while (read(SignalPipe[0], &byte, 1) == 1) {
-            CloseMainWindow();
-        }
+        SignalBell->Clear();
+        CloseMainWindow();
     });
     struct sigaction action {};
     action.sa_handler = NoteSignal;
