@@ -40,6 +40,8 @@ class RealClock : public Clock {
         while (!done()) {
             if (deadline == Forever) {
                 condition.wait(lock);
+            } else if (deadline <= Now()) {
+                return false;  // who only looks does not sleep
             } else if (condition.wait_until(lock, SteadyTime(Milliseconds(deadline))) ==
                        std::cv_status::timeout) {
                 return done();
