@@ -35,7 +35,10 @@ struct Notes {
 class NotingSound : public layer::SoundBackend {
   public:
     explicit NotingSound(Notes& notes) : notes_(notes) {}
-    void Play(const std::string& path) override { notes_.Add("play " + path); }
+    bool Play(const std::string& path) override {
+        notes_.Add("play " + path);
+        return true;
+    }
     void Cancel() override { notes_.Add("cancel"); }
 
   private:

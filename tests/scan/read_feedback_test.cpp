@@ -16,7 +16,10 @@ namespace {
 class LoggedSound : public layer::SoundBackend {
   public:
     explicit LoggedSound(std::vector<std::string>& log) : log_(log) {}
-    void Play(const std::string& path) override { log_.push_back(path.substr(path.rfind("/Windows/") + 1)); }
+    bool Play(const std::string& path) override {
+        log_.push_back(path.substr(path.rfind("/Windows/") + 1));
+        return true;
+    }
     void Cancel() override { log_.push_back("cancel"); }
 
   private:
@@ -95,7 +98,7 @@ TEST_F(ReadFeedback, WhatIsSwitchedOffIsNotCalled) {
     EXPECT_EQ(Vibrator(), "");
     for (const int noSound : {-1, 0, 10}) {
         PlayReadSound(noSound);
-        EXPECT_EQ(LastSound(), "cancel") << noSound;
+        EXPECT_EQ(LastSound(), noSound < 0 ? "cancel" : "") << noSound;  // nobody is woken to silence silence
     }
 }
 

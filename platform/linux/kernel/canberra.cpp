@@ -1,9 +1,10 @@
 #include <canberra.h>
+#include <unistd.h>
 
+#include <climits>
+#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
-#include <system_error>
 
 #include "platform/linux/kernel/sound_backend.h"
 
@@ -13,25 +14,15 @@ namespace {
 
 constexpr std::uint32_t SoundId = 1;
 
-bool Exists(const std::string& path) {
-    std::error_code error;
-    return std::filesystem::exists(path, error);
-}
-
-// Whether there is anything to play on. Without a device the sound libraries fail as well, but each attempt
-// fills standard error with their complaints.
-bool AnyDevice() {
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    return std::getenv("PULSE_SERVER") != nullptr ||
-           (runtime != nullptr && Exists(std::string(runtime) + "/pulse/native")) ||
-           Exists("/dev/snd/controlC0") || Exists("/dev/snd/controlC1") || Exists("/dev/dsp");
+bool Exists(const char* path) {
+    return access(path, F_OK) == 0;
 }
 
 class CanberraSound : public SoundBackend {
   public:
-    void Play(const std::string& path) override {
-        if (context_ == nullptr && (!AnyDevice() || !Open())) {
-            return;
+    bool Play(const std::string& path) override {
+        if (context_ == nullptr && !Open()) {
+            return false;
         }
         // A failure (no device, no sound server, no such file) is silence; the next sound tries anew, since a
         // server may have come meanwhile.
@@ -40,6 +31,7 @@ class CanberraSound : public SoundBackend {
             ca_context_destroy(context_);
             context_ = nullptr;
         }
+        return context_ != nullptr;
     }
 
     void Cancel() override {
@@ -69,6 +61,16 @@ class CanberraSound : public SoundBackend {
 };
 
 }  // namespace
+
+// Without a device the sound libraries fail as well, but each attempt fills standard error with their
+// complaints.
+bool AnySoundDevice() {
+    char server[PATH_MAX];
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    std::snprintf(server, sizeof server, "%s/pulse/native", runtime != nullptr ? runtime : "");
+    return std::getenv("PULSE_SERVER") != nullptr || (runtime != nullptr && Exists(server)) ||
+           Exists("/dev/snd/controlC0") || Exists("/dev/snd/controlC1") || Exists("/dev/dsp");
+}
 
 std::unique_ptr<SoundBackend> MakeCanberraSound() {
     return std::make_unique<CanberraSound>();

@@ -25,6 +25,8 @@ struct SoundDesk {
     bool Waiting = false;
     bool Working = false;
     bool ThreadRuns = false;
+    bool Sounding = false;   // something was started after the last cancellation
+    bool Installed = false;  // the back end is a test's
     std::unique_ptr<SoundBackend> Backend;
 };
 
@@ -49,15 +51,14 @@ void RunSounds() {
         }
         backend->Cancel();
         const std::string path = name[0] != 0 ? HostPath(name.data()) : std::string();
-        if (!path.empty()) {
-            backend->Play(path);
-        }
+        const bool plays = !path.empty() && backend->Play(path);
 
         lock.lock();
         // A back end that a test has installed meanwhile stays.
         if (desk.Backend == nullptr) {
             desk.Backend = std::move(backend);
         }
+        desk.Sounding = plays;
         desk.Working = false;
         desk.Done.notify_all();
     }
@@ -70,12 +71,13 @@ bool Ask(LPCWSTR name) {
     if (wanted.size() >= desk.Name.size()) {
         return false;
     }
+    // Nobody is woken for silence where it is silent, or for a sound that nothing can play.
+    const bool silent = !desk.Sounding && !desk.Waiting && !desk.Working;
+    if (silent && (wanted.empty() || (!desk.Installed && !AnySoundDevice()))) {
+        return true;
+    }
     *std::copy(wanted.begin(), wanted.end(), desk.Name.begin()) = 0;
     if (!desk.ThreadRuns) {
-        // Silence needs no thread when nothing has ever played.
-        if (wanted.empty()) {
-            return true;
-        }
         try {
             std::thread(RunSounds).detach();
         } catch (const std::system_error&) {
@@ -95,6 +97,7 @@ void InstallSound(std::unique_ptr<SoundBackend> backend) {
     SoundDesk& desk = Desk();
     std::scoped_lock lock(desk.Mutex);
     desk.Backend = std::move(backend);
+    desk.Installed = desk.Backend != nullptr;
 }
 
 void FinishSounds() {

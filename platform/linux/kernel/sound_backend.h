@@ -9,13 +9,15 @@ namespace layer {
 class SoundBackend {
   public:
     virtual ~SoundBackend() = default;
-    // Starts the file and returns while it plays; does nothing where that is not possible.
-    virtual void Play(const std::string& path) = 0;
+    // Starts the file and returns while it plays; false where that is not possible.
+    virtual bool Play(const std::string& path) = 0;
     // Stops what plays.
     virtual void Cancel() = 0;
 };
 
 std::unique_ptr<SoundBackend> MakeCanberraSound();
+// Whether that has anything to play on. Any thread; takes no memory.
+bool AnySoundDevice();
 
 // Tests: send the sounds elsewhere.
 void InstallSound(std::unique_ptr<SoundBackend> backend);
