@@ -5,7 +5,6 @@
 #include <QEvent>
 #include <QSocketNotifier>
 #include <QThread>
-#include <QTimer>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
@@ -39,7 +38,6 @@ int QuitCode = 0;
 int Quiet = 0;
 int Pumps = 0;      // loops of this file that are running
 int PumpLevel = 0;  // Qt's loop level inside the innermost of them
-QTimer* Alarm = nullptr;
 // Of the message being handled; negative while nobody has said or asked.
 constexpr std::int64_t AtThePointer = -1;
 std::atomic<std::int64_t> Position{AtThePointer};
@@ -73,15 +71,6 @@ void RunOneWork() {
         WakeMainThread();
     }
     work();
-}
-
-void ArmAlarm() {
-    const int wait = UntilNextTimer();
-    if (wait < 0) {
-        Alarm->stop();
-    } else {
-        Alarm->start(wait);
-    }
 }
 
 bool InLoopOfQt() {
@@ -165,17 +154,13 @@ void WaitForInput() {
 }  // namespace
 
 void OpenMailbox() {
-    if (Alarm != nullptr) {
-        return;
-    }
     // A descriptor rather than an event of Qt's: other threads then share nothing with Qt.
     auto* notifier = new QSocketNotifier(Box().Bell.Number(), QSocketNotifier::Read, qApp);
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, AnswerBell);
-    Alarm = new QTimer(qApp);
-    Alarm->setSingleShot(true);
-    Alarm->setTimerType(Qt::PreciseTimer);
+    auto* alarm = new QSocketNotifier(OpenAlarm(), QSocketNotifier::Read, qApp);
     // The loops of this file look at the timers themselves when they wake.
-    QObject::connect(Alarm, &QTimer::timeout, Alarm, [] {
+    QObject::connect(alarm, &QSocketNotifier::activated, alarm, [] {
+        ClearAlarm();
         if (Quiet == 0 && InLoopOfQt()) {
             ServeLoopOfQt();
         }

@@ -56,7 +56,10 @@ TimedSource& WindowTimers();
 void KillTimersOf(HWND window);
 // The next due timer as a message; each due one counts once however late it is.
 bool TakeDueTimer(MSG& message);
-// Milliseconds until the next one is due (0: now); -1 when there is none.
-int UntilNextTimer();
+// What wakes the main thread for the next due timer, whichever thread sets it: a descriptor that is readable
+// then (-1 when the system has none left), a look at what is due, and that it has been seen.
+int OpenAlarm();
+void ArmAlarm();
+void ClearAlarm();
 
 }  // namespace layer

@@ -1,8 +1,13 @@
+#include <sys/timerfd.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <climits>
 #include <mutex>
+#include <utility>
 #include <vector>
 
+#include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/window_table.h"
@@ -21,6 +26,8 @@ struct Timer {
 struct TimerTable {
     std::mutex Mutex;
     std::vector<Timer> Timers;
+    Descriptor Alarm;
+    std::uint64_t AlarmAt = Forever;
 };
 
 TimerTable& Table() {
@@ -28,9 +35,8 @@ TimerTable& Table() {
     return *table;
 }
 
-std::uint64_t FirstDue() {
-    TimerTable& table = Table();
-    std::scoped_lock lock(table.Mutex);
+// Under the mutex, like SetAlarm.
+std::uint64_t FirstDue(const TimerTable& table) {
     std::uint64_t due = Forever;
     for (const Timer& timer : table.Timers) {
         due = std::min(due, timer.Due);
@@ -38,9 +44,26 @@ std::uint64_t FirstDue() {
     return due;
 }
 
+// Sets the main thread's waking without waking it.
+void SetAlarm(TimerTable& table, std::uint64_t due) {
+    if (std::exchange(table.AlarmAt, due) == due) {
+        return;
+    }
+    itimerspec when{};
+    if (due != Forever) {
+        const std::uint64_t now = CurrentClock().Now(), left = due > now ? due - now : 0;
+        when.it_value.tv_sec = static_cast<time_t>(left / 1000);
+        when.it_value.tv_nsec = left != 0 ? static_cast<long>(left % 1000) * 1'000'000 : 1;  // 0 is never
+    }
+    timerfd_settime(table.Alarm.Number(), 0, &when, nullptr);
+}
+
 class Source : public TimedSource {
   public:
-    std::uint64_t NextDue() override { return FirstDue(); }
+    std::uint64_t NextDue() override {
+        std::scoped_lock lock(Table().Mutex);
+        return FirstDue(Table());
+    }
     void RunDue(std::uint64_t) override { WakeMainThread(); }
 };
 
@@ -76,13 +99,27 @@ bool TakeDueTimer(MSG& message) {
     return true;
 }
 
-int UntilNextTimer() {
-    const std::uint64_t due = FirstDue();
-    if (due == Forever) {
-        return -1;
+int OpenAlarm() {
+    TimerTable& table = Table();
+    std::scoped_lock lock(table.Mutex);
+    table.Alarm = Descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+    return table.Alarm.Number();
+}
+
+void ArmAlarm() {
+    TimerTable& table = Table();
+    std::scoped_lock lock(table.Mutex);
+    SetAlarm(table, FirstDue(table));
+}
+
+void ClearAlarm() {
+    TimerTable& table = Table();
+    std::scoped_lock lock(table.Mutex);
+    std::uint64_t times;
+    // One that has been set anew meanwhile is not due.
+    if (read(table.Alarm.Number(), &times, sizeof times) > 0) {
+        table.AlarmAt = Forever;
     }
-    const std::uint64_t now = CurrentClock().Now();
-    return due <= now ? 0 : static_cast<int>(std::min<std::uint64_t>(due - now, INT_MAX));
 }
 
 }  // namespace layer
@@ -106,8 +143,8 @@ UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC) {
         } else {
             table.Timers.push_back(timer);
         }
+        layer::SetAlarm(table, std::min(table.AlarmAt, timer.Due));
     }
-    layer::WakeMainThread();
     return id != 0 ? id : 1;
 }
 
