@@ -108,7 +108,7 @@ void Trigger(const TemporaryTerminal& terminal, const char* name) {
         char answer[100];
         if (connect(line.Number(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
             send(line.Number(), message.data(), message.size(), MSG_NOSIGNAL) < 0 ||
-            recv(line.Number(), answer, sizeof answer, 0) <= 0) {
+            shutdown(line.Number(), SHUT_WR) != 0 || recv(line.Number(), answer, sizeof answer, 0) <= 0) {
             std::perror("trigger");
         }
     }

@@ -37,6 +37,7 @@ struct Caller {
     SteadyClock::time_point SilentUntil = SteadyClock::now() + LongestSilence;
     bool Handled = false;  // its message is with the main thread
     bool Muted = false;    // and it has more to say meanwhile, which has to wait
+    bool Last = false;     // and that was all it has to say: the main thread lets it go
     bool Refused = false;  // nothing more is listened to
 
     // Whether a line may be there without a call of the socket's.
@@ -94,8 +95,10 @@ void HandleMessage(std::uint64_t number, const WindowLine& line) {
     Caller& caller = found->second;
     Reply(caller, answer, WindowLine::Kind::Message);
     caller.Handled = false;
-    if (caller.Muted || caller.HasMore() || !caller.Connection.Out.empty()) {
-        caller.Muted = false;
+    if (caller.Last && caller.Connection.Out.empty()) {
+        listener.Callers.erase(found);
+    } else if (caller.Last || caller.Muted || caller.HasMore() || !caller.Connection.Out.empty()) {
+        caller.Last = caller.Muted = false;
         listener.Bell.Wake();
     }
 }
@@ -110,8 +113,10 @@ void TakeLine(std::uint64_t number, Caller& caller, const std::string& text) {
         caller.Refused = true;
     } else if (line->What == WindowLine::Kind::Find) {
         Reply(caller, FindHere(*line), WindowLine::Kind::Find);
+        caller.Refused = caller.Connection.Ended();
     } else {
         caller.Handled = true;
+        caller.Last = caller.Connection.Ended();
         PostToMainThread([number, line = *line] { HandleMessage(number, line); });
     }
 }
@@ -162,18 +167,24 @@ void TakeCallers(Listener& listener) {
 }
 
 // What the serving thread waits for: the bell, a program that calls, and each caller; until when.
-SteadyClock::time_point WhatToAwait(const Listener& listener, std::vector<pollfd>& files) {
+SteadyClock::time_point WhatToAwait(const Listener& listener, std::vector<pollfd>& files,
+                                    std::vector<std::uint64_t>& callers) {
     const auto now = SteadyClock::now();
     const bool pausing = now < listener.AcceptAgain;
     auto until = pausing ? listener.AcceptAgain : SteadyClock::time_point::max();
     files.assign({{listener.Bell.Number(), POLLIN, 0}, {pausing ? -1 : listener.Socket.Number(), POLLIN, 0}});
+    callers.clear();
     for (const auto& [number, caller] : listener.Callers) {
+        if (caller.Last) {
+            continue;
+        }
         // Also of one that is handled: the main thread's answer wakes nobody.
         until = std::min(until, caller.Handled     ? now + LongestSilence
                                 : caller.HasMore() ? now
                                                    : caller.SilentUntil);
         const short events = caller.Connection.Out.empty() ? POLLIN : POLLOUT;
         files.push_back({caller.Muted ? -1 : caller.Connection.Socket.Number(), events, 0});
+        callers.push_back(number);
     }
     return until;
 }
@@ -181,9 +192,10 @@ SteadyClock::time_point WhatToAwait(const Listener& listener, std::vector<pollfd
 void ServeCallers() {
     Listener& listener = TheListener();
     std::vector<pollfd> files;
+    std::vector<std::uint64_t> callers;  // whose the files from the third on are
     std::unique_lock lock(listener.Mutex);
     while (!listener.Over) {
-        const auto until = WhatToAwait(listener, files);
+        const auto until = WhatToAwait(listener, files, callers);
         lock.unlock();
         int wait = -1;
         if (until != SteadyClock::time_point::max()) {
@@ -199,11 +211,12 @@ void ServeCallers() {
         if (files[0].revents != 0) {
             listener.Bell.Clear();
         }
-        // Only this thread adds callers or lets them go.
-        auto file = files.begin() + 2;
-        for (auto caller = listener.Callers.begin(); caller != listener.Callers.end(); ++file) {
-            const bool stays = Serve(caller->first, caller->second, file->revents != 0);
-            caller = stays ? std::next(caller) : listener.Callers.erase(caller);
+        for (std::size_t i = 0; i < callers.size(); ++i) {
+            const auto caller = listener.Callers.find(callers[i]);
+            if (caller != listener.Callers.end() &&
+                !Serve(caller->first, caller->second, files[i + 2].revents != 0)) {
+                listener.Callers.erase(caller);
+            }
         }
         if (files[1].revents != 0) {
             TakeCallers(listener);

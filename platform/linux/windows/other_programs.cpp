@@ -1,5 +1,7 @@
 #include "platform/linux/windows/other_programs.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <map>
 #include <mutex>
@@ -64,6 +66,10 @@ void Ask(const std::vector<std::string>& programs, const std::string& line, std:
     for (const std::string& program : programs) {
         Asked& each = asked.emplace_back(Asked{program, {ConnectTo(program), line, {}}});
         each.Open = each.Connection.Socket && each.Connection.Flush();
+        if (each.Open && each.Connection.Out.empty()) {
+            // Nothing more comes: who knows that need not wait for the end of the connection.
+            shutdown(each.Connection.Socket.Number(), SHUT_WR);
+        }
     }
     std::vector<pollfd> files;
     for (;;) {

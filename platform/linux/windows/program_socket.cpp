@@ -106,6 +106,11 @@ bool LineConnection::Flush() {
     return true;
 }
 
+bool LineConnection::Ended() const {
+    char byte;
+    return In.empty() && recv(Socket.Number(), &byte, sizeof byte, MSG_PEEK) == 0;
+}
+
 LineConnection::Got LineConnection::TakeLine(std::string& line) {
     for (;;) {
         const std::size_t end = In.find('\n');

@@ -38,6 +38,8 @@ struct LineConnection {
     enum class Got { Line, Nothing, Closed };
     // Takes the next line, without its end. Closed also for a line that is too long.
     Got TakeLine(std::string& line);
+    // Whether the other side has said that nothing more comes; it may still wait for an answer.
+    bool Ended() const;
     short Events() const { return static_cast<short>(Out.empty() ? POLLIN : POLLIN | POLLOUT); }
 };
 
