@@ -63,6 +63,7 @@ class Tty : public SerialPort {
     Moment lastArrival_{};
     const Waker bell_;  // ends every sleep
     int sleepers_ = 0;
+    bool rung_ = false;
 };
 
 }  // namespace layer

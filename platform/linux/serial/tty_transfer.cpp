@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "platform/linux/serial/tty.h"
 
@@ -10,7 +11,7 @@ namespace layer {
 
 namespace {
 
-using std::chrono::milliseconds;
+using std::chrono::milliseconds, std::chrono::seconds;
 
 // How long a wait on an unplugged port takes before it looks whether the reader is back, and fails.
 constexpr milliseconds UnpluggedPause{250};
@@ -32,6 +33,9 @@ bool Tty::Pump(bool discardExcess) {
         if (got > 0) {
             queue_.Add({chunk.data(), static_cast<std::size_t>(got)}, trace_.get());
             arrived = true;
+            if (static_cast<std::size_t>(got) < wanted) {
+                break;  // what is left, if anything, ends the next wait at once
+            }
         } else if (got < 0 && errno == EAGAIN) {
             break;
         } else if (got == 0 || errno != EINTR) {
@@ -50,21 +54,19 @@ bool Tty::Pump(bool discardExcess) {
 void Tty::Sleep(Lock& lock, std::shared_ptr<TtyLine> line, short events, Moment until) {
     ++sleepers_;
     lock.unlock();
-    int timeout = -1;
-    if (until != Never) {
-        const auto left = std::chrono::ceil<milliseconds>(until - Now()).count();
-        timeout = static_cast<int>(std::clamp<long long>(left, 0, 60000));
-    }
+    using std::chrono::nanoseconds, std::chrono::minutes;
+    const auto left = until == Never ? nanoseconds{} : std::clamp<nanoseconds>(until - Now(), {}, minutes(1));
+    const timespec timeout{left / seconds(1), (left % seconds(1)).count()};
     pollfd files[] = {{bell_.Number(), POLLIN, 0}, {line ? line->Fd() : -1, events, 0}};
-    poll(files, std::size(files), timeout);
+    ppoll(files, std::size(files), until == Never ? nullptr : &timeout, nullptr);
     lock.lock();
-    if (--sleepers_ == 0) {
+    if (--sleepers_ == 0 && std::exchange(rung_, false)) {
         bell_.Clear();
     }
 }
 
 void Tty::WakeAll() {
-    if (sleepers_ > 0) {
+    if (sleepers_ > 0 && !std::exchange(rung_, true)) {
         bell_.Wake();
     }
 }
@@ -108,7 +110,7 @@ BOOL Tty::Write(const void* buffer, DWORD size, DWORD& written) {
     const std::shared_ptr<TtyLine> line = line_;
     // The time-out is there for a line that has stopped; a slow line gets the time it needs.
     const DWORD stopped = timeouts_.WriteTotalTimeoutConstant;
-    const Moment end = stopped != 0 ? Now() + milliseconds(stopped + line->LineTime(size)) : Never;
+    Moment end = Never;
     while (written < size) {
         if (closed_) {
             return FALSE;
@@ -121,6 +123,9 @@ BOOL Tty::Write(const void* buffer, DWORD size, DWORD& written) {
             }
             written += static_cast<DWORD>(put);
         } else if (put < 0 && errno == EAGAIN) {
+            if (end == Never && stopped != 0) {
+                end = Now() + milliseconds(stopped + line->LineTime(size));
+            }
             if (Now() >= end) {
                 break;
             }
