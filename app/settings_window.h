@@ -6,7 +6,7 @@
 
 // Stops the reads and switches both readers off before the settings open; false when the barcode reader could
 // not be stopped, which has been reported then.
-bool SwitchReadersOff();
+[[nodiscard]] bool SwitchReadersOff();
 
 // WM_OPENSETTINGS: closes an open sheet, stops the reads, shows the sheet. Nothing happens before
 // initialisation has finished, and while the firmware upgrade, which belongs to the open sheet, runs.

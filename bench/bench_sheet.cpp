@@ -45,7 +45,7 @@ void SetUp(WORD devices) {
 }
 
 void OpenSheet() {
-    ShowSettingsSheet(ShellState.MainWindow);
+    static_cast<void>(ShowSettingsSheet(ShellState.MainWindow));
     layer::PumpMessages();
 }
 

@@ -24,7 +24,7 @@ void SaveLaserSettings() {
     DeviceFlags = DeviceLaser;
     ResetSettings(ResetAllGroups);
     SetValue(general::CheckReaderStatus, '0');
-    SaveSettings();
+    static_cast<void>(SaveSettings());  // without them no reader is found
 }
 
 Laser::Laser(const TemporaryTerminal& terminal) {

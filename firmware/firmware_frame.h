@@ -40,7 +40,7 @@ void ClearFrame(FirmwareFrame& frame);
 // Adds the record, and has `send`, a bool of a FirmwareFrame&, send the frame that must go before it and the
 // one that is full enough with it. False at once when a frame could not be sent.
 template <class Send>
-bool PackRecord(FirmwareFrame& frame, const Srecord& record, const Send& send) {
+[[nodiscard]] bool PackRecord(FirmwareFrame& frame, const Srecord& record, const Send& send) {
     const auto sent = [&] {
         const bool good = send(frame);
         ClearFrame(frame);

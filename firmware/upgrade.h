@@ -14,7 +14,7 @@ void UpgradeFirmware(HWND owner);
 
 // The upgrade without its questions and its last word, on a port whose reads return at once: checks the file,
 // has the decoder erase its flash, sends the file and waits for the restart. Success, or the error code.
-ErrorCode LoadFirmware(HWND owner, LPCWSTR path);
+[[nodiscard]] ErrorCode LoadFirmware(HWND owner, LPCWSTR path);
 
 // The two questions: the warning and the choice of the file.
 
@@ -26,5 +26,5 @@ INT_PTR CALLBACK CautionDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARAM
 
 // Lets the user choose a file: its folder (without the backslash at its end) and its name. 1, or 0 when the
 // user cancelled. Both hold FirmwarePathSize characters.
-int SelectFirmwareFile(HWND owner, std::span<WCHAR, FirmwarePathSize> folder,
-                       std::span<WCHAR, FirmwarePathSize> name);
+[[nodiscard]] int SelectFirmwareFile(HWND owner, std::span<WCHAR, FirmwarePathSize> folder,
+                                     std::span<WCHAR, FirmwarePathSize> name);

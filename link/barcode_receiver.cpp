@@ -221,7 +221,7 @@ void ResumeBarcodeReceiver() {
     if (ShellState.Closing) {
         return;  // the end has come while settings were being applied
     }
-    RenewBarcodeReceiver();
+    static_cast<void>(RenewBarcodeReceiver());  // the next press tries again, and tells a failure
     KillTimer(ShellState.MainWindow, IDT_CONTINUATION);
     KillTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY);
     PurgeComm(ShellState.BarcodePort, PURGE_RXCLEAR);

@@ -24,7 +24,7 @@ void AwaitPausedReceiver();
 void ResumeBarcodeReceiver();
 
 // Starts the thread anew when it has ended; a break ends it. False when it cannot be created. Any thread.
-bool RenewBarcodeReceiver();
+[[nodiscard]] bool RenewBarcodeReceiver();
 
 // The end of the program: pauses the thread for good and lets it end by itself. Main thread.
 void EndBarcodeReceiver();

@@ -16,7 +16,7 @@ inline constexpr DWORD ReceiveEvents = EV_RXCHAR | EV_BREAK;
 
 // Opens "COM1:" for BarcodePortSelector and "COM2:" for any other selector, exclusively, with reads that
 // return at once and driver queues of 4096 bytes. Null on failure. The caller stores the handle.
-HANDLE OpenReaderPort(DWORD selector);
+[[nodiscard]] HANDLE OpenReaderPort(DWORD selector);
 
 // Sets the bit rate (0 keeps it), 8 data bits, no parity, one stop bit, DTR and RTS control off. The
 // platform's result.
@@ -50,6 +50,6 @@ void PurgePort(HANDLE port);
 // One read of at most `size` bytes; 0 when it fails or brings nothing.
 DWORD ReadPort(HANDLE port, BYTE* buffer, DWORD size);
 // One write; whether the platform accepted it and at least a byte of it went out.
-bool WritePort(HANDLE port, const BYTE* bytes, DWORD size);
+[[nodiscard]] bool WritePort(HANDLE port, const BYTE* bytes, DWORD size);
 // WritePort, up to three times.
-bool WriteWithRetries(HANDLE port, const BYTE* bytes, DWORD size);
+[[nodiscard]] bool WriteWithRetries(HANDLE port, const BYTE* bytes, DWORD size);

@@ -19,7 +19,7 @@ DWORD WINAPI VibratorStopThread(LPVOID parameter);
 
 // What a good read gives by the settings: the vibrator first, then the sound. False, and nothing is given,
 // when the reader has been switched off meanwhile. Any thread.
-bool GiveReadFeedback();
+[[nodiscard]] bool GiveReadFeedback();
 
 // Switches the vibrator off, whatever it was to run for, and lets the threads that wait to do so end. Any
 // thread.

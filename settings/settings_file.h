@@ -10,16 +10,16 @@
 
 // Opens the file for reading and writing, shared with nobody; with `create` other than 0 an empty one is
 // made. nullptr on failure.
-HANDLE OpenSettingsFile(int create);
+[[nodiscard]] HANDLE OpenSettingsFile(int create);
 
 // Reads the file into the record and brings a 1.0 file up to date: 1. Otherwise the record is as it was: 0
 // where there is no file, or none of full length; -1 where there is one that cannot be opened or read.
-int LoadSettings();
+[[nodiscard]] int LoadSettings();
 
 // Writes the record: 1; 0 when the file cannot be created, -1 when it could not be kept, so that the old one
 // stays. Where nothing is chosen in ActiveDevice or DataOutput
 // the file says so, and the record gets the first choice.
-int SaveSettings();
+[[nodiscard]] int SaveSettings();
 
 inline constexpr DWORD SettingsFileSize = 1100;
 

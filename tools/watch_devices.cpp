@@ -31,14 +31,14 @@ class Triggers {
             own.set(event.Code, event.Down);
             held += event.Down ? 1 : -1;
             if (held == (event.Down ? 1 : 0)) {
-                SendTrigger(key.Trigger, event.Down, 0);
+                static_cast<void>(SendTrigger(key.Trigger, event.Down, 0));  // it has said so
             }
         }
     }
     void LetGo() {
         for (auto& [trigger, held] : held_) {
             if (held > 0) {
-                SendTrigger(trigger, false, 0);
+                static_cast<void>(SendTrigger(trigger, false, 0));
             }
         }
     }

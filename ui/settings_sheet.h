@@ -6,4 +6,4 @@
 // Switches both readers off, takes the snapshots (unless those of a sheet whose edits have not been applied
 // are still wanted), creates the modeless sheet and keeps it as ShellState.SettingsSheet. Nonzero when it
 // exists.
-int ShowSettingsSheet(HWND owner);
+[[nodiscard]] int ShowSettingsSheet(HWND owner);

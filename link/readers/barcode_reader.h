@@ -56,6 +56,6 @@ const BarcodeReader* FittedBarcodeReader();
 
 // Downloads the settings into every reader that DeviceFlags names; whether all of them took theirs. Their
 // receive thread must not read.
-bool DownloadSettings();
+[[nodiscard]] bool DownloadSettings();
 
 extern const BarcodeReader Decoder1DReader, LaserReader, ImagerReader;

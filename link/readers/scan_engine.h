@@ -8,17 +8,17 @@
 WORD ProbeScanEngine(HANDLE port);
 
 // Factory defaults, then the lengths and the base parameters of the engine, whose last one is its bit rate.
-bool SetUpScanEngine(HANDLE port, const BarcodeReader& reader, std::span<const BYTE> lengths,
-                     std::span<const BYTE> base);
+[[nodiscard]] bool SetUpScanEngine(HANDLE port, const BarcodeReader& reader, std::span<const BYTE> lengths,
+                                   std::span<const BYTE> base);
 
 // Sends a packet to the fitted engine. Success or ErrorSetBarcodeReader.
-ErrorCode CommandScanEngine(std::span<const BYTE> packet);
+[[nodiscard]] ErrorCode CommandScanEngine(std::span<const BYTE> packet);
 // The trigger without aiming.
-ErrorCode StartDecoding();
-ErrorCode StopDecoding();
+[[nodiscard]] ErrorCode StartDecoding();
+[[nodiscard]] ErrorCode StopDecoding();
 
 // Sends the packet of the rows that differ from the snapshots, if there are any; whether it was acknowledged.
-bool DownloadRows(ParameterRows rows);
+[[nodiscard]] bool DownloadRows(ParameterRows rows);
 
 // Sends a packet (given whole, without its checksum): RTS up, 100 ms, the bytes, 50 ms, RTS down; up to three
 // tries of the write. False when every try failed, which leaves RTS up until the next packet, or when the

@@ -205,7 +205,8 @@ void AppStage::Prepare(const Words& words) {
         BeRunning();
         RunMainWindow();
     } else if (what == "save") {
-        SaveSettings();
+        if (SaveSettings() != 1)
+            throw std::runtime_error("the settings cannot be saved");
     } else if (what == "blocked") {
         std::filesystem::create_directory(terminal_.Path("DiskOnChip/Vantrel.ini"));
     } else if (what == "front") {

@@ -57,7 +57,7 @@ std::vector<Octets> FramesOf(std::string_view text) {
             break;
         }
         if (step == SrecordStep::Record) {
-            PackRecord(frame, reader.Record, take);
+            static_cast<void>(PackRecord(frame, reader.Record, take));
         }
     }
     if (frame.Size != 0) {

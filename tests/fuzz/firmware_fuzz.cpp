@@ -48,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         const Srecord& record = reader.Record;
         Require(record.Size >= 1 && record.Size <= SrecordDataLimit);
         Load(asked, record.Address, std::span<const BYTE>(record.Data).first(record.Size));
-        PackRecord(frame, record, send);
+        Require(PackRecord(frame, record, send));
     }
     if (frame.Size != 0) {
         send(frame);

@@ -61,9 +61,9 @@ TEST_F(ReadFeedback, TheVibrationEndsAfterTheFirstOfOverlappingReads) {
         StageClock::Rest();
         return Vibrator();
     };
-    GiveReadFeedback();
+    EXPECT_TRUE(GiveReadFeedback());
     EXPECT_EQ(at(300), "1");
-    GiveReadFeedback();
+    EXPECT_TRUE(GiveReadFeedback());
     EXPECT_EQ(at(999), "1");
     EXPECT_EQ(at(1000), "0");
     WriteWholeFile(terminal_.Path("VIBRATOR"), "1");
@@ -90,10 +90,10 @@ TEST_F(ReadFeedback, EveryDurationIsBounded) {
 
 TEST_F(ReadFeedback, WhatIsSwitchedOffIsNotCalled) {
     SetValue(general::EnableVibrator, '0');
-    GiveReadFeedback();
+    EXPECT_TRUE(GiveReadFeedback());
     EXPECT_EQ(LastSound(), "");
     SetValue(general::GoodReadBeep, '5');
-    GiveReadFeedback();
+    EXPECT_TRUE(GiveReadFeedback());
     EXPECT_EQ(LastSound(), "Windows/Notify.wav");
     EXPECT_EQ(Vibrator(), "");
     for (const int noSound : {-1, 0, 10}) {

@@ -66,7 +66,7 @@ TEST_F(SettingsText, AnExportImportedOverAnythingGivesTheSameFile) {
         ASSERT_EQ(Faults(text), "") << text;
         ASSERT_TRUE(SaveSettings());
         ASSERT_EQ(File(), before) << number << "\n" << text;
-        LoadSettings();
+        ASSERT_TRUE(LoadSettings());
         ASSERT_EQ(WriteRecord(), text);
     }
 }
