@@ -15,7 +15,8 @@ namespace {
 // one of the machine.
 std::vector<std::string> CommandOf(const std::string& name, std::vector<std::string>& environment) {
     if (OnWine() && (name == "vantrel" || name == "vantrel-watch" || name == "vantrel-trigger")) {
-        environment.push_back("VANTREL_TERMINAL=" + WineTerminal());
+        // A test may name another one behind it.
+        environment.insert(environment.begin(), "VANTREL_TERMINAL=" + WineTerminal());
         return WineCommand(name);
     }
     const std::string own = std::string(VANTREL_PROGRAMS) + "/" + name;
