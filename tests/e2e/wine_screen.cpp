@@ -92,7 +92,7 @@ WineSession::WineSession() {
     // The prefix that was made once is shared, but for what a session changes.
     if (RunProgram("sh", {"-c", "cp -al \"$0\" \"$1\" && sed -i \"s|PORTS|$1/ports|\" \"$1/system.reg\"",
                           home / "prefix", prefix_}) != 0) {
-        ADD_FAILURE() << "there is no Wine prefix in " << home << ": run ./test wine";
+        ADD_FAILURE() << "there is no Wine prefix in " << home << ": run ./test windows";
     }
     // All programs of the session end with their server, and that with the test, whatever becomes of it. What
     // the server says is a list of what programs left open.

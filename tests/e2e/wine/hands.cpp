@@ -4,9 +4,8 @@
 //
 //   terminal ID    whose program it works: the number that its windows and the names of its objects carry, in
 //                  16 hexadecimal digits
-//   trigger KEY    "down", "up", or "press" and milliseconds: "trigger taken", "late" when it is not in 5 s
-//   (the
-//                  program may show a box over it), or "nobody there"
+//   trigger KEY    "down", "up", or "press" and milliseconds: "trigger taken", "late" when it is not in 5 s,
+//                  as under a box of the program, or "nobody there"
 //   typed          what the window has got since the last time: "typed" and hexadecimal digits
 //   front [WINDOW] brings the note window, or another one, to the front
 //   foreground     "foreground ID" of the window in front
