@@ -3,6 +3,7 @@
 // that has nothing else to do; the processor's figures hold on any.
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <termios.h>
@@ -42,7 +43,14 @@ double Since(Clock::time_point start) {
 struct Figures {
     std::vector<double> FirstKey, Typed, Start;  // milliseconds
     double Processor = 0;                        // milliseconds a scan
+    double SleepsOfScan = 0;                     // of all threads
     double PrivateMegabytes = 0, WakeUps = 0;    // a second
+};
+
+// What the machine makes of the waits of one scan where nothing but the waits is done.
+struct Floor {
+    std::vector<double> Late;  // milliseconds, of the three together
+    double Processor = 0;      // milliseconds to sleep once and wake up
 };
 
 double At(std::vector<double> values, std::size_t percent) {
@@ -77,6 +85,21 @@ double PrivateMemory(pid_t process) {
         }
     }
     return kilobytes / 1024;
+}
+
+Floor MeasureFloor(int scans) {
+    Floor floor;
+    prctl(PR_SET_TIMERSLACK, 1);  // as the program's threads have it
+    const double before = ProcessorTime(getpid());
+    for (int scan = 0; scan < scans; ++scan) {
+        const auto start = Clock::now();
+        for (const double wait : {MessageGap, RtsLead, RtsHold}) {
+            std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(wait));
+        }
+        floor.Late.push_back(Since(start) - ByRule);
+    }
+    floor.Processor = (ProcessorTime(getpid()) - before) / (3 * scans);
+    return floor;
 }
 
 // How often the process's threads have gone to sleep so far.
@@ -190,6 +213,7 @@ Figures MeasureProgram(XClient& client, int scans) {
     });
     Serve(laser, 300, [] { return false; });
     const double before = ProcessorTime(program->Id());
+    const long sleepsBefore = Sleeps(program->Id());
     for (int tries = 0; tries < 2 * scans && static_cast<int>(figures.Typed.size()) < scans; ++tries) {
         const int starts = laser.Starts();
         Trigger(terminal, "WM_USER1DOWN");
@@ -202,7 +226,9 @@ Figures MeasureProgram(XClient& client, int scans) {
         Trigger(terminal, "WM_USER1UP");
         Serve(laser, 100, [] { return false; });
     }
-    figures.Processor = (ProcessorTime(program->Id()) - before) / static_cast<double>(figures.Typed.size());
+    const double measured = static_cast<double>(figures.Typed.size());
+    figures.Processor = (ProcessorTime(program->Id()) - before) / measured;
+    figures.SleepsOfScan = static_cast<double>(Sleeps(program->Id()) - sleepsBefore) / measured;
     Serve(laser, 1000, [] { return false; });
     figures.PrivateMegabytes = PrivateMemory(program->Id());
     figures.WakeUps = IdleWakeUps(program->Id());
@@ -229,11 +255,13 @@ Figures MeasureScript(XClient& client, int scans) {
         }
     }
     const double before = ProcessorTime(script->Id());
+    const long sleepsBefore = Sleeps(script->Id());
     while (static_cast<int>(figures.Typed.size()) < scans) {
         MeasureKeys(laser, client, MessageGap, figures);
         Serve(laser, 50, [] { return false; });
     }
     figures.Processor = (ProcessorTime(script->Id()) - before) / scans;
+    figures.SleepsOfScan = static_cast<double>(Sleeps(script->Id()) - sleepsBefore) / scans;
     figures.PrivateMegabytes = PrivateMemory(script->Id());
     figures.WakeUps = IdleWakeUps(script->Id());
     return figures;
@@ -249,6 +277,7 @@ int main(int count, char** arguments) {
     const int scans = count > 1 ? std::max(1, std::atoi(arguments[1])) : 200;
     const XServer server;
     XClient client;
+    const Floor floor = MeasureFloor(scans);
     const Figures script = MeasureScript(client, scans), ours = MeasureProgram(client, scans);
     std::printf("%zu labels of %zu characters, %d starts, %d idle seconds\n%-46s %9s %9s %9s\n",
                 ours.Typed.size(), Characters, Starts, IdleSeconds, "", "promised", "vantrel", "script");
@@ -257,8 +286,13 @@ int main(int count, char** arguments) {
     Print("first to last key, ms", 0.8, At(ours.Typed, 50), At(script.Typed, 50));
     Print("  99th percentile", 0.8, At(ours.Typed, 99), At(script.Typed, 99));
     Print("processor time a scan, ms", 0.7, ours.Processor, script.Processor);
+    Print("wake-ups a scan, without its children's", 0, ours.SleepsOfScan, script.SleepsOfScan);
     Print("start to ready, ms", 50, At(ours.Start, 50), At(script.Start, 50));
     Print("private memory, MB", 3.6, ours.PrivateMegabytes, script.PrivateMegabytes);
     Print("wake-ups a second, idle", 0.05, ours.WakeUps, script.WakeUps);
+    std::printf(
+        "this machine: a scan's waits end %.2f ms late by themselves (99th percentile %.2f), and a "
+        "thread that sleeps and wakes takes %.3f ms of processor time\n",
+        At(floor.Late, 50), At(floor.Late, 99), floor.Processor);
     return 0;
 }
