@@ -67,8 +67,22 @@ TEST_F(XtestKeyboard, LockedKeysStayLocked) {
 TEST_F(XtestKeyboard, SecondLayoutInForce) {
     Layout("-layout us,ru,fr");
     for (unsigned group = 0; group < 3; ++group) {
-        client_.LockGroup(group);
+        client_.Lock(group);
         ExpectAll("group " + std::to_string(group));
+    }
+}
+
+// No key is pressed for it and the map stays, as when another program does it.
+TEST_F(XtestKeyboard, OthersLockAndLatch) {
+    Layout("-layout us,de");
+    struct {
+        unsigned Group, Locked, Latched;
+    } const states[] = {{0, 0, 0}, {1, 0, 0}, {0, LockMask, 0}, {1, LockMask, 0}, {0, 0, ShiftMask}};
+    for (const auto& state : states) {
+        client_.Lock(state.Group, state.Locked, state.Latched);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));  // a look holds for a millisecond
+        TypeText("yzYZ");
+        EXPECT_EQ(client_.Typed(4), "yzYZ") << state.Group << " " << state.Locked << " " << state.Latched;
     }
 }
 

@@ -111,8 +111,10 @@ void XClient::Tap(KeySym key) {
     LetGo(key);
 }
 
-void XClient::LockGroup(unsigned group) {
+void XClient::Lock(unsigned group, unsigned modifiers, unsigned latched) {
     XkbLockGroup(display_, XkbUseCoreKbd, group);
+    XkbLockModifiers(display_, XkbUseCoreKbd, 0xFF, modifiers);
+    XkbLatchModifiers(display_, XkbUseCoreKbd, 0xFF, latched);
     XSync(display_, False);
 }
 

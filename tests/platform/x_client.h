@@ -25,7 +25,7 @@ class XClient {
     void Hold(KeySym key, bool real = true) { Press(key, true, real); }
     void LetGo(KeySym key, bool real = true) { Press(key, false, real); }
     void Tap(KeySym key);
-    void LockGroup(unsigned group);
+    void Lock(unsigned group, unsigned modifiers = 0, unsigned latched = 0);
     // What the keyboard is like now.
     unsigned Modifiers() const;
     unsigned LockedModifiers() const;

@@ -28,6 +28,8 @@ namespace {
 
 constexpr std::uint64_t ReconnectPause = 1000;
 constexpr unsigned AllModifiers = 0xFF;
+// What the server tells of the keyboard's state by itself, so that nobody has to ask.
+constexpr unsigned long StateNews = XkbModifierLockMask | XkbModifierLatchMask | XkbGroupStateMask;
 // For how long an answer of the server's holds: that the user holds no key, what is locked, and the map.
 // Asking for each key would take longer than typing it.
 constexpr std::chrono::milliseconds RestHolds{1};
@@ -148,7 +150,7 @@ class XtestKeyboard : public KeyboardBackend {
     std::uint64_t lastTry_ = 0;
     bool shift_ = false;
     bool unsent_ = false;
-    XkbStateRec state_{};  // as last looked at
+    XkbStateRec state_{};  // locks, latches and group as last heard
     bool atRest_ = false;  // no key was down then
     std::chrono::steady_clock::time_point lookAgain_{};
     std::vector<Borrowed> borrowed_;
@@ -175,6 +177,7 @@ bool XtestKeyboard::Connect() {
     XTestGrabControl(display, True);  // also while a client has grabbed the server
     XkbSelectEvents(display, XkbUseCoreKbd, XkbMapNotifyMask | XkbNewKeyboardNotifyMask,
                     XkbMapNotifyMask | XkbNewKeyboardNotifyMask);
+    XkbSelectEventDetails(display, XkbUseCoreKbd, XkbStateNotify, StateNews, StateNews);
     keyboard_ = XtestDevice(display);
     FetchMap();
     return connection_.Usable() && map_ != nullptr;
@@ -211,6 +214,7 @@ void XtestKeyboard::FetchMap() {
     }
     map_ = fresh;
     stale_ = false;
+    XkbGetState(connection_.Get(), XkbUseCoreKbd, &state_);
     // A new layout takes back what was lent.
     std::erase_if(borrowed_, [&](const Borrowed& lent) {
         return XkbKeyNumGroups(map_, lent.key) == 0 ||
@@ -218,15 +222,19 @@ void XtestKeyboard::FetchMap() {
     });
 }
 
-// The map may have changed since the last key.
+// The map and the state may have changed since the last key.
 void XtestKeyboard::TakeNews(int howFar) {
-    XEvent event;
+    XkbEvent event;
     while (connection_.Usable() && XEventsQueued(connection_.Get(), howFar) > 0) {
-        XNextEvent(connection_.Get(), &event);
+        XNextEvent(connection_.Get(), &event.core);
         if (event.type == MappingNotify) {
-            XRefreshKeyboardMapping(&event.xmapping);
+            XRefreshKeyboardMapping(&event.core.xmapping);
         }
-        if (event.type == eventBase_ || event.type == MappingNotify) {
+        if (event.type == eventBase_ && event.any.xkb_type == XkbStateNotify) {
+            state_.locked_mods = static_cast<unsigned char>(event.state.locked_mods);
+            state_.latched_mods = static_cast<unsigned char>(event.state.latched_mods);
+            state_.group = static_cast<unsigned char>(event.state.group);
+        } else if (event.type == eventBase_ || event.type == MappingNotify) {
             stale_ = true;
         }
     }
@@ -277,16 +285,13 @@ bool XtestKeyboard::Look() {
     if (atRest_ && now < lookAgain_) {
         return true;
     }
-    if (XkbGetState(connection_.Get(), XkbUseCoreKbd, &state_) != Success) {
-        return false;
-    }
     char down[32] = {};
     XQueryKeymap(connection_.Get(), down);
+    TakeNews(QueuedAlready);  // what came before this answer is here
     atRest_ = state_.latched_mods == 0 && again_.none() &&
               std::all_of(std::begin(down), std::end(down), [](char bits) { return bits == 0; });
-    TakeNews(QueuedAlready);  // what came before these answers is here
     lookAgain_ = std::chrono::steady_clock::now() + RestHolds;
-    return true;
+    return connection_.Usable();
 }
 
 bool XtestKeyboard::Choose(const KeyMeaning& meaning, unsigned locked, int group, KeyChoice& choice) {
