@@ -45,7 +45,7 @@ class SettingsText : public RecordTest {
 
 TEST_F(SettingsText, AnExportImportedOverAnythingGivesTheSameFile) {
     const char16_t texts[] = u"A\"\\é\u20AC\t\xD834\xDD1E\x7F#=";
-    for (int number = 0; number < 1000; ++number) {
+    for (int number = 0; number < 1000; number += 3) {
         MakeNew(Terminals[static_cast<std::size_t>(number) % std::size(Terminals)]);
         // The first of each kind is factory-new; then ever more words are anything at all.
         for (std::size_t word = 0; word < RecordWords; ++word) {
@@ -53,7 +53,7 @@ TEST_F(SettingsText, AnExportImportedOverAnythingGivesTheSameFile) {
             if (dice < number)
                 RecordWord(word) = static_cast<WORD>(dice % 2 ? '0' + dice % 7 : static_cast<int>(random_()));
         }
-        if (number % 3 == 1) {
+        if (number % 2 != 0) {
             WCHAR text[TextWords] = {};
             for (unsigned i = 0; i < random_() % 11; ++i)
                 text[i] = texts[random_() % (std::size(texts) - 1)];

@@ -1,9 +1,9 @@
 #include "tests/wire/wire_file.h"
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <optional>
-#include <regex>
 #include <stdexcept>
 
 namespace {
@@ -12,14 +12,19 @@ using Words = std::vector<std::string>;
 
 // Texts in quotes and other words, up to a comment.
 Words Split(const std::string& line) {
-    static const std::regex word(R"re("(\\.|[^"\\])*"|#.*|[^\s"]\S*|")re");
     Words words;
-    for (std::sregex_iterator found(line.begin(), line.end(), word), end; found != end; ++found) {
-        if (found->str()[0] == '#')
-            break;
-        if (found->str() == "\"")
-            throw std::runtime_error("a text has no end");
-        words.push_back(found->str());
+    for (std::size_t at = 0;
+         (at = line.find_first_not_of(" \t", at)) != std::string::npos && line[at] != '#';) {
+        const std::size_t start = at;
+        if (line[at] == '"') {
+            for (++at; at < line.size() && line[at] != '"'; ++at)
+                at += line[at] == '\\' ? 1 : 0;
+            if (at++ >= line.size())
+                throw std::runtime_error("a text has no end");
+        } else {
+            at = std::min(line.find_first_of(" \t", at), line.size());
+        }
+        words.push_back(line.substr(start, at - start));
     }
     return words;
 }
