@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 
 #include "tests/e2e/end_to_end.h"
@@ -150,6 +149,35 @@ TEST_F(UpgradeByHand, CancellingLeavesEverythingAsItWas) {
     ExpectNothingLeft();
 }
 
+TEST_F(UpgradeByHand, TheWarningNamesTheVersion) {
+    const struct {
+        std::string Command, Shown;
+        int Asked;
+    } versions[] = {{"version hex:56 65 72 20 E9", "Ver \xC3\xA9", 1},
+                    {"fault com1 no-reply x6", "", 5},
+                    {"version repeat:200:Ver ", "Ver Ver Ver Ver Ver Ver Ver Ver ", 2}};
+    Begin();
+    Picture last;
+    for (const auto& version : versions) {
+        Wire->Command(version.Command);
+        ASSERT_TRUE(OpenCaution());
+        std::string says;
+        for (const Accessible& window : Desktop.Hear(CautionTitle)) {
+            says += window.Outline();
+        }
+        EXPECT_NE(says.find("click [Next].\n\nCurrent Firmware : " + version.Shown + "\""), std::string::npos)
+            << says;
+        const auto place = Desktop.Find(CautionTitle).value_or(ScreenWindow{});
+        const Picture seen = Desktop.Capture(place.X, place.Y, place.Width, place.Height);
+        EXPECT_FALSE(seen == last) << "the version is out of sight";
+        last = seen;
+        EXPECT_EQ(Wire->Count("event command com1 VER"), version.Asked) << version.Command;
+        Wire->Forget();
+        Press({XK_Escape});
+        ASSERT_TRUE(Desktop.WaitUntilGone(CautionTitle));
+    }
+}
+
 TEST_F(UpgradeByHand, ProgressMovesAndTheNewFirmwareReads) {
     const Picture bare = Desktop.Pointer();
     Begin();
@@ -273,29 +301,6 @@ TEST_F(UpgradeByHand, DecoderWithoutFirmwareIsLoadedAfterARestart) {
     DismissDone();
     EXPECT_TRUE(Wire->Saw("event started com1 Ver 2."));
     EXPECT_TRUE(Running->End());
-}
-
-// Byte for byte, against the recorded decoder. With VANTREL_RECORD_UPGRADE=FILE it records such a trace
-// instead.
-TEST_F(UpgradeByHand, SendsWhatWasRecorded) {
-    const char* recorded = std::getenv("VANTREL_RECORD_UPGRADE");
-    FitReaders("1d", "none",
-               recorded ? std::vector<std::string>{} : std::vector<std::string>{"--replay", UPGRADE_TRACE});
-    WriteSettings(Device1D, {{&general::CheckReaderStatus, '0'}});
-    WriteWholeFile(Terminal.Path("DiskOnChip/SMALL.SHX"), SmallFirmware());
-    const std::string trace = recorded ? recorded : Terminal.Path("trace");
-    Running = std::make_unique<Vantrel>(std::vector<std::string>{"VANTREL_TRACE=" + trace},
-                                        std::vector<std::string>{"--settings"});
-    ASSERT_TRUE(SheetTakesKeys());
-    ASSERT_TRUE(OpenCaution());
-    Choose("small");
-    DismissDone();
-    EXPECT_TRUE(Running->End());
-    if (!recorded) {
-        for (const std::string& line : Wire->Command("state")) {
-            EXPECT_EQ(line.find("differs"), std::string::npos) << line;
-        }
-    }
 }
 
 // Every text that a failure has. The decoder gets its power back after each and answers, whole or not, in its
