@@ -34,7 +34,7 @@
 #include "settings/settings_file.h"
 #include "shell/shell_state.h"
 #include "tests/support/temporary_terminal.h"
-#include "tests/wire/wire_runner.h"
+#include "tests/wire/wire_stage.h"
 #include "ui/tree_view.h"
 
 // There is no sound device.

@@ -39,7 +39,7 @@ enum class WireAct {
 struct WireStep {
     WireAct Act = WireAct::Nothing;
     int Port = 1;
-    std::vector<BYTE> Bytes;
+    std::vector<BYTE> Bytes = {};
     DWORD Value = 0;
     // Time since the step before: of a reader's act the time after which it happens (Least); of a system's
     // act what it must be, when Timed.

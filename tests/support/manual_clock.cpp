@@ -73,11 +73,7 @@ void ManualClock::RemoveSource(TimedSource& source) {
 // before.
 bool ManualClock::StepTowards(std::uint64_t limit) {
     std::scoped_lock sources(sources_mutex_);
-    std::uint64_t now;
-    {
-        std::scoped_lock lock(mutex_);
-        now = now_;
-    }
+    const std::uint64_t now = Now();
     if (now >= limit) {
         return false;
     }
@@ -93,11 +89,8 @@ bool ManualClock::StepTowards(std::uint64_t limit) {
         std::scoped_lock lock(mutex_);
         now_ = next;
     }
-    // A source may add or remove others while it runs.
-    const std::vector<TimedSource*> present = sources_;
-    for (TimedSource* source : present) {
-        if (std::find(sources_.begin(), sources_.end(), source) != sources_.end() &&
-            source->NextDue() <= next) {
+    for (TimedSource* source : sources_) {
+        if (source->NextDue() <= next) {
             source->RunDue(next);
         }
     }

@@ -8,6 +8,12 @@
 #include "platform/linux/serial/serial_port.h"
 #include "tests/support/conversation.h"
 
+// A port as it was set last: the line's speed (0: never set), and how long a write may take.
+struct PortLine {
+    bool Open = false;
+    DWORD Rate = 0, WriteTime = 0;
+};
+
 // Makes the ports "COM1:" to "COM9:" scripted ones while it lives. `onIdle` is called in the main thread when
 // a wait for an event would never end, as the script has come to its end; the wait then fails.
 class ScriptedPorts {
@@ -17,10 +23,7 @@ class ScriptedPorts {
     ScriptedPorts(const ScriptedPorts&) = delete;
     ScriptedPorts& operator=(const ScriptedPorts&) = delete;
 
-    bool IsOpen(int port) const;
-    // As set last: the line's speed, and how long a write may take.
-    DWORD RateOf(int port) const;
-    DWORD WriteTimeOf(int port) const;
+    PortLine LineOf(int port) const;
 
   private:
     struct State;

@@ -9,7 +9,7 @@
 #include "link/read_control.h"
 #include "platform/sound.h"
 #include "shell/shell_state.h"
-#include "tests/wire/wire_runner.h"
+#include "tests/wire/wire_stage.h"
 
 namespace {
 

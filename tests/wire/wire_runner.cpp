@@ -1,11 +1,12 @@
-#include "tests/wire/wire_runner.h"
-
+// The program that runs every conversation of a folder's *.wire files: a test case each.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
+
+#include "tests/wire/wire_stage.h"
 
 namespace {
 

@@ -19,25 +19,20 @@
 #include "link/rfid_channel.h"
 #include "link/serial_ports.h"
 #include "settings/defaults.h"
+#include "settings/pages.h"
 #include "settings/record.h"
 #include "shell/error_messages.h"
 #include "shell/shell_state.h"
-#include "tests/wire/setting_names.h"
 
 namespace {
 
-struct Received {
-    std::vector<BYTE> Bytes;
-    std::uint64_t Time;
-};
-
 // The handlers are plain functions: what they record has to be global.
 std::mutex receivedMutex;
-std::deque<Received> received;
+std::deque<std::vector<BYTE>> received;
 
 void Record(const BYTE* bytes, DWORD length) {
     const std::lock_guard lock(receivedMutex);
-    received.push_back({{bytes, bytes + length}, layer::CurrentClock().Now()});
+    received.emplace_back(bytes, bytes + length);
 }
 
 int RecordBarcode(const BYTE* message, DWORD length) {
@@ -65,7 +60,7 @@ Variable Word(Relaxed<T>& word) {
     return {[&] { return DWORD{word}; }, [&](DWORD value) { word = static_cast<T>(value); }};
 }
 
-const Variable& VariableByName(const std::string& name) {
+const std::map<std::string, Variable>& Variables() {
     static const std::map<std::string, Variable> variables{
         {"TransferBusy", Word(ShellState.TransferBusy)},
         {"TriggerReleased", Word(ShellState.TriggerReleased)},
@@ -82,10 +77,32 @@ const Variable& VariableByName(const std::string& name) {
         {"RfidThreadRun", Word(ShellState.RfidThreadRun)},
         {"RfidReaderModel",
          {[] { return DWORD{RfidReaderModel}; }, [](DWORD value) { RfidReaderModel = value; }}}};
-    const auto found = variables.find(name);
-    if (found == variables.end())
+    return variables;
+}
+
+const Variable& VariableByName(const std::string& name) {
+    const auto found = Variables().find(name);
+    if (found == Variables().end())
         throw std::runtime_error("nothing is known about " + name);
     return found->second;
+}
+
+// "general.AimDuration"; those of the symbologies begin with "1d." or "engine.".
+const Setting& SettingByName(const std::string& name) {
+    const std::string layout = name.substr(0, name.find('.') + 1);
+    const Setting* found = nullptr;
+    const auto look = [&](const Setting& setting) {
+        const char* own = setting.Block == SettingBlock::General ? "general."
+                          : IsIn(setting, ReaderType::Decoder1D) ? "1d."
+                                                                 : "engine.";
+        if (layout == own && layout + setting.Name == name)
+            found = &setting;
+    };
+    ForEachGeneralField(look);
+    ForEachSymbologyField(look);
+    if (!found)
+        throw std::runtime_error("no such setting: " + name);
+    return *found;
 }
 
 HANDLE PortOf(const std::string& number) {
@@ -126,15 +143,8 @@ void ClearState() {
         word = 0;
     TakeSnapshots();
     SnapshotsTaken = 0;
-    ShellState.ReaderReady = 0;
-    ShellState.ReconfigureReaders = 0;
-    ShellState.BarcodeThreadRun = 0;
-    ShellState.RfidThreadRun = 0;
-    ShellState.RfidReadActive = 0;
-    ShellState.BarcodeEnabled = 0;
-    ShellState.TransferBusy = 0;
-    ShellState.LaserHold = 0;
-    RfidReaderModel = 0;
+    for (const auto& [name, variable] : Variables())
+        variable.Set(0);
     const std::lock_guard lock(receivedMutex);
     received.clear();
 }
@@ -305,9 +315,7 @@ DWORD WireStage::CallByName(const Words& words) {
              std::copy(bytes.begin(), bytes.end(), frame.Bytes.begin());
              return result(SendFirmwareFrame(frame));
          }},
-        {"SetRts", [&] { return SetRts(port(), number(2) != 0), DWORD{0}; }},
         {"SetPortTimeouts", [&] { return result(SetPortTimeouts(port(), number(2))); }},
-        {"SetPortLine", [&] { return result(SetPortLine(port(), number(2))); }},
         {"wait", [&] { return Let(number(1)), result_; }},  // of a timer's work
     };
     const auto found = calls.find(At(words, 1));
@@ -362,9 +370,8 @@ void WireStage::ExpectMessage(const Words& words, int line) {
         complain_(line, "nothing was handed over");
         return;
     }
-    if (received.front().Bytes != expected)
-        complain_(line,
-                  "handed over: " + HexOf(received.front().Bytes) + "\n    expected: " + HexOf(expected));
+    if (received.front() != expected)
+        complain_(line, "handed over: " + HexOf(received.front()) + "\n    expected: " + HexOf(expected));
     received.pop_front();
 }
 
@@ -386,16 +393,15 @@ void WireStage::Expect(const Words& words, int line) {
             complain_(line, "the value is " + value_);
     } else if (what == "mask") {
         Same(line, what, ToNumber(second), mask_);
-    } else if (what == "port") {
-        Same(line, "open port " + second, At(words, 3) == "open",
-             ports_->IsOpen(static_cast<int>(ToNumber(second))));
     } else if (what == "handle") {
         Same(line, "handle of port " + second, At(words, 3) == "stored", PortOf(second) != nullptr);
-    } else if (what == "rate") {
-        Same(line, "rate of port " + second, ToNumber(At(words, 3)),
-             ports_->RateOf(static_cast<int>(ToNumber(second))));
-    } else if (what == "write-time") {
-        Same(line, what, ToNumber(At(words, 3)), ports_->WriteTimeOf(static_cast<int>(ToNumber(second))));
+    } else if (what == "port" || what == "rate" || what == "write-time") {
+        const PortLine port = ports_->LineOf(static_cast<int>(ToNumber(second)));
+        const std::string& wanted = At(words, 3);
+        Same(line, what, what == "port" ? wanted == "open" : ToNumber(wanted),
+             what == "port"   ? port.Open
+             : what == "rate" ? port.Rate
+                              : port.WriteTime);
     } else {
         Same(line, what, ToNumber(second), VariableByName(what).Get());
     }
@@ -404,5 +410,5 @@ void WireStage::Expect(const Words& words, int line) {
 void WireStage::CheckEnd(int line) {
     const std::lock_guard lock(receivedMutex);
     if (!received.empty())
-        complain_(line, "handed over, but not expected: " + HexOf(received.front().Bytes));
+        complain_(line, "handed over, but not expected: " + HexOf(received.front()));
 }

@@ -57,3 +57,6 @@ class WireStage {
 // One of the command's words; throws std::runtime_error when it is not there.
 const std::string& At(const std::vector<std::string>& words, std::size_t index);
 DWORD ToNumber(const std::string& word);
+
+// The stage for a case, which whoever is compiled with wire_runner.cpp gives.
+std::unique_ptr<WireStage> MakeStage(Conversation::Complaint complain);
