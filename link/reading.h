@@ -12,8 +12,8 @@ void JoinReading(bool (*lasts)());
 bool ReadingLasts();
 
 // One step of a delivery, for as long as this lives: if it says true the reading lasts. Steps are short (a
-// few keys, a record), follow each other one at a time, do not nest, and do nothing that waits for the main
-// thread, which is the one that ends readings.
+// few keys, a record; a 1D read that is started anew takes 100 ms), follow each other one at a time, do not
+// nest, and do nothing that waits for the main thread, which is the one that ends readings.
 class ReadingStep {
   public:
     ReadingStep();

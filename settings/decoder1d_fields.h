@@ -6,6 +6,8 @@
 
 namespace decoder1d {
 
+using describe::NewIn;
+
 constexpr Setting Field(SettingEncoding encoding, WORD item, WORD label, WORD textBase, WORD word,
                         WORD value) {
     Setting setting;
