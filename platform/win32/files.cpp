@@ -100,7 +100,7 @@ DWORD WINAPI TerminalGetFileAttributesW(LPCWSTR name) {
 
 BOOL WINAPI TerminalReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
     if (const auto port = layer::FindPort(file)) {
-        return port->Read(static_cast<BYTE*>(buffer), size, *read);
+        return port->Read(buffer, size, *read);
     }
     return ReadFile(file, buffer, size, read, overlapped);
 }
@@ -108,7 +108,7 @@ BOOL WINAPI TerminalReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD rea
 BOOL WINAPI TerminalWriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD written,
                               LPOVERLAPPED overlapped) {
     if (const auto port = layer::FindPort(file)) {
-        return port->Write(static_cast<const BYTE*>(buffer), size, *written);
+        return port->Write(buffer, size, *written);
     }
     if (WriteFile(file, buffer, size, written, overlapped) && *written == size) {
         return TRUE;

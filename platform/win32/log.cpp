@@ -55,11 +55,9 @@ void WriteLogLine(LogPriority priority, LPCWSTR text) {
     const layer::Guard guard(LogLock);
     Append(layer::TerminalFolder() + L"\\vantrel.log", head + said + "\r\n");
     const HANDLE console = GetStdHandle(STD_ERROR_HANDLE);
-    if (console != nullptr && console != INVALID_HANDLE_VALUE) {
-        const std::string line = "vantrel: " + said + "\n";
-        DWORD written = 0;
-        WriteFile(console, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
-    }
+    const std::string line = "vantrel: " + said + "\n";
+    DWORD written = 0;
+    WriteFile(console, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
 }
 
 bool DebugLinesWanted() {

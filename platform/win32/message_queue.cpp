@@ -29,59 +29,32 @@ struct Queue {
     QueueContent* Content = nullptr;
     DWORD Longest = 0;
     bool Reads = false;
-};
 
-// A program that died inside leaves the queue as it was before its call, or after it: the size says which.
-class Locked {
-  public:
-    explicit Locked(const Queue& queue) : mutex_(queue.Mutex) { WaitForSingleObject(mutex_, INFINITE); }
-    ~Locked() { ReleaseMutex(mutex_); }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
+    BYTE* Message() const { return reinterpret_cast<BYTE*>(Content + 1); }
 
-  private:
-    HANDLE mutex_;
-};
-
-BYTE* MessageOf(const Queue& queue) {
-    return reinterpret_cast<BYTE*>(queue.Content + 1);
-}
-
-bool Open(Queue& queue, LPCWSTR name) {
-    const std::wstring shared = layer::SharedName(name);
-    const DWORD size = static_cast<DWORD>(sizeof(QueueContent)) + queue.Longest;
-    queue.Mutex = CreateMutexW(nullptr, FALSE, (shared + L"-mutex").c_str());
-    queue.Filled = CreateEventW(nullptr, FALSE, FALSE, (shared + L"-filled").c_str());
-    queue.Emptied = CreateEventW(nullptr, FALSE, FALSE, (shared + L"-emptied").c_str());
-    queue.Mapping =
-        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, shared.c_str());
-    if (queue.Mutex == nullptr || queue.Filled == nullptr || queue.Emptied == nullptr ||
-        queue.Mapping == nullptr) {
-        return false;
+    // A program that died inside leaves the queue as it was before its call, or after it: the size says
+    // which.
+    template <class Work>
+    bool Locked(Work work) const {
+        WaitForSingleObject(Mutex, INFINITE);
+        const bool done = work();
+        ReleaseMutex(Mutex);
+        return done;
     }
-    queue.Content = static_cast<QueueContent*>(MapViewOfFile(queue.Mapping, FILE_MAP_ALL_ACCESS, 0, 0, size));
-    if (queue.Content == nullptr) {
-        return false;
-    }
-    const Locked locked(queue);
-    if (queue.Content->Longest == 0) {
-        queue.Content->Longest = queue.Longest;
-    }
-    return queue.Content->Longest == queue.Longest;
-}
 
-// Tries until it has worked or the time is over. `ready` is set whenever a try could work.
-template <class Try>
-BOOL Within(DWORD milliseconds, HANDLE ready, Try attempt) {
-    const std::int64_t end = layer::Milliseconds() + milliseconds;
-    while (!attempt()) {
-        const std::int64_t left = milliseconds == INFINITE ? INFINITE : end - layer::Milliseconds();
-        if (left <= 0 || WaitForSingleObject(ready, static_cast<DWORD>(left)) == WAIT_FAILED) {
-            return FALSE;
+    // Tries until it has worked or the time is over. `ready` is set whenever a try could work.
+    template <class Try>
+    BOOL Within(DWORD milliseconds, HANDLE ready, Try attempt) const {
+        const std::int64_t end = layer::Milliseconds() + milliseconds;
+        while (!Locked(attempt)) {
+            const std::int64_t left = milliseconds == INFINITE ? INFINITE : end - layer::Milliseconds();
+            if (left <= 0 || WaitForSingleObject(ready, static_cast<DWORD>(left)) == WAIT_FAILED) {
+                return FALSE;
+            }
         }
+        return TRUE;
     }
-    return TRUE;
-}
+};
 
 }  // namespace
 
@@ -91,10 +64,25 @@ HANDLE CreateMsgQueue(LPCWSTR name, MSGQUEUEOPTIONS* options) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    auto* queue = new Queue;
+    auto* const queue = new Queue;
     queue->Reads = options->bReadAccess;
     queue->Longest = options->cbMaxMessage;
-    if (!Open(*queue, name)) {
+    const std::wstring shared = layer::SharedName(name);
+    const DWORD size = static_cast<DWORD>(sizeof(QueueContent)) + queue->Longest;
+    queue->Mutex = CreateMutexW(nullptr, FALSE, (shared + L"-mutex").c_str());
+    queue->Filled = CreateEventW(nullptr, FALSE, FALSE, (shared + L"-filled").c_str());
+    queue->Emptied = CreateEventW(nullptr, FALSE, FALSE, (shared + L"-emptied").c_str());
+    queue->Mapping =
+        CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size, shared.c_str());
+    queue->Content =
+        static_cast<QueueContent*>(MapViewOfFile(queue->Mapping, FILE_MAP_ALL_ACCESS, 0, 0, size));
+    const bool opened = queue->Mutex != nullptr && queue->Filled != nullptr && queue->Emptied != nullptr &&
+                        queue->Content != nullptr && queue->Locked([=] {
+                            DWORD& longest = queue->Content->Longest;
+                            longest = longest == 0 ? queue->Longest : longest;
+                            return longest == queue->Longest;
+                        });
+    if (!opened) {
         CloseMsgQueue(queue);
         return nullptr;
     }
@@ -107,13 +95,12 @@ BOOL ReadMsgQueue(HANDLE handle, LPVOID buffer, DWORD size, LPDWORD read, DWORD 
         return FALSE;
     }
     *flags = 0;
-    return Within(milliseconds, queue->Filled, [=] {
-        const Locked locked(*queue);
+    return queue->Within(milliseconds, queue->Filled, [=] {
         *read = std::min(queue->Content->Size, queue->Longest);
         if (*read == 0) {
             return false;
         }
-        std::memcpy(buffer, MessageOf(*queue), *read);
+        std::memcpy(buffer, queue->Message(), *read);
         SetEvent(queue->Emptied);
         queue->Content->Size = 0;
         return true;
@@ -125,12 +112,11 @@ BOOL WriteMsgQueue(HANDLE handle, LPVOID message, DWORD size, DWORD milliseconds
     if (queue == nullptr || queue->Reads || size == 0 || size > queue->Longest) {
         return FALSE;
     }
-    return Within(milliseconds, queue->Emptied, [=] {
-        const Locked locked(*queue);
+    return queue->Within(milliseconds, queue->Emptied, [=] {
         if (queue->Content->Size != 0) {
             return false;
         }
-        std::memcpy(MessageOf(*queue), message, size);
+        std::memcpy(queue->Message(), message, size);
         SetEvent(queue->Filled);
         queue->Content->Size = size;
         return true;
@@ -142,13 +128,9 @@ BOOL CloseMsgQueue(HANDLE handle) {
     if (queue == nullptr) {
         return FALSE;
     }
-    if (queue->Content != nullptr) {
-        UnmapViewOfFile(queue->Content);
-    }
+    UnmapViewOfFile(queue->Content);
     for (const HANDLE opened : {queue->Mapping, queue->Mutex, queue->Filled, queue->Emptied}) {
-        if (opened != nullptr) {
-            CloseHandle(opened);
-        }
+        CloseHandle(opened);
     }
     delete queue;
     return TRUE;

@@ -8,11 +8,10 @@ namespace layer {
 namespace {
 
 constexpr std::int64_t Never = INT64_MAX;
+constexpr DWORD DriverQueue = 4096;
+constexpr DWORD QueueSize = 4096 + 512;  // a full read fits, and what a chunk may add
 // How long a wait on an unplugged port takes before it looks whether the reader is back, and fails.
 constexpr DWORD UnpluggedPause = 250;
-
-// The line's own time-outs: none. A read of it ends with the bytes that it asks for.
-constexpr COMMTIMEOUTS Patient = {};
 
 // Milliseconds that so many bytes need on the line: ten bits each.
 DWORD LineTime(DWORD rate, DWORD bytes) {
@@ -21,278 +20,228 @@ DWORD LineTime(DWORD rate, DWORD bytes) {
 
 }  // namespace
 
-bool SerialPort::Open() {
-    const Guard line(lineLock_);
-    state_.DCBlength = sizeof state_;
-    if (!OpenLine()) {
-        return false;
-    }
-    // What the driver has been left with by others must not stop the line.
-    state_.fBinary = TRUE;
-    state_.fOutxCtsFlow = state_.fOutxDsrFlow = state_.fDsrSensitivity = FALSE;
-    state_.fOutX = state_.fInX = state_.fNull = state_.fErrorChar = state_.fAbortOnError = FALSE;
-    SetCommState(line_, &state_);
-    return true;
+SerialPort::SerialPort(std::wstring device)
+    : device_(std::move(device)),
+      wrote_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      arrived_(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
+    queue_.reserve(QueueSize);
 }
 
-// Opens the device and starts its reader; lineLock_ is held.
+SerialPort::~SerialPort() {
+    Close();
+    CloseHandle(wrote_);
+    CloseHandle(arrived_);
+}
+
+bool SerialPort::Open() {
+    const Guard guard(lock_);
+    return wrote_ != nullptr && arrived_ != nullptr && OpenLine();
+}
+
+// Opens the device, as it was set up before if it was, and starts its reader.
 bool SerialPort::OpenLine() {
     const HANDLE line = CreateFileW(device_.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                     FILE_FLAG_OVERLAPPED, nullptr);
     if (line == INVALID_HANDLE_VALUE) {
         return false;
     }
-    COMMTIMEOUTS timeouts = Patient;
-    const bool fresh = state_.BaudRate == 0;
-    if (!SetCommTimeouts(line, &timeouts) ||
-        (fresh ? !GetCommState(line, &state_) : !SetCommState(line, &state_))) {
+    if (state_.DCBlength == 0) {
+        state_.DCBlength = sizeof state_;
+        GetCommState(line, &state_);
+        // What the driver has been left with by others must not stop the line.
+        state_.fBinary = TRUE;
+        state_.fOutxCtsFlow = state_.fOutxDsrFlow = state_.fDsrSensitivity = FALSE;
+        state_.fOutX = state_.fInX = state_.fNull = state_.fErrorChar = state_.fAbortOnError = FALSE;
+    }
+    SetupComm(line, DriverQueue, DriverQueue);
+    // The line's own time-outs: none. A read of it ends with the bytes that it asks for.
+    COMMTIMEOUTS patient{};
+    if (SetCommTimeouts(line, &patient) && SetCommState(line, &state_)) {
+        line_ = line;
+        reader_ = CreateThread(nullptr, 0, RunReader, this, 0, nullptr);
+        live_ = reader_ != nullptr;
+    }
+    if (!live_) {
+        line_ = nullptr;
         CloseHandle(line);
-        return false;
     }
-    stop_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    wrote_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    arrived_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    line_ = line;
-    {
-        const Guard queue(queueLock_);
-        lost_ = false;
-    }
-    reader_ = CreateThread(nullptr, 0, RunReader, this, 0, nullptr);
-    if (stop_ == nullptr || wrote_ == nullptr || arrived_ == nullptr || reader_ == nullptr) {
-        CloseLine();
-        return false;
-    }
-    return true;
+    return live_;
 }
 
-// lineLock_ is held. The device is free for others when this returns.
 void SerialPort::CloseLine() {
-    if (reader_ != nullptr) {
-        SetEvent(stop_);
-        {
-            const Guard queue(queueLock_);
-            WakeAllConditionVariable(&changed_);
-        }
-        WaitForSingleObject(reader_, INFINITE);
+    if (line_ == nullptr) {
+        return;
     }
-    for (HANDLE* handle : {&reader_, &stop_, &wrote_, &arrived_, &line_}) {
-        if (*handle != nullptr) {
-            CloseHandle(std::exchange(*handle, nullptr));
-        }
+    CancelIoEx(line_, nullptr);
+    while (live_ || writing_) {
+        Wait(Never);
     }
+    WaitForSingleObject(reader_, INFINITE);
+    CloseHandle(reader_);
+    CloseHandle(std::exchange(line_, nullptr));
 }
 
 void SerialPort::Close() {
-    {
-        const Guard queue(queueLock_);
-        closed_ = true;
-        WakeAllConditionVariable(&changed_);
-    }
-    if (const HANDLE line = line_) {
-        CancelIoEx(line, nullptr);  // a write that is going on
-    }
-    const Guard line(lineLock_);
+    const Guard guard(lock_);
+    closed_ = true;
+    WakeAllConditionVariable(&changed_);
     CloseLine();
 }
 
-// Whether there is a line; one that was lost is tried again, as it was set up. lineLock_ is held.
+// Whether there is a line; one that was lost is tried again.
 bool SerialPort::Ready() {
-    {
-        const Guard queue(queueLock_);
-        if (closed_) {
-            return false;
-        }
-        if (line_ != nullptr && !lost_) {
-            return true;
-        }
+    if (closed_ || live_ || writing_) {
+        return !closed_ && live_;
     }
     CloseLine();
     return OpenLine();
 }
 
+// What the driver says, and whether it says anything. A break is told once.
+bool SerialPort::Check(DWORD& errors, COMSTAT& status) {
+    const bool told = ClearCommError(line_, &errors, &status);
+    broke_ = broke_ || (told && (errors & CE_BREAK) != 0);
+    return told;
+}
+
 DWORD WINAPI SerialPort::RunReader(LPVOID port) {
-    static_cast<SerialPort*>(port)->Receive();
+    auto* const own = static_cast<SerialPort*>(port);
+    const Guard guard(own->lock_);
+    own->Receive();
+    own->live_ = false;
+    WakeAllConditionVariable(&own->changed_);
     return 0;
 }
 
-// Waits for a byte, then takes those that have come with it.
+// Waits for a byte, or takes those that have come, until the line is lost or closed.
 void SerialPort::Receive() {
-    const HANDLE either[] = {stop_, arrived_};
-    BYTE chunk[512];
-    DWORD wanted = 1;
-    for (;;) {
+    char chunk[512];
+    DWORD errors = 0;
+    COMSTAT status{};
+    while (!closed_ && Check(errors, status)) {
+        WakeAllConditionVariable(&changed_);
+        const DWORD wanted = std::clamp<DWORD>(status.cbInQue, 1, sizeof chunk);
+        DWORD got = 0;
         OVERLAPPED pending{};
         pending.hEvent = arrived_;
         ResetEvent(arrived_);
-        DWORD got = 0;
-        bool good = ReadFile(line_, chunk, wanted, nullptr, &pending) || GetLastError() == ERROR_IO_PENDING;
-        if (good) {
-            if (WaitForMultipleObjects(2, either, FALSE, INFINITE) == WAIT_OBJECT_0) {
-                CancelIoEx(line_, &pending);
-                GetOverlappedResult(line_, &pending, &got, TRUE);
-                break;
-            }
-            good = GetOverlappedResult(line_, &pending, &got, FALSE) && got > 0;
+        if (!ReadFile(line_, chunk, wanted, nullptr, &pending) && GetLastError() != ERROR_IO_PENDING) {
+            return;
         }
-        DWORD errors = 0;
-        COMSTAT status{};
-        if (!good || !ClearCommError(line_, &errors, &status)) {
-            const Guard queue(queueLock_);
-            lost_ = true;
-            WakeAllConditionVariable(&changed_);
-            break;
+        ReleaseSRWLockExclusive(&lock_);
+        const bool good = GetOverlappedResult(line_, &pending, &got, TRUE) && got > 0;
+        AcquireSRWLockExclusive(&lock_);
+        if (!good) {
+            return;
         }
-        if (!Take(chunk, got, (errors & CE_BREAK) != 0)) {
-            break;
-        }
-        wanted = std::clamp<DWORD>(status.cbInQue, 1, sizeof chunk);
+        Take({chunk, got});
     }
 }
 
 // Puts bytes into the queue. While it is full they wait, as they would in the driver, unless nobody asks for
-// bytes. False when the reader is to end.
-bool SerialPort::Take(const BYTE* bytes, DWORD count, bool broke) {
-    const Guard queue(queueLock_);
-    broke_ = broke_ || broke;
-    while (count > 0) {
-        const DWORD room = std::min(count, QueueSize - count_);
-        for (DWORD i = 0; i < room; ++i) {
-            queue_[(first_ + count_++) % QueueSize] = bytes[i];
+// bytes.
+void SerialPort::Take(std::string_view bytes) {
+    for (;;) {
+        const std::size_t room = std::min(bytes.size(), QueueSize - queue_.size());
+        queue_.append(bytes.substr(0, room));
+        bytes.remove_prefix(room);
+        lastArrival_ = room > 0 ? Milliseconds() : lastArrival_;
+        if (bytes.empty() || closed_ || (mask_ & EV_RXCHAR) == 0) {
+            return;
         }
-        bytes += room;
-        count -= room;
-        lastArrival_ = Milliseconds();
         WakeAllConditionVariable(&changed_);
-        if (count > 0) {
-            if ((mask_ & EV_RXCHAR) == 0) {
-                return true;
-            }
-            if (WaitForSingleObject(stop_, 0) == WAIT_OBJECT_0) {
-                return false;
-            }
-            SleepConditionVariableSRW(&changed_, &queueLock_, INFINITE, 0);
-        }
+        Wait(Never);
     }
-    WakeAllConditionVariable(&changed_);
-    return true;
 }
 
-// Sleeps until something has changed or the time has come; queueLock_ is held.
+// Sleeps without the lock until something has changed or the time has come.
 void SerialPort::Wait(std::int64_t until) {
     const DWORD time = until == Never
                            ? INFINITE
                            : static_cast<DWORD>(std::clamp<std::int64_t>(until - Milliseconds(), 0, 60000));
-    SleepConditionVariableSRW(&changed_, &queueLock_, time, 0);
-}
-
-// When a read that has got nothing new is over: at once, after so long without a byte, or when it has got
-// all.
-std::int64_t SerialPort::ReadEnd(std::int64_t start) const {
-    const DWORD interval = timeouts_.ReadIntervalTimeout;
-    if (interval == MAXDWORD) {
-        return start;
-    }
-    return interval != 0 && count_ > 0 ? lastArrival_ + interval : Never;
+    SleepConditionVariableSRW(&changed_, &lock_, time, 0);
 }
 
 // Whether the line may have bytes that the reader has not brought yet: on a busy machine it is late.
 bool SerialPort::ReaderIsLate() {
-    if (!TryAcquireSRWLockExclusive(&lineLock_)) {
-        return true;
-    }
     DWORD errors = 0;
     COMSTAT status{};
     // In this order: what leaves the driver's queue has arrived.
-    const bool late = line_ != nullptr && ((ClearCommError(line_, &errors, &status) && status.cbInQue > 0) ||
-                                           WaitForSingleObject(arrived_, 0) == WAIT_OBJECT_0);
-    ReleaseSRWLockExclusive(&lineLock_);
-    const Guard queue(queueLock_);
-    broke_ = broke_ || (errors & CE_BREAK) != 0;
-    return late;
+    return live_ && ((Check(errors, status) && status.cbInQue > 0) ||
+                     WaitForSingleObject(arrived_, 0) == WAIT_OBJECT_0);
 }
 
-BOOL SerialPort::Read(BYTE* buffer, DWORD size, DWORD& read) {
+BOOL SerialPort::Read(void* buffer, DWORD size, DWORD& read) {
     read = 0;
+    const Guard guard(lock_);
     const std::int64_t start = Milliseconds();
     const DWORD wanted = std::min(size, QueueSize - 1);
-    AcquireSRWLockExclusive(&queueLock_);
     const unsigned aborted = readsAborted_;
-    bool over = false;
-    while (!over && count_ < wanted && !closed_ && !lost_ && aborted == readsAborted_) {
-        const std::int64_t end = ReadEnd(start);
-        if (Milliseconds() < end) {
-            Wait(end);
-            continue;
+    while (queue_.size() < wanted && live_ && aborted == readsAborted_) {
+        // It is over at once, after so long without a byte, or when it has got all.
+        const DWORD interval = timeouts_.ReadIntervalTimeout;
+        const std::int64_t end = interval == MAXDWORD               ? start
+                                 : interval != 0 && !queue_.empty() ? lastArrival_ + interval
+                                                                    : Never;
+        const std::int64_t now = Milliseconds();
+        if (now >= end && !ReaderIsLate()) {
+            break;
         }
-        ReleaseSRWLockExclusive(&queueLock_);
-        const bool late = ReaderIsLate();
-        AcquireSRWLockExclusive(&queueLock_);
-        if (late) {
-            Wait(Milliseconds() + 1);
-        } else {
-            over = Milliseconds() >= ReadEnd(start);
-        }
+        Wait(std::max(end, now + 1));
     }
-    const bool good = !closed_ && aborted == readsAborted_ && (!lost_ || count_ > 0);
-    for (; good && read < size && count_ > 0; --count_) {
-        buffer[read++] = queue_[first_];
-        first_ = (first_ + 1) % QueueSize;
+    if (closed_ || aborted != readsAborted_) {
+        return FALSE;
     }
+    read = static_cast<DWORD>(queue_.copy(static_cast<char*>(buffer), size));
+    queue_.erase(0, read);
     WakeAllConditionVariable(&changed_);
-    ReleaseSRWLockExclusive(&queueLock_);
-    return good;
+    return live_ || read > 0;
 }
 
-BOOL SerialPort::Write(const BYTE* bytes, DWORD size, DWORD& written) {
+BOOL SerialPort::Write(const void* bytes, DWORD size, DWORD& written) {
     written = 0;
-    const Guard line(lineLock_);
+    const Guard guard(lock_);
+    while (writing_) {
+        Wait(Never);
+    }
     if (!Ready()) {
         return FALSE;
     }
-    COMMTIMEOUTS timeouts;
-    GetTimeouts(timeouts);
     // The time-out is there for a line that has stopped; a slow line gets the time it needs.
-    const DWORD constant = timeouts.WriteTotalTimeoutConstant, needed = LineTime(state_.BaudRate, size);
-    const DWORD wait = constant == 0 ? INFINITE : constant + needed;
+    const DWORD constant = timeouts_.WriteTotalTimeoutConstant, needed = LineTime(state_.BaudRate, size);
     sentBy_ = std::max(sentBy_, Milliseconds()) + needed;
     OVERLAPPED pending{};
     pending.hEvent = wrote_;
     if (!WriteFile(line_, bytes, size, nullptr, &pending) && GetLastError() != ERROR_IO_PENDING) {
         return FALSE;
     }
-    if (WaitForSingleObject(wrote_, wait) != WAIT_OBJECT_0) {
+    writing_ = true;
+    ReleaseSRWLockExclusive(&lock_);
+    if (WaitForSingleObject(wrote_, constant == 0 ? INFINITE : constant + needed) != WAIT_OBJECT_0) {
         CancelIoEx(line_, &pending);
     }
     GetOverlappedResult(line_, &pending, &written, TRUE);
+    AcquireSRWLockExclusive(&lock_);
+    writing_ = false;
+    WakeAllConditionVariable(&changed_);
     return written > 0 || size == 0;
 }
 
-BOOL SerialPort::SetQueues(DWORD input, DWORD output) {
-    const Guard line(lineLock_);
-    return Ready() && SetupComm(line_, input, output);
-}
-
 BOOL SerialPort::GetState(DCB& state) {
-    const Guard line(lineLock_);
+    const Guard guard(lock_);
     state = state_;
     return Ready();
 }
 
-BOOL SerialPort::SetState(const DCB& state) {
-    const Guard line(lineLock_);
-    if (!Ready()) {
-        return FALSE;
-    }
+BOOL SerialPort::SetState(DCB state) {
+    const Guard guard(lock_);
     const bool dropsRts =
         state_.fRtsControl != RTS_CONTROL_DISABLE && state.fRtsControl == RTS_CONTROL_DISABLE;
-    if (dropsRts || state.BaudRate != state_.BaudRate) {
-        // The reader must get the last bit as it got the first.
-        if (const std::int64_t left = sentBy_ - Milliseconds(); left > 0) {
-            Sleep(static_cast<DWORD>(left));
-        }
+    // The reader must get the last bit as it got the first.
+    while ((dropsRts || state.BaudRate != state_.BaudRate) && Milliseconds() < sentBy_ && !closed_) {
+        Wait(sentBy_);
     }
-    DCB wanted = state;
-    if (!SetCommState(line_, &wanted)) {
+    if (!Ready() || !SetCommState(line_, &state)) {
         return FALSE;
     }
     state_ = state;
@@ -300,7 +249,7 @@ BOOL SerialPort::SetState(const DCB& state) {
 }
 
 BOOL SerialPort::GetTimeouts(COMMTIMEOUTS& timeouts) {
-    const Guard queue(queueLock_);
+    const Guard guard(lock_);
     timeouts = timeouts_;
     return !closed_;
 }
@@ -310,32 +259,29 @@ BOOL SerialPort::SetTimeouts(const COMMTIMEOUTS& timeouts) {
         timeouts.WriteTotalTimeoutMultiplier != 0) {
         return FALSE;
     }
-    const Guard queue(queueLock_);
+    const Guard guard(lock_);
     timeouts_ = timeouts;
     WakeAllConditionVariable(&changed_);
     return !closed_;
 }
 
 BOOL SerialPort::Purge(DWORD flags) {
-    const Guard line(lineLock_);
+    const Guard guard(lock_);
     if (!Ready()) {
         return FALSE;
     }
     // The reader's own read goes on: only what it has brought is cleared.
     PurgeComm(line_, flags & ~DWORD{PURGE_RXABORT});
-    const Guard queue(queueLock_);
-    if (flags & PURGE_RXABORT) {
-        ++readsAborted_;
-    }
-    if (flags & PURGE_RXCLEAR) {
-        count_ = 0;
+    readsAborted_ += (flags & PURGE_RXABORT) != 0 ? 1 : 0;
+    if ((flags & PURGE_RXCLEAR) != 0) {
+        queue_.clear();
     }
     WakeAllConditionVariable(&changed_);
     return TRUE;
 }
 
 BOOL SerialPort::SetMask(DWORD mask) {
-    const Guard queue(queueLock_);
+    const Guard guard(lock_);
     mask_ = mask;
     broke_ = false;
     ++masksSet_;
@@ -345,57 +291,38 @@ BOOL SerialPort::SetMask(DWORD mask) {
 
 BOOL SerialPort::WaitEvent(DWORD& events) {
     events = 0;
-    {
-        const Guard queue(queueLock_);
-        const unsigned masksSet = masksSet_;
-        std::int64_t until = Never;
-        for (;;) {
-            if (closed_) {
-                return FALSE;
-            }
-            if (masksSet_ != masksSet) {
-                return TRUE;
-            }
-            if (broke_ && (mask_ & EV_BREAK) != 0) {
-                events |= EV_BREAK;
-                broke_ = false;
-            }
-            if (count_ > 0 && (mask_ & EV_RXCHAR) != 0) {
-                events |= EV_RXCHAR;
-            }
-            if (events != 0) {
-                return TRUE;
-            }
-            if (lost_ && until == Never) {
-                until = Milliseconds() + UnpluggedPause;
-            }
-            if (lost_ && Milliseconds() >= until) {
-                break;
-            }
-            Wait(until);
+    const Guard guard(lock_);
+    const unsigned masksSet = masksSet_;
+    std::int64_t until = Never;
+    while (!closed_ && masksSet_ == masksSet) {
+        events = (broke_ ? mask_ & EV_BREAK : 0) | (queue_.empty() ? 0 : mask_ & EV_RXCHAR);
+        if (events != 0) {
+            broke_ = broke_ && (events & EV_BREAK) == 0;
+            return TRUE;
         }
+        if (!live_ && Milliseconds() >= until) {
+            return Ready();  // the next wait is on the line that is back
+        }
+        until = live_ ? Never : std::min<std::int64_t>(until, Milliseconds() + UnpluggedPause);
+        Wait(until);
     }
-    // The next wait is on the line that is back.
-    const Guard line(lineLock_);
-    return Ready();
+    return !closed_;
 }
 
 BOOL SerialPort::ClearError(DWORD& errors, COMSTAT& status) {
-    const Guard line(lineLock_);
+    const Guard guard(lock_);
     status = {};
     errors = 0;
     if (!Ready()) {
         return FALSE;
     }
-    ClearCommError(line_, &errors, &status);
-    const Guard queue(queueLock_);
-    broke_ = broke_ || (errors & CE_BREAK) != 0;
-    status.cbInQue += count_;
+    Check(errors, status);
+    status.cbInQue += static_cast<DWORD>(queue_.size());
     return TRUE;
 }
 
 BOOL SerialPort::SetBreak(bool on) {
-    const Guard line(lineLock_);
+    const Guard guard(lock_);
     return Ready() && (on ? SetCommBreak(line_) : ClearCommBreak(line_));
 }
 

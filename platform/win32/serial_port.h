@@ -2,7 +2,6 @@
 // queue alone. No call needs another one's end, and closing wakes whoever waits.
 #pragma once
 
-#include <array>
 #include <memory>
 #include <string>
 
@@ -12,20 +11,20 @@ namespace layer {
 
 class SerialPort {
   public:
-    explicit SerialPort(std::wstring device) : device_(std::move(device)) {}
-    ~SerialPort() { Close(); }
+    explicit SerialPort(std::wstring device);
+    ~SerialPort();
     SerialPort(const SerialPort&) = delete;
     SerialPort& operator=(const SerialPort&) = delete;
 
     // False, with the platform's last error, when the device cannot be opened.
     bool Open();
+    // The device is free for others when this returns.
     void Close();
 
-    BOOL Read(BYTE* buffer, DWORD size, DWORD& read);
-    BOOL Write(const BYTE* bytes, DWORD size, DWORD& written);
-    BOOL SetQueues(DWORD input, DWORD output);
+    BOOL Read(void* buffer, DWORD size, DWORD& read);
+    BOOL Write(const void* bytes, DWORD size, DWORD& written);
     BOOL GetState(DCB& state);
-    BOOL SetState(const DCB& state);
+    BOOL SetState(DCB state);
     BOOL GetTimeouts(COMMTIMEOUTS& timeouts);
     // Read interval and write constant; the others must be 0.
     BOOL SetTimeouts(const COMMTIMEOUTS& timeouts);
@@ -36,36 +35,33 @@ class SerialPort {
     BOOL SetBreak(bool on);
 
   private:
-    static constexpr DWORD QueueSize = 4096 + 512;  // a full read fits, and what a chunk may add
-
     static DWORD WINAPI RunReader(LPVOID port);
+    // All these with the lock held.
     void Receive();
-    bool Take(const BYTE* bytes, DWORD count, bool broke);
+    void Take(std::string_view bytes);
     bool OpenLine();
     void CloseLine();
     bool Ready();
+    bool Check(DWORD& errors, COMSTAT& status);
     bool ReaderIsLate();
-    std::int64_t ReadEnd(std::int64_t start) const;
     void Wait(std::int64_t until);
 
     const std::wstring device_;
+    const HANDLE wrote_;
+    const HANDLE arrived_;  // set from a byte's arrival to the reader's next read
 
-    // Guards the line against being closed under a call; taken before queueLock_.
-    SRWLOCK lineLock_ = SRWLOCK_INIT;
-    HANDLE line_ = nullptr;  // null while unplugged, and once closed
+    SRWLOCK lock_ = SRWLOCK_INIT;  // guards all that follows
+    CONDITION_VARIABLE changed_ = CONDITION_VARIABLE_INIT;
+    HANDLE line_ = nullptr;  // null while unplugged, and once closed; stays while the two next say so
+    bool live_ = false;      // the reader runs
+    bool writing_ = false;
+    bool closed_ = false;
     HANDLE reader_ = nullptr;
-    HANDLE stop_ = nullptr;  // set when the reader is to end
-    HANDLE wrote_ = nullptr;
-    HANDLE arrived_ = nullptr;  // set from a byte's arrival to the reader's next read
     DCB state_{};
     std::int64_t sentBy_ = 0;  // when the last bit of what was written will have left
-
-    SRWLOCK queueLock_ = SRWLOCK_INIT;
-    CONDITION_VARIABLE changed_ = CONDITION_VARIABLE_INIT;
-    std::array<BYTE, QueueSize> queue_{};
-    DWORD first_ = 0, count_ = 0;
+    std::string queue_;
     std::int64_t lastArrival_ = 0;
-    bool broke_ = false, lost_ = false, closed_ = false;
+    bool broke_ = false;
     COMMTIMEOUTS timeouts_{};
     DWORD mask_ = 0;
     unsigned masksSet_ = 0, readsAborted_ = 0;

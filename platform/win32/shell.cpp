@@ -37,7 +37,7 @@ BOOL WINAPI TerminalPlaySoundW(LPCWSTR name, HMODULE module, DWORD flags) {
 
 #undef GetOpenFileNameW
 BOOL WINAPI TerminalGetOpenFileNameW(LPOPENFILENAMEW dialog) {
-    const std::wstring& folder = layer::TerminalFolder();
+    const std::wstring &folder = layer::TerminalFolder(), above = folder + L"\\";
     OPENFILENAMEW wanted = *dialog;
     WCHAR chosen[MAX_PATH] = {};
     lstrcpynW(chosen, dialog->lpstrFile, MAX_PATH);
@@ -52,10 +52,8 @@ BOOL WINAPI TerminalGetOpenFileNameW(LPOPENFILENAMEW dialog) {
     wanted.Flags |= OFN_NOCHANGEDIR;
     while (GetOpenFileNameW(&wanted)) {
         const std::wstring path = chosen;
-        const bool inside =
-            path.size() > folder.size() && path[folder.size()] == L'\\' &&
-            CompareStringOrdinal(path.c_str(), static_cast<int>(folder.size()), folder.c_str(),
-                                 static_cast<int>(folder.size()), TRUE) == CSTR_EQUAL;
+        const bool inside = CompareStringOrdinal(path.substr(0, above.size()).c_str(), -1, above.c_str(), -1,
+                                                 TRUE) == CSTR_EQUAL;
         const std::wstring own = inside ? path.substr(folder.size()) : std::wstring();
         if (inside && own.size() < dialog->nMaxFile) {
             lstrcpyW(dialog->lpstrFile, own.c_str());

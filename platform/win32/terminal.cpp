@@ -13,11 +13,6 @@ namespace layer {
 
 namespace {
 
-struct Terminal {
-    std::wstring Folder;
-    std::uint64_t Identity = 0;
-};
-
 // Waits and time-outs are counted in milliseconds, not in the 15.6 of the platform's ordinary clock.
 const struct FineClock {
     FineClock() { timeBeginPeriod(1); }
@@ -32,11 +27,6 @@ std::wstring FullPath(const std::wstring& path) {
         result.pop_back();
     }
     return result;
-}
-
-std::uint64_t Identify(std::wstring folder) {
-    CharLowerBuffW(folder.data(), static_cast<DWORD>(folder.size()));
-    return IdentityOf(folder.data(), folder.size() * sizeof(WCHAR));
 }
 
 void WriteSound(const std::wstring& folder, LPCWSTR name) {
@@ -67,32 +57,29 @@ void InstallSounds(const std::wstring& folder) {
     MoveFileW(unfinished.c_str(), folder.c_str());
 }
 
-Terminal OpenTerminal() {
-    std::wstring folder = Variable(L"VANTREL_TERMINAL");
-    if (folder.empty()) {
-        folder = Variable(L"LOCALAPPDATA") + L"\\vantrel\\terminal";
-    }
-    Terminal terminal;
-    terminal.Folder = FullPath(folder);
-    terminal.Identity = Identify(terminal.Folder);
-    SHCreateDirectoryExW(nullptr, (terminal.Folder + L"\\DiskOnChip").c_str(), nullptr);
-    InstallSounds(terminal.Folder + L"\\Windows");
-    return terminal;
-}
-
-const Terminal& Current() {
-    static const Terminal terminal = OpenTerminal();
-    return terminal;
+std::wstring OpenTerminal() {
+    const std::wstring wanted = Variable(L"VANTREL_TERMINAL");
+    const std::wstring folder =
+        FullPath(wanted.empty() ? Variable(L"LOCALAPPDATA") + L"\\vantrel\\terminal" : wanted);
+    SHCreateDirectoryExW(nullptr, (folder + L"\\DiskOnChip").c_str(), nullptr);
+    InstallSounds(folder + L"\\Windows");
+    return folder;
 }
 
 }  // namespace
 
 const std::wstring& TerminalFolder() {
-    return Current().Folder;
+    static const std::wstring folder = OpenTerminal();
+    return folder;
 }
 
 std::uint64_t TerminalIdentity() {
-    return Current().Identity;
+    static const std::uint64_t identity = [] {
+        std::wstring folder = TerminalFolder();
+        CharLowerBuffW(folder.data(), static_cast<DWORD>(folder.size()));
+        return IdentityOf(folder.data(), folder.size() * sizeof(WCHAR));
+    }();
+    return identity;
 }
 
 std::wstring SharedName(LPCWSTR name) {

@@ -2,6 +2,7 @@
 enable_language(RC)
 
 vantrel_library(vantrel_platform
+  serial_calls.cpp
   win32/files.cpp
   win32/kernel.cpp
   win32/keyboard.cpp

@@ -2,6 +2,7 @@
 // queue, an event and broadcasts.
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
+#include "tests/e2e/wine_screen.h"
 
 namespace {
 
@@ -42,6 +43,9 @@ TEST_P(MainJob, LabelsArriveOnEveryChannel) {
         ASSERT_TRUE(copy);
         EXPECT_NE(copy->find("{\"channel\":\"copydata\"," + record), std::string::npos) << *copy;
         EXPECT_EQ(messages->ReadLine(), "{\"channel\":\"decode\",\"source\":7}");
+    }
+    if (OnWine()) {
+        EXPECT_EQ(WineSession::Current().Ask("sender"), std::vector<std::string>{"sender main"});
     }
     // By the program for the key itself: under Wine it was the hands that pulled the trigger above.
     ASSERT_TRUE(WaitUntilReady());

@@ -2,6 +2,7 @@
 // comes of it on the reader's wire, in the file and in the next scan.
 #include <X11/keysym.h>
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -131,6 +132,12 @@ TEST_P(SettingsFromIcon, ChangesReachTheReaderTheFileAndTheNextScan) {
         Press({XK_s});
     }
     ASSERT_TRUE(SettingsOpen());
+    for (const ScreenWindow& window : Desktop.Windows()) {
+        if (OnWine() && window.Title == SheetTitle && window.Width > Desktop.MainWidth()) {
+            using testing::AllOf, testing::Contains, testing::HasSubstr, testing::Not;
+            EXPECT_THAT(Desktop.TextsOf(window), AllOf(Contains("OK"), Not(Contains(HasSubstr("pply")))));
+        }
+    }
     Wire->Forget();
     Trigger({"press", "200"});
     EXPECT_FALSE(Wire->Saw("event decoding on", 500)) << "the readers are on while the settings are open";

@@ -33,6 +33,7 @@ vantrel_library(vantrel_platform_serial
   linux/serial/tty_line.cpp
   linux/serial/tty_transfer.cpp
   linux/serial/wire_trace.cpp
+  serial_calls.cpp
   linux/keyboard/us_keyboard.cpp
   linux/keyboard/wayland_connection.cpp)
 # Keyboards name their own parts alike.

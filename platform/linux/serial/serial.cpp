@@ -1,6 +1,4 @@
-// The platform's serial calls: each finds the port of its handle and hands over.
-#include "platform/serial.h"
-
+// Where ports come from.
 #include <mutex>
 #include <utility>
 
@@ -12,13 +10,6 @@ namespace {
 
 std::mutex openerMutex;
 SerialOpener installedOpener;
-
-template <class Work>
-BOOL WithPort(HANDLE handle, Work work) {
-    ParkAtEnd();
-    const auto port = FindObjectAs<SerialPort>(handle);
-    return port && work(*port);
-}
 
 }  // namespace
 
@@ -36,48 +27,9 @@ void InstallSerialOpener(SerialOpener opener) {
     installedOpener = std::move(opener);
 }
 
+std::shared_ptr<SerialPort> FindPort(HANDLE handle) {
+    ParkAtEnd();
+    return FindObjectAs<SerialPort>(handle);
+}
+
 }  // namespace layer
-
-BOOL SetupComm(HANDLE port, DWORD, DWORD) {
-    return layer::WithPort(port, [](auto&) { return TRUE; });
-}
-
-BOOL GetCommState(HANDLE port, DCB* state) {
-    return layer::WithPort(port, [&](auto& found) { return found.GetState(*state); });
-}
-
-BOOL SetCommState(HANDLE port, DCB* state) {
-    return layer::WithPort(port, [&](auto& found) { return found.SetState(*state); });
-}
-
-BOOL GetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
-    return layer::WithPort(port, [&](auto& found) { return found.GetTimeouts(*timeouts); });
-}
-
-BOOL SetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
-    return layer::WithPort(port, [&](auto& found) { return found.SetTimeouts(*timeouts); });
-}
-
-BOOL PurgeComm(HANDLE port, DWORD flags) {
-    return layer::WithPort(port, [&](auto& found) { return found.Purge(flags); });
-}
-
-BOOL SetCommMask(HANDLE port, DWORD mask) {
-    return layer::WithPort(port, [&](auto& found) { return found.SetMask(mask); });
-}
-
-BOOL WaitCommEvent(HANDLE port, LPDWORD events, LPOVERLAPPED) {
-    return layer::WithPort(port, [&](auto& found) { return found.WaitEvent(*events); });
-}
-
-BOOL ClearCommError(HANDLE port, LPDWORD errors, COMSTAT* status) {
-    return layer::WithPort(port, [&](auto& found) { return found.ClearError(*errors, *status); });
-}
-
-BOOL SetCommBreak(HANDLE port) {
-    return layer::WithPort(port, [&](auto& found) { return found.SetBreak(true); });
-}
-
-BOOL ClearCommBreak(HANDLE port) {
-    return layer::WithPort(port, [&](auto& found) { return found.SetBreak(false); });
-}

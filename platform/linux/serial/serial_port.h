@@ -30,5 +30,7 @@ std::shared_ptr<SerialPort> OpenTty(const std::string& name);
 // The one place that chooses: OpenTty, or what a test has installed (null: OpenTty again).
 std::shared_ptr<SerialPort> OpenSerialPort(const std::string& name);
 void InstallSerialOpener(SerialOpener opener);
+// The port of a handle; null when it has none.
+std::shared_ptr<SerialPort> FindPort(HANDLE handle);
 
 }  // namespace layer

@@ -10,11 +10,12 @@
 //   front [WINDOW] brings the note window, or another one, to the front
 //   foreground     "foreground ID" of the window in front
 //   windows        a line per visible top-level window, the lowest first: "window ID X Y WIDTH HEIGHT TITLE"
-//   text WINDOW    "text" and a line for each line of a message box, an editor, or a window's own text
+//   text WINDOW    "text" and a line for each line of the parts of a window that can be seen
 //   press KEY...   presses virtual keys (decimal), all down in order and up again
 //   click X Y      taps the screen
 //   keys           "keys up" when none is down and no lock is on, else "keys down"
 //   close          asks the main window to close, as the end of a session does
+//   sender         "sender main" when the last WM_COPYDATA came from the main window, else "sender other"
 //   hold FILE      opens the file and lets nobody else
 //   shared         "shared N": how many of the terminal's shared objects exist
 //   quit
@@ -35,6 +36,7 @@
 namespace {
 
 HWND Note;
+HWND Sender;
 std::string Terminal;
 constexpr UINT ComeForward = WM_APP, HandOver = WM_APP + 1;
 
@@ -53,6 +55,9 @@ LRESULT CALLBACK NoteProc(HWND window, UINT message, WPARAM wParam, LPARAM lPara
     } else if (message == ComeForward) {
         // Only a window's own thread may hand the foreground on without being asked back.
         SetForegroundWindow(reinterpret_cast<HWND>(wParam));
+    } else if (message == WM_COPYDATA) {
+        Sender = reinterpret_cast<HWND>(wParam);
+        return TRUE;
     } else {
         return DefWindowProcW(window, message, wParam, lParam);
     }
@@ -85,18 +90,18 @@ HWND WindowOf(const std::string& argument) {
 }
 
 void SayText(const std::string& argument) {
-    constexpr int MessageText = 0xFFFF;
-    const HWND window = WindowOf(argument);
-    wchar_t text[4096] = {};
-    HWND source = GetDlgItem(window, MessageText);
-    source = source != nullptr ? source : FindWindowExW(window, nullptr, L"Edit", nullptr);
-    SendMessageTimeoutW(source != nullptr ? source : window, WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text),
-                        SMTO_ABORTIFHUNG, 2000, nullptr);
-    std::string line = "text ";
-    for (const char letter : ToUtf8(text)) {
-        line += letter == '\n' ? "\ntext " : std::string(letter != '\r', letter);
+    std::vector<HWND> parts;
+    EnumChildWindows(WindowOf(argument), AddVisible, reinterpret_cast<LPARAM>(&parts));
+    for (const HWND part : parts) {
+        wchar_t text[4096] = {};
+        SendMessageTimeoutW(part, WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text), SMTO_ABORTIFHUNG, 2000,
+                            nullptr);
+        std::string line = "text ";
+        for (const char letter : ToUtf8(text)) {
+            line += letter == '\n' ? "\ntext " : std::string(letter != '\r', letter);
+        }
+        std::puts(line.c_str());
     }
-    std::puts(line.c_str());
 }
 
 void PressKeys(const std::string& keys) {
@@ -208,6 +213,8 @@ const std::map<std::string, void (*)(const std::string&)> Commands = {
     {"click", Click},
     {"keys", SayKeys},
     {"close", [](const std::string&) { PostMessageW(MainWindow(), WM_CLOSE, 0, 0); }},
+    {"sender",
+     [](const std::string&) { std::puts(Sender == MainWindow() ? "sender main" : "sender other"); }},
     {"hold",
      [](const std::string& file) {
          CreateFileA(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
