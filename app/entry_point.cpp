@@ -211,11 +211,11 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE, LPSTR commandLine, int showCom
     InitCommonControlsEx(&controls);
     AddTrayIcon(window);
     ShellState.StateImages = LoadStateImages(instance);
-    if (!ShellState.StateImages) {
-        return failed;
-    }
-    HANDLE thread = CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr);
+    HANDLE thread =
+        ShellState.StateImages ? CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr) : nullptr;
     if (!thread) {
+        Log(LogPriority::Error, TEXT("the program cannot start: %s"),
+            ShellState.StateImages ? TEXT("no thread") : TEXT("no pictures for the settings"));
         return failed;
     }
     CloseHandle(thread);
