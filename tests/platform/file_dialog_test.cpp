@@ -9,8 +9,9 @@
 #include <QToolButton>
 #include <filesystem>
 
+#include "firmware/upgrade.h"
+#include "platform/linux/kernel/terminal.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/shell.h"
 #include "tests/platform/window_fixture.h"
 
 namespace {
@@ -30,18 +31,11 @@ class FileDialogTest : public ControlsTest {
 
     // Opens the dialog, and lets the user act once it waits. Empty: cancelled.
     std::string Ask(std::function<void()> user) {
-        std::fill(std::begin(path_), std::end(path_), u'\0');
-        wanted_.lStructSize = sizeof wanted_;
-        wanted_.hwndOwner = window_;
-        wanted_.lpstrFilter = u"SHX Files (*.SHX)\0*.SHX\0All Files (*.*)\0*.*\0";
-        wanted_.nFilterIndex = 1;
-        wanted_.lpstrFile = path_;
-        wanted_.nMaxFile = room_;
-        wanted_.lpstrInitialDir = start_;
-        wanted_.lpstrDefExt = u"SHX";
-        wanted_.Flags = OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
+        std::array<WCHAR, FirmwarePathSize> folder{}, name{};
         Then(std::move(user));
-        return GetOpenFileNameW(&wanted_) ? QString::fromUtf16(path_).toStdString() : "";
+        return SelectFirmwareFile(window_, folder, name) == 0
+                   ? ""
+                   : layer::ToUtf8(folder.data()) + "\\" + layer::ToUtf8(name.data());
     }
     // Types a name and presses Enter; cancels when the dialog stays.
     std::string Typing(const char* name) {
@@ -60,14 +54,7 @@ class FileDialogTest : public ControlsTest {
         }
         return nullptr;
     }
-    static QLineEdit* Name() {
-        for (auto* edit : Window()->findChildren<QLineEdit*>()) {
-            if (!edit->isReadOnly()) {
-                return edit;
-            }
-        }
-        return nullptr;
-    }
+    static QLineEdit* Name() { return Window()->findChildren<QLineEdit*>().last(); }
     static QListWidget* List() { return Window()->findChild<QListWidget*>(); }
     static std::string Listed() {
         std::string names;
@@ -76,21 +63,15 @@ class FileDialogTest : public ControlsTest {
         }
         return names;
     }
-    static void Press(const char* text) {
-        for (auto* button : Window()->findChildren<QPushButton*>()) {
-            if (button->text().remove(u'&') == text) {
+    // By its text, or what is said of it.
+    static void Press(const char* name) {
+        for (auto* button : Window()->findChildren<QAbstractButton*>()) {
+            if (button->text().remove(u'&') == name || button->toolTip() == name) {
                 QTest::mouseClick(button, Qt::LeftButton);
                 return;
             }
         }
-        FAIL() << "no button " << text;
-    }
-    static void GoUp() {
-        for (auto* button : Window()->findChildren<QToolButton*>()) {
-            if (button->toolTip() == "Up one folder") {
-                QTest::mouseClick(button, Qt::LeftButton);
-            }
-        }
+        FAIL() << "no button " << name;
     }
     static void Cancel() {
         if (Window() != nullptr) {
@@ -102,11 +83,6 @@ class FileDialogTest : public ControlsTest {
         ASSERT_NE(item, nullptr) << name;
         QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, List()->visualItemRect(item).center());
     }
-
-    OPENFILENAMEW wanted_ = {};
-    WCHAR path_[260] = {};
-    DWORD room_ = 260;
-    LPCWSTR start_ = u"\\DiskOnChip\\";
 };
 
 TEST_F(FileDialogTest, AFileIsChosenByHand) {
@@ -115,7 +91,7 @@ TEST_F(FileDialogTest, AFileIsChosenByHand) {
                   Choose("sub");
                   Press("OK");
                   EXPECT_EQ(Listed(), "deep.SHX ");
-                  GoUp();
+                  Press("Up one folder");
                   Window()->findChild<QComboBox*>()->setCurrentIndex(1);
                   EXPECT_EQ(Listed(), "sub b.shx DECODER.SHX notes.txt plain ");
                   Choose("notes.txt");
@@ -131,10 +107,10 @@ TEST_F(FileDialogTest, AFileIsChosenByHand) {
 }
 
 TEST_F(FileDialogTest, OfTheRootTheFoldersAreListed) {
-    start_ = u"\\Nowhere";
-    std::filesystem::create_directories(terminal_.Path("windows"));
+    std::filesystem::remove_all(terminal_.Path("DiskOnChip"));
+    std::filesystem::create_directories(terminal_.Path("Another"));
     Ask([] {
-        EXPECT_EQ(Listed(), "DiskOnChip Windows ");
+        EXPECT_EQ(Listed(), "Another Windows ");
         Cancel();
     });
 }
@@ -164,8 +140,6 @@ TEST_F(FileDialogTest, NothingTypedLeadsOutOfTheTerminal) {
     }
     const std::string longName(250, 'x');
     EXPECT_EQ(Typing(longName.c_str()), "");
-    room_ = 10;
-    EXPECT_EQ(Typing("b.shx"), "");
 }
 
 TEST_F(FileDialogTest, EveryWayOutEndsIt) {

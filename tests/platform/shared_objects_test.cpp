@@ -2,15 +2,19 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <mqueue.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <csignal>
+#include <functional>
 
 #include "platform/kernel.h"
 #include "platform/linux/kernel/terminal.h"
-#include "tests/support/child_process.h"
+#include "platform/linux/kernel/thread.h"
 #include "tests/support/temporary_terminal.h"
 
 namespace {
@@ -31,60 +35,103 @@ class SharedObjects : public testing::Test {
     }
 };
 
-class Program : public ChildProcess {
-  public:
-    Program() : ChildProcess({KERNEL_CHILD}) {}
-    std::string Ask(const std::string& command) {
-        WriteLine(command);
-        return ReadLine().value_or("no answer");
+// This program's ends of the event and the queue.
+struct Objects {
+    const HANDLE Event = CreateEventW(nullptr, FALSE, FALSE, TEXT("TestEvent"));
+    const HANDLE Reader = Queue(TRUE), Writer = Queue(FALSE);
+
+    ~Objects() { EXPECT_TRUE(CloseHandle(Event) && CloseMsgQueue(Reader) && CloseMsgQueue(Writer)); }
+    static HANDLE Queue(BOOL reads) {
+        MSGQUEUEOPTIONS options{sizeof options, 0, 1, 4232, reads};
+        return CreateMsgQueue(TEXT("TestQueue"), &options);
     }
-    void Open() {
-        EXPECT_EQ(Ask("event"), "ok");
-        EXPECT_EQ(Ask("queue"), "ok");
+    bool Set() const { return EventModify(Event, EVENT_SET); }
+    bool IsSet() const { return WaitForSingleObject(Event, 0) == WAIT_OBJECT_0; }
+    bool Put(const std::string& text) const {
+        std::array<char, 4232> record{};
+        text.copy(record.data(), record.size());
+        return WriteMsgQueue(Writer, record.data(), record.size(), 0, 0);
     }
-    void End() {
-        WriteLine("end");
-        EXPECT_EQ(Wait(), 0);
+    std::string Take() const {
+        std::array<char, 4232> record{};
+        DWORD size = 0, flags = 1;
+        const BOOL read = ReadMsgQueue(Reader, record.data(), record.size(), &size, 0, &flags);
+        return read && size == record.size() && flags == 0 ? record.data() : "nothing";
     }
 };
 
-TEST_F(SharedObjects, TheLastUserTakesTheNamesAway) {
-    Program stays;
-    stays.Open();
-    for (int start = 0; start < 3; ++start) {
-        Program comes;
-        comes.Open();
-        EXPECT_EQ(comes.Ask("write record"), "ok");
-        EXPECT_EQ(comes.Ask("write another"), "failed") << "room for one";
-        EXPECT_EQ(comes.Ask("set"), "ok");
-        EXPECT_EQ(comes.Ask("set"), "ok");
-        comes.End();
-        EXPECT_EQ(stays.Ask("wait 0"), "set") << start;
-        EXPECT_EQ(stays.Ask("wait 0"), "timeout") << "an event counts nothing";
-        EXPECT_EQ(stays.Ask("read 0"), "record") << start;
+// Another program of the terminal. Make it before this one uses what it shares with others.
+class Program {
+  public:
+    explicit Program(const std::function<bool()>& work) {
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends_), 0);
+        id_ = fork();
+        if (id_ == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            layer::SetMainThread();
+            for (char byte = 0; read(ends_[1], &byte, 1) == 1 && byte != 'e';) {
+                byte = work() ? 'y' : 'n';
+                static_cast<void>(write(ends_[1], &byte, 1) == 1);
+            }
+            layer::BeginEnd();
+            _exit(0);
+        }
     }
-    EXPECT_TRUE(EventExists());
-    EXPECT_TRUE(QueueExists());
-    stays.End();
-    EXPECT_FALSE(EventExists());
-    EXPECT_FALSE(QueueExists());
+    ~Program() {
+        close(ends_[0]);
+        close(ends_[1]);
+    }
+    // Whether it could do its work.
+    bool Works() {
+        char byte = 'w';
+        return write(ends_[0], &byte, 1) == 1 && read(ends_[0], &byte, 1) == 1 && byte == 'y';
+    }
+    void End() { EXPECT_TRUE(write(ends_[0], "e", 1) == 1 && Status() == 0); }
+    void Kill() { EXPECT_TRUE(kill(id_, SIGKILL) == 0 && Status() == SIGKILL); }
+
+  private:
+    int Status() const {
+        int status = -1;
+        waitpid(id_, &status, 0);
+        return status;
+    }
+    int ends_[2];
+    pid_t id_;
+};
+
+TEST_F(SharedObjects, TheLastUserTakesTheNamesAway) {
+    const auto work = [] {
+        const auto& objects = *new Objects;
+        return objects.Put("record") && !objects.Put("no room for two") && objects.Set() && objects.Set();
+    };
+    Program programs[] = {Program(work), Program(work), Program(work)};
+    {
+        const Objects stays;
+        for (Program& comes : programs) {
+            EXPECT_TRUE(comes.Works());
+            comes.End();
+            EXPECT_TRUE(stays.IsSet());
+            EXPECT_FALSE(stays.IsSet()) << "an event counts nothing";
+            EXPECT_EQ(stays.Take(), "record");
+        }
+        EXPECT_TRUE(EventExists() && QueueExists());
+    }
+    EXPECT_FALSE(EventExists() || QueueExists());
 }
 
 TEST_F(SharedObjects, AfterAKillTheNextStartBeginsAnew) {
     for (int start = 0; start < 3; ++start) {
-        Program killed;
-        killed.Open();
-        EXPECT_EQ(killed.Ask("wait 0"), "timeout");
-        EXPECT_EQ(killed.Ask("read 0"), "nothing");
-        EXPECT_EQ(killed.Ask("write stale"), "ok");
-        EXPECT_EQ(killed.Ask("set"), "ok");
-        killed.Signal(SIGKILL);
-        EXPECT_EQ(killed.Wait(), 128 + SIGKILL);
+        Program killed([] {
+            const auto& objects = *new Objects;
+            return !objects.IsSet() && objects.Take() == "nothing" && objects.Put("stale") && objects.Set();
+        });
+        EXPECT_TRUE(killed.Works()) << start;
+        killed.Kill();
     }
     EXPECT_TRUE(EventExists());
     // One that uses only the event clears the queue away as well.
-    Program next;
-    EXPECT_EQ(next.Ask("event"), "ok");
+    Program next([] { return CreateEventW(nullptr, FALSE, FALSE, TEXT("TestEvent")) != nullptr; });
+    EXPECT_TRUE(next.Works());
     EXPECT_FALSE(QueueExists());
     next.End();
     EXPECT_FALSE(EventExists());
@@ -99,16 +146,14 @@ TEST_F(SharedObjects, WhatIsBrokenIsReplaced) {
     WriteWholeFile(EventFile, "short");
     chmod(EventFile.c_str(), 0600);
     WriteWholeFile(Terminal.Path("shared-objects"), std::string("event /../../etc\nqueue\n\0\xFF junk", 30));
-    Program system;
-    system.Open();
-    EXPECT_EQ(system.Ask("write record"), "ok");
-    EXPECT_TRUE(mq_getattr(foreign, &attributes) == 0 && attributes.mq_curmsgs == 0);
-    EXPECT_EQ(system.Ask("read 0"), "record");
-    EXPECT_EQ(system.Ask("set"), "ok");
-    EXPECT_EQ(system.Ask("wait 0"), "set");
-    system.End();
-    EXPECT_FALSE(EventExists());
-    EXPECT_FALSE(QueueExists());
+    {
+        const Objects objects;
+        EXPECT_TRUE(objects.Put("record") && objects.Set());
+        EXPECT_TRUE(mq_getattr(foreign, &attributes) == 0 && attributes.mq_curmsgs == 0);
+        EXPECT_EQ(objects.Take(), "record");
+        EXPECT_TRUE(objects.IsSet());
+    }
+    EXPECT_FALSE(EventExists() || QueueExists());
     mq_close(foreign);
 }
 
@@ -131,9 +176,8 @@ TEST_F(SharedObjects, WhatIsOpenToOthersIsRefusedWithAMessage) {
         ASSERT_EQ(chmod(EventFile.c_str(), each.Mode) |
                       chown(EventFile.c_str(), each.Owner, static_cast<gid_t>(-1)),
                   0);
-        MSGQUEUEOPTIONS options{sizeof options, 0, 1, 4232, TRUE};
         testing::internal::CaptureStderr();
-        EXPECT_EQ(CreateMsgQueue(TEXT("TestQueue"), &options), nullptr) << each.Mode;
+        EXPECT_EQ(Objects::Queue(TRUE), nullptr) << each.Mode;
         EXPECT_EQ(CreateEventW(nullptr, FALSE, FALSE, TEXT("TestEvent")), nullptr) << each.Mode;
         const std::string said = testing::internal::GetCapturedStderr();
         EXPECT_NE(said.find("queue " + QueueName + " belongs to another user"), said.npos);
@@ -144,9 +188,17 @@ TEST_F(SharedObjects, WhatIsOpenToOthersIsRefusedWithAMessage) {
     }
 }
 
+// However hard another thread holds it on.
 TEST_F(SharedObjects, TheVibratorIsOffAtTheEnd) {
-    Program system;
-    EXPECT_EQ(system.Ask("vibrate"), "ok");
+    Program system([] {
+        const auto vibrate = [](LPVOID) -> DWORD {
+            for (DWORD on = 1;;) {
+                KernelIoControl(0x24321015, &on, sizeof on, nullptr, 0, nullptr);
+            }
+        };
+        return CreateThread(nullptr, 0, vibrate, nullptr, 0, nullptr) != nullptr;
+    });
+    EXPECT_TRUE(system.Works());
     while (ReadWholeFile(Terminal.Path("VIBRATOR")) != "1") {
     }
     system.End();

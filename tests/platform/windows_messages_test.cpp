@@ -183,21 +183,17 @@ TEST_F(MessagesTest, ADestroyedWindowTakesTheWindowsItOwnsAlong) {
 
 // The main window is shown without taking the focus, so that a start in the background stays there.
 TEST_F(MessagesTest, AWindowIsInFrontOnlyOnceItIsBroughtThere) {
-    ShowWindow(window_, SW_SHOWNORMAL);
-    layer::PumpMessages();
-    EXPECT_EQ(GetForegroundWindow(), nullptr);
-    SetWindowPos(window_, HWND_TOP, 1, 2, 30, 40, SWP_NOACTIVATE | SWP_SHOWWINDOW);
-    layer::PumpMessages();
-    EXPECT_EQ(GetForegroundWindow(), nullptr);
-    SetWindowPos(window_, nullptr, 0, 0, 50, 60, SWP_NOMOVE | SWP_NOZORDER);
-    layer::PumpMessages();
-    EXPECT_EQ(GetForegroundWindow(), window_);
-    ShowWindow(window_, SW_HIDE);
-    layer::PumpMessages();
-    EXPECT_EQ(GetForegroundWindow(), nullptr);
-    ShowWindow(window_, SW_SHOWNORMAL);
-    layer::PumpMessages();
-    EXPECT_EQ(GetForegroundWindow(), nullptr);
+    const std::pair<std::function<void()>, HWND> steps[] = {
+        {[this] { ShowWindow(window_, SW_SHOWNORMAL); }, nullptr},
+        {[this] { SetWindowPos(window_, HWND_TOP, 1, 2, 30, 40, SWP_NOACTIVATE | SWP_SHOWWINDOW); }, nullptr},
+        {[this] { SetWindowPos(window_, nullptr, 0, 0, 50, 60, SWP_NOMOVE | SWP_NOZORDER); }, window_},
+        {[this] { ShowWindow(window_, SW_HIDE); }, nullptr},
+        {[this] { ShowWindow(window_, SW_SHOWNORMAL); }, nullptr}};
+    for (const auto& [step, front] : steps) {
+        step();
+        layer::PumpMessages();
+        EXPECT_EQ(GetForegroundWindow(), front);
+    }
 }
 
 }  // namespace

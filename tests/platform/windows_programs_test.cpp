@@ -6,9 +6,10 @@
 #include <sys/un.h>
 
 #include <atomic>
-#include <csignal>
+#include <deque>
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <thread>
 
 #include "platform/linux/kernel/terminal.h"
@@ -50,6 +51,7 @@ class Caller {
             connection_.Socket = layer::ConnectTo(program);
         }
     }
+    explicit Caller(layer::Descriptor connected) { connection_.Socket = std::move(connected); }
     void Send(const std::string& text) {
         connection_.Out += text;
         connection_.Flush();
@@ -75,6 +77,60 @@ class Caller {
 
   private:
     layer::LineConnection connection_;
+};
+
+// Another program, as one that is written in another language. Its socket stays, as that of one that was
+// killed.
+class Program {
+  public:
+    explicit Program(const std::string& name, std::string answer = "{\"window\":77,\"result\":42}\n")
+        : socket_(layer::ListenAs(name)), answer_(std::move(answer)), thread_([this] { Serve(); }) {}
+    ~Program() {
+        gone_ = true;
+        thread_.join();
+    }
+    // The next line that it has got, or "nothing".
+    std::string Next(std::chrono::milliseconds longest = 3000ms) {
+        const auto until = std::chrono::steady_clock::now() + longest;
+        do {
+            const std::scoped_lock lock(mutex_);
+            if (!lines_.empty()) {
+                const std::string line = lines_.front();
+                lines_.pop_front();
+                return line;
+            }
+        } while (std::this_thread::sleep_for(1ms), std::chrono::steady_clock::now() < until);
+        return "nothing";
+    }
+    std::atomic<bool> Hangs{false};
+
+  private:
+    void Serve() {
+        while (!gone_) {
+            pollfd waiting{socket_.Number(), POLLIN, 0};
+            if (poll(&waiting, 1, 5) <= 0) {
+                continue;
+            }
+            const layer::Descriptor caller(accept(socket_.Number(), nullptr, nullptr));
+            std::string line;
+            for (char byte = 0; recv(caller.Number(), &byte, 1, 0) == 1 && byte != '\n';) {
+                line += byte;
+            }
+            while (Hangs) {
+                std::this_thread::sleep_for(1ms);
+            }
+            const std::scoped_lock lock(mutex_);
+            lines_.push_back(line);
+            send(caller.Number(), answer_.data(), answer_.size(), MSG_NOSIGNAL);
+        }
+    }
+
+    const layer::Descriptor socket_;
+    const std::string answer_;
+    std::mutex mutex_;
+    std::deque<std::string> lines_;
+    std::atomic<bool> gone_{false};
+    std::thread thread_;
 };
 
 class ProgramsTest : public WindowTest {
@@ -108,22 +164,13 @@ class ProgramsTest : public WindowTest {
     UINT ping_ = 0;
 };
 
-std::string ChildName(const ChildProcess& child) {
-    for (const std::string& program : layer::ListPrograms()) {
-        if (program.starts_with(std::to_string(child.Id()) + "-")) {
-            return program;
-        }
-    }
-    return {};
-}
-
 TEST_F(ProgramsTest, LinesFromOutside) {
     const std::string window = std::to_string(reinterpret_cast<std::uintptr_t>(window_));
     const struct {
         const char* What;
         std::string Line;
         const char* Answer;
-        const char* Received;
+        std::string Received;
     } cases[] = {
         {"by class and title", R"({"find":{"class":"testwindow","title":"test"}})", "\"window\":", ""},
         {"another title", R"({"find":{"class":"TestWindow","title":"Test"}})", R"("window":0)", ""},
@@ -134,6 +181,8 @@ TEST_F(ProgramsTest, LinesFromOutside) {
         {"a name that nobody registered here", R"({"message":"WM_NEVER"})", R"("result":0)", ""},
         {"bytes", R"({"message":"WM_COPYDATA","number":12,"data":"aGVsbG8="})", R"("result":9)",
          "data 12 hello"},
+        {"bytes for a registered number", R"({"message":"WM_COPYDATA","number":12,"name":"TEST_PING"})",
+         R"("result":9)", "data " + std::to_string(ping_) + " "},
         {"no bytes", R"({"message":"WM_COPYDATA"})", R"("result":9)", "data 0 "},
         {"the settings", R"({"message":1028,"class":"TestWindow","title":"test"})", R"("result":11)",
          "1028 0 0"},
@@ -153,8 +202,7 @@ TEST_F(ProgramsTest, LinesFromOutside) {
         Caller caller(layer::OwnProgram());
         caller.Send(test.Line + "\n");
         EXPECT_THAT(caller.Next(), HasSubstr(test.Answer));
-        EXPECT_EQ(Received,
-                  *test.Received ? std::vector<std::string>{test.Received} : std::vector<std::string>{});
+        EXPECT_EQ(Received, std::vector(test.Received.empty() ? 0 : 1, test.Received));
     }
 }
 
@@ -191,113 +239,81 @@ TEST_F(ProgramsTest, LinesInPiecesTooLongOrTooMany) {
 
 // A program that cannot take a caller at one moment takes it at a later one, and is not deaf from then on.
 TEST_F(ProgramsTest, ACallerWaitsWhileThereAreNoDescriptors) {
-    const std::string line = R"({"message":"TEST_PING"})"
-                             "\n";
-    {
-        Caller first(layer::OwnProgram());  // whoever answers is running
-        first.Send(line);
-        EXPECT_EQ(first.Next(), R"({"result":11})");
-    }
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    ASSERT_LT(Windows(layer::OwnProgram()).copy(address.sun_path, sizeof address.sun_path - 1),
-              sizeof address.sun_path - 1);
-    const layer::Descriptor early(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const auto ask = [](Caller& caller, std::chrono::milliseconds longest) {
+        caller.Send("{\"message\":\"TEST_PING\"}\n");
+        return caller.Next(longest);
+    };
+    Caller first(layer::OwnProgram());  // whoever answers is running
+    EXPECT_EQ(ask(first, 3000ms), R"({"result":11})");
+    sockaddr_un address{AF_UNIX, {}};
+    Windows(layer::OwnProgram()).copy(address.sun_path, sizeof address.sun_path - 1);
+    layer::Descriptor last(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     rlimit usual{};
     getrlimit(RLIMIT_NOFILE, &usual);
-    rlimit few = usual;
-    few.rlim_cur = 200;
+    const rlimit few{static_cast<rlim_t>(last.Number()) + 1, usual.rlim_max};
     setrlimit(RLIMIT_NOFILE, &few);
-    std::vector<layer::Descriptor> all;
-    do {
-        all.emplace_back(dup(early.Number()));
-    } while (all.back());
-    EXPECT_EQ(connect(early.Number(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    std::this_thread::sleep_for(300ms);
-    all.clear();
+    EXPECT_EQ(connect(last.Number(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    Caller early(std::move(last));
+    EXPECT_EQ(ask(early, 300ms), "nothing");
     setrlimit(RLIMIT_NOFILE, &usual);
-
-    EXPECT_EQ(send(early.Number(), line.data(), line.size(), MSG_NOSIGNAL),
-              static_cast<ssize_t>(line.size()));
-    char answer[100] = {};
-    for (int i = 0; i < 300 && recv(early.Number(), answer, sizeof answer, MSG_DONTWAIT) < 0; ++i) {
-        layer::PumpMessages();
-        std::this_thread::sleep_for(10ms);
-    }
-    EXPECT_STREQ(answer, "{\"result\":11}\n");
+    EXPECT_EQ(early.Next(), R"({"result":11})");
     Caller later(layer::OwnProgram());
-    later.Send(line);
-    EXPECT_EQ(later.Next(), R"({"result":11})");
+    EXPECT_EQ(ask(later, 3000ms), R"({"result":11})");
 }
 
 TEST_F(ProgramsTest, AnotherProgramIsFoundAndSentTo) {
-    ChildProcess child({WINDOWS_CHILD, "Elsewhere", "there \xC3\xA4"});
-    ASSERT_EQ(child.ReadLine(), "ready");
-    EXPECT_EQ(FindWindowW(TEXT("Elsewhere"), TEXT("there")), nullptr);
+    Program other("other");
     const HWND window = FindWindowW(TEXT("Elsewhere"), TEXT("there \u00E4"));
-    ASSERT_NE(window, nullptr);
+    EXPECT_EQ(other.Next(), "{\"find\":{\"class\":\"Elsewhere\",\"title\":\"there \xC3\xA4\"}}");
     EXPECT_TRUE(IsWindow(window));
     EXPECT_FALSE(PostMessageW(window, ping_, 0, 0));
-
     EXPECT_EQ(SendMessageW(window, ping_, 1, -2), 42);
-    EXPECT_EQ(child.ReadLine(), "message ping 1 -2");
+    EXPECT_EQ(other.Next(), R"({"lParam":-2,"message":"TEST_PING","wParam":1,"window":77})");
     char bytes[] = {'a', 'b'};
     COPYDATASTRUCT data{ping_, sizeof bytes, bytes};
-    EXPECT_EQ(SendMessageW(window, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), 7);
-    char line[32];
-    std::snprintf(line, sizeof line, "data %X ab", ping_);
-    EXPECT_EQ(child.ReadLine(), line);
+    EXPECT_EQ(SendMessageW(window, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&data)), 42);
+    EXPECT_THAT(other.Next(), HasSubstr(R"("name":"TEST_PING","number":)" + std::to_string(ping_)));
     EXPECT_EQ(SendMessageW(window, WM_USER + 4, 0, 0), 42);
-    EXPECT_EQ(child.ReadLine(), "message 1028 0 0");
-    EXPECT_EQ(SendMessageW(window, WM_CLOSE, 0, 0), 0) << "does not leave the program";
-    EXPECT_EQ(SendMessageW(window, RegisterWindowMessageW(TEXT("TEST_LEAVE")), 0, 0), 42);
-    EXPECT_THAT(child.ReadLine().value_or(""), HasSubstr("message"));
-    EXPECT_EQ(child.ReadLine(), "left");
-    EXPECT_EQ(child.Wait(), 0);
-    EXPECT_EQ(SendMessageW(window, ping_, 0, 0), 0);
-    EXPECT_EQ(FindWindowW(TEXT("Elsewhere"), TEXT("there \u00E4")), nullptr);
+    EXPECT_THAT(other.Next(), HasSubstr(R"("message":1028)"));
+    EXPECT_EQ(SendMessageW(window, WM_CLOSE, 0, 0), 0);
+    EXPECT_EQ(other.Next(0ms), "nothing") << "does not leave the program";
 }
 
 TEST_F(ProgramsTest, ABroadcastReachesAllButThoseThatOweAnAnswer) {
+    constexpr const char* Ping = R"({"lParam":6,"message":"TEST_PING","wParam":5})";
     layer::LongestSend = 1000ms;
-    ChildProcess good({WINDOWS_CHILD, "Good", "good"});
-    ChildProcess stuck({WINDOWS_CHILD, "Stuck", "stuck"});
-    ASSERT_EQ(good.ReadLine(), "ready");
-    ASSERT_EQ(stuck.ReadLine(), "ready");
-
+    Program good("good");
+    auto stuck = std::make_unique<Program>("stuck");
     EXPECT_LT(BroadcastInThread(true), 900ms);
-    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
-    EXPECT_EQ(stuck.ReadLine(), "message ping 5 6");
+    EXPECT_EQ(good.Next(), Ping);
+    EXPECT_EQ(stuck->Next(), Ping);
     EXPECT_THAT(Received, ElementsAre("TEST_PING 5 6")) << "the program's own windows, once";
 
-    stuck.Signal(SIGSTOP);
+    stuck->Hangs = true;
     EXPECT_GE(BroadcastInThread(true), 1000ms);
-    EXPECT_EQ(good.ReadLine(), "message ping 5 6") << "at once, whoever is stuck";
+    EXPECT_EQ(good.Next(), Ping) << "at once, whoever is stuck";
     EXPECT_LT(BroadcastInThread(true), 900ms) << "who owes an answer is left out";
-    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+    EXPECT_EQ(good.Next(), Ping);
 
-    stuck.Signal(SIGCONT);
-    EXPECT_EQ(stuck.ReadLine(), "message ping 5 6");
-    std::this_thread::sleep_for(500ms);
+    stuck->Hangs = false;
+    EXPECT_EQ(stuck->Next(), Ping);
     EXPECT_LT(BroadcastInThread(true), 900ms);
-    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
-    EXPECT_EQ(stuck.ReadLine(), "message ping 5 6") << "it has answered, and is back";
+    EXPECT_EQ(good.Next(), Ping);
+    EXPECT_EQ(stuck->Next(), Ping) << "it has answered, and is back";
+    EXPECT_EQ(stuck->Next(0ms), "nothing");
 
     // A dead program's socket is still there, and cleared away.
-    const std::string dead = ChildName(stuck);
-    ASSERT_FALSE(dead.empty());
-    stuck.Signal(SIGKILL);
-    stuck.Wait();
-    EXPECT_TRUE(std::filesystem::exists(Windows(dead)));
+    stuck.reset();
+    EXPECT_TRUE(std::filesystem::exists(Windows("stuck")));
     EXPECT_LT(BroadcastInThread(true), 900ms);
-    EXPECT_FALSE(std::filesystem::exists(Windows(dead)));
-    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+    EXPECT_FALSE(std::filesystem::exists(Windows("stuck")));
+    EXPECT_EQ(good.Next(), Ping);
 
     // The main thread is busy: the others get it all the same, and the second time nobody waits for it.
     EXPECT_GE(BroadcastInThread(false), 1000ms);
     EXPECT_LT(BroadcastInThread(false), 900ms);
-    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
-    EXPECT_EQ(good.ReadLine(), "message ping 5 6");
+    EXPECT_EQ(good.Next(), Ping);
+    EXPECT_EQ(good.Next(), Ping);
     layer::LongestSend = 5000ms;
 }
 
@@ -305,16 +321,9 @@ TEST_F(ProgramsTest, ProgramsThatAnswerAnythingDoNoHarm) {
     layer::LongestSearch = 300ms;
     for (const std::string answer : {"{\"window\":\"x\"}\n", "{}\n", "\xFF\n", "garbage\n", ""}) {
         SCOPED_TRACE(answer);
-        const layer::Descriptor socket(layer::ListenAs("odd"));
-        ASSERT_TRUE(socket);
-        std::thread odd([&] {
-            pollfd waiting{socket.Number(), POLLIN, 0};
-            poll(&waiting, 1, 3000);
-            const layer::Descriptor caller(accept(socket.Number(), nullptr, nullptr));
-            send(caller.Number(), answer.data(), answer.size(), MSG_NOSIGNAL);
-        });
+        Program odd("odd", answer);
         EXPECT_EQ(FindWindowW(TEXT("Odd"), nullptr), nullptr);
-        odd.join();
+        EXPECT_EQ(odd.Next(), R"({"find":{"class":"Odd"}})");
     }
     layer::LongestSearch = 2000ms;
 }
