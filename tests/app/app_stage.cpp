@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <sstream>
 #include <stdexcept>
@@ -235,48 +236,34 @@ DWORD AppStage::OpenMenu(const std::string& item) {
 }
 
 DWORD AppStage::CallByName(const Words& words) {
-    const std::string& name = At(words, 1);
-    const bool secondKey = words.size() > 2 && words[2] == "2";
-    const auto time = [&]() -> WPARAM { return words.size() > 3 ? ToNumber(words[3]) : 0; };
-    if (name == "start") {
-        CloseHandle(CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr));
-        return 1;
-    }
-    if (name == "press") {
-        return Send(RegisterWindowMessageW(secondKey ? TEXT("WM_USER2DOWN") : TEXT("WM_USER1DOWN")), time());
-    }
-    if (name == "release") {
-        return Send(RegisterWindowMessageW(secondKey ? TEXT("WM_USER2UP") : TEXT("WM_USER1UP")), time());
-    }
-    if (name == "menu") {
-        return OpenMenu(words.size() > 2 ? Unquote(words[2]) : "");
-    }
-    if (name == "command") {
-        return Send(WM_COMMAND, ToNumber(At(words, 2)));
-    }
-    if (name == "settings") {
-        const DWORD shown = Send(WM_OPENSETTINGS);
-        if (words.size() > 3) {
-            Prepare({"set", words[2], words[3]});
-            CallByName({"call", "ok"});
-        }
-        return shown;
-    }
-    if (name == "apply") {
-        return Send(WM_APPLYSETTINGS);
-    }
-    if (name == "ok" || name == "cancel") {
-        SendMessageW(ShellState.SettingsSheet, WM_COMMAND, name == "ok" ? IDOK : IDCANCEL, 0);
+    const auto key = [&](LPCWSTR first, LPCWSTR second) {
+        return Send(RegisterWindowMessageW(words.size() > 2 && words[2] == "2" ? second : first),
+                    words.size() > 3 ? ToNumber(words[3]) : 0);
+    };
+    const auto ok = [this] {
+        SendMessageW(ShellState.SettingsSheet, WM_COMMAND, IDOK, 0);
         RunMainWindow();
-        return 1;
-    }
-    if (name == "error") {
-        return Send(WM_SHOWERROR, ToNumber(At(words, 2)));
-    }
-    if (name == "exit") {
-        return Send(WM_CLOSE);
-    }
-    return WireStage::CallByName(words);
+        return DWORD{1};
+    };
+    const std::map<std::string, std::function<DWORD()>> calls{
+        {"start", [] { return CloseHandle(CreateThread(nullptr, 0, InitThread, nullptr, 0, nullptr)); }},
+        {"press", [&] { return key(TEXT("WM_USER1DOWN"), TEXT("WM_USER2DOWN")); }},
+        {"release", [&] { return key(TEXT("WM_USER1UP"), TEXT("WM_USER2UP")); }},
+        {"menu", [&] { return OpenMenu(words.size() > 2 ? Unquote(words[2]) : ""); }},
+        {"settings",
+         [&] {
+             const DWORD shown = Send(WM_OPENSETTINGS);
+             if (words.size() > 3) {
+                 Prepare({"set", words[2], words[3]});
+                 ok();
+             }
+             return shown;
+         }},
+        {"ok", ok},
+        {"error", [&] { return Send(WM_SHOWERROR, ToNumber(At(words, 2))); }},
+        {"exit", [] { return Send(WM_CLOSE); }}};
+    const auto call = calls.find(At(words, 1));
+    return call != calls.end() ? call->second() : WireStage::CallByName(words);
 }
 
 std::string AppStage::Typed() {
@@ -310,8 +297,6 @@ void AppStage::Expect(const Words& words, int line) {
         if (!boxes_.empty()) {
             boxes_.pop_front();
         }
-    } else if (what == "no" && At(words, 2) == "box") {
-        ExpectText(line, "the box", "", boxes_.empty() ? "" : boxes_.front());
     } else if (what == "items") {
         ExpectText(line, "BC Reader", Unquote(At(words, 2)), items_["BC Reader"]);
         ExpectText(line, "RFID Reader", Unquote(At(words, 3)), items_["RFID Reader"]);

@@ -1,4 +1,6 @@
 // Where scans go, and that no consumer can keep them from going there.
+#include <gtest/gtest-spi.h>
+
 #include <csignal>
 #include <thread>
 
@@ -94,6 +96,9 @@ TEST_F(Delivery, ALabelIsTypedWholeAndOnceThoughPacketsAreResent) {
     }
     EXPECT_NE(Wire->Log().find("why=nak"), std::string::npos);
     EXPECT_EQ(Desktop.Typed(1, 500), "");
+    for (const char* fault : {"checksums", "checksum 3", "com1 split 5", "com1 split 5 x"}) {
+        EXPECT_NONFATAL_FAILURE(Wire->Command(std::string("fault ") + fault), ": error ");
+    }
 }
 
 // No consumer of the queue: the newest record takes the place of the one before, and a late consumer gets it.

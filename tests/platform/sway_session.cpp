@@ -25,10 +25,10 @@ void Await(const char* what, const Condition& condition) {
     }
 }
 
-std::string FirstLike(const std::string& folder, const std::string& begin, const std::string& end) {
+// The name of the socket that clients connect to; empty before it is there.
+std::string SocketIn(const std::string& folder) {
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        const std::string name = entry.path().filename();
-        if (name.starts_with(begin) && name.ends_with(end) && entry.is_socket())
+        if (entry.path().filename().string().starts_with("wayland-") && entry.is_socket())
             return entry.path();
     }
     return "";
@@ -40,16 +40,14 @@ SwaySession::SwaySession(const std::string& configuration) {
     folder_ = (std::filesystem::temp_directory_path() / "vantrel-sway-XXXXXX").string();
     if (mkdtemp(folder_.data()) == nullptr)
         throw std::runtime_error("no folder for the session");
-    WriteWholeFile(folder_ + "/config", configuration + "\n");
+    WriteWholeFile(folder_ + "/config",
+                   "for_window [app_id=foot] exec touch $XDG_RUNTIME_DIR/front\n" + configuration + "\n");
     if (const passwd* nobody = geteuid() == 0 ? getpwnam("nobody") : nullptr)
         std::filesystem::permissions(folder_ + "/config", std::filesystem::perms(0644)),
             static_cast<void>(chown(folder_.c_str(), nobody->pw_uid, nobody->pw_gid));
     sway_ = Run("exec sway --config $XDG_RUNTIME_DIR/config 2>$XDG_RUNTIME_DIR/sway.log");
-    Await("sway does not start", [&] {
-        socket_ = FirstLike(folder_, "sway-ipc", ".sock");
-        return !socket_.empty() && !FirstLike(folder_, "wayland-", "").empty();
-    });
-    setenv("WAYLAND_DISPLAY", FirstLike(folder_, "wayland-", "").c_str(), 1);
+    Await("sway does not start", [&] { return !SocketIn(folder_).empty(); });
+    setenv("WAYLAND_DISPLAY", SocketIn(folder_).c_str(), 1);
 }
 
 SwaySession::~SwaySession() {
@@ -71,24 +69,12 @@ std::unique_ptr<ChildProcess> SwaySession::Run(const std::string& command) {
                                  "WLR_RENDERER=pixman", "WLR_LIBINPUT_NO_DEVICES=1", "LC_ALL=C.UTF-8"});
 }
 
-std::string SwaySession::Ask(const std::string& command) {
-    const auto asked = Run("exec swaymsg -s " + socket_ + " -r " + command + " 2>/dev/null");
-    std::string answer;
-    while (const auto line = asked->ReadLine(5000))
-        answer += *line + "\n";
-    return answer;
-}
-
 void SwaySession::OpenTerminal() {
     terminal_ =
         Run("exec foot --config=/dev/null sh -c 'stty raw -echo; exec tee $XDG_RUNTIME_DIR/typed' "
             "2>$XDG_RUNTIME_DIR/foot.log");
     Await("foot does not come to the front", [&] {
-        const std::string tree = Ask("-t get_tree");
-        const std::size_t focused = tree.find("\"focused\": true");
-        return focused != std::string::npos &&
-               tree.find("\"app_id\": \"foot\"", focused) != std::string::npos &&
-               std::filesystem::exists(folder_ + "/typed");
+        return std::filesystem::exists(folder_ + "/front") && std::filesystem::exists(folder_ + "/typed");
     });
 }
 

@@ -20,13 +20,10 @@ class SwaySession {
     // What has been typed since the terminal opened, as its program gets it (Return as CR); waits until
     // `count` bytes have come, and a little longer in which nothing more should.
     std::string Typed(std::size_t count, int milliseconds = 10000);
-    bool TerminalRuns() { return !terminal_->Wait(0).has_value(); }
 
   private:
     std::unique_ptr<ChildProcess> Run(const std::string& command);
-    std::string Ask(const std::string& command);
 
     std::string folder_;  // the session's run-time folder
-    std::string socket_;
     std::unique_ptr<ChildProcess> sway_, terminal_;
 };

@@ -1,8 +1,5 @@
 // The serial calls on real pseudo-terminals.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <termios.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <ctime>
@@ -11,7 +8,7 @@
 #include <numeric>
 #include <thread>
 
-#include "platform/linux/serial/serial_port.h"
+#include "platform/linux/serial/receive_queue.h"
 #include "platform/serial.h"
 #include "tests/platform/pseudo_terminal.h"
 #include "tests/support/temporary_terminal.h"
@@ -374,6 +371,38 @@ TEST_F(TtyTest, FramesOfTwoThreadsStayWhole) {
     ASSERT_EQ(all.size(), 2 * Size * Count);
     for (std::size_t i = 0; i < all.size(); i += Size)
         ASSERT_EQ(std::count(all.begin() + i, all.begin() + i + Size, all[i]), static_cast<long>(Size));
+}
+
+// Breaks, which no pseudo-terminal has, and what the line marks; whole and byte by byte.
+TEST(ReceiveQueue, BreaksDoubledAndDamagedBytes) {
+    const struct {
+        Bytes In, Out;
+        int Breaks;
+    } cases[] = {
+        {{0x41, 0xFF, 0xFF, 0x42}, {0x41, 0xFF, 0x42}, 0},
+        {{0xFF, 0xFF, 0xFF, 0xFF, 0x00}, {0xFF, 0xFF, 0x00}, 0},
+        {{0xFF, 0xFF, 0x00, 0x00}, {0xFF, 0x00, 0x00}, 0},
+        {{0xFF, 0x00, 0x00}, {}, 1},
+        {{0x41, 0xFF, 0x00, 0x00, 0x42, 0xFF, 0x00, 0x00}, {0x41, 0x42}, 2},
+        {{0xFF, 0x00, 0x55, 0x00}, {0x55, 0x00}, 0},
+        {{0xFF, 0x41}, {0xFF, 0x41}, 0},
+    };
+    for (const auto& test : cases) {
+        layer::ReceiveQueue whole, cut;
+        int breaks = 0;
+        whole.Add(test.In, nullptr);
+        for (const BYTE byte : test.In) {
+            cut.Add({&byte, 1}, nullptr);
+            breaks += std::exchange(cut.Broke, false);
+        }
+        EXPECT_EQ(whole.Broke, test.Breaks > 0);
+        EXPECT_EQ(breaks, test.Breaks);
+        for (layer::ReceiveQueue* queue : {&whole, &cut}) {
+            Bytes out(10);
+            out.resize(queue->Take(out.data(), 10));
+            EXPECT_EQ(out, test.Out);
+        }
+    }
 }
 
 }  // namespace

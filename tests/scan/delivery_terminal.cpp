@@ -48,8 +48,6 @@ LRESULT CALLBACK LoggingProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
     if (message == WM_COPYDATA) {
         const auto& copy = *reinterpret_cast<const COPYDATASTRUCT*>(lParam);
         EXPECT_EQ(copy.dwData, ShellState.MsgDecode);
-        Current->CopiedRecord.assign(static_cast<const char*>(copy.lpData), copy.cbData);
-        Current->KeysBeforeCopy = Current->Keys->Events().size();
         Current->Messages.push_back("copydata");
         return TRUE;
     }
@@ -87,6 +85,7 @@ std::string KeyLog::Text() const {
     for (const KeyEvent& event : Events()) {
         if (event.Up) {
             EXPECT_EQ(down.erase(event.Key), 1u) << "released unpressed: " << int{event.Key};
+            EXPECT_TRUE(event.Key != VK_SHIFT || down.empty()) << "Shift goes before its key";
             continue;
         }
         EXPECT_TRUE(down.insert(event.Key).second) << "pressed twice: " << int{event.Key};

@@ -52,6 +52,4 @@ class DeliveryTerminal {
     KeyLog* Keys;
     // What the main window has been sent: "copydata", "decode 7".
     std::vector<std::string> Messages;
-    std::string CopiedRecord;
-    std::size_t KeysBeforeCopy = 0;
 };

@@ -39,33 +39,6 @@ bool TakeBusyTimer() {
     return KillTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY) != FALSE;
 }
 
-TEST(Delivery, EveryCombinationOfChannels) {
-    DeliveryTerminal terminal(Device1D);
-    // The last three are garbage in the settings: it delivers nothing and blocks nothing.
-    for (const WORD output :
-         std::initializer_list<WORD>{'0', '1', '2', '3', '4', '5', '6', '7', 0, '8', 0xFFF0}) {
-        SCOPED_TRACE(output);
-        const bool keys = (output & 1) != 0, messages = (output & 2) != 0, event = (output & 4) != 0;
-        SetValue(general::DataOutput, output);
-        ShellState.TransferBusy = 1;
-        terminal.Keys->Clear();
-        terminal.Messages.clear();
-        Deliver(terminal, "AB12");
-
-        EXPECT_EQ(terminal.TakeEvent(), event);
-        EXPECT_EQ(terminal.TakeRecord(), messages || event ? RecordOf("AB12") : "");
-        EXPECT_EQ(terminal.Messages,
-                  messages ? std::vector<std::string>({"copydata", "decode 7"}) : std::vector<std::string>());
-        if (messages) {
-            EXPECT_EQ(terminal.CopiedRecord, RecordOf("AB12"));
-            EXPECT_EQ(terminal.KeysBeforeCopy, 0u);
-        }
-        EXPECT_EQ(terminal.Keys->Text(), keys ? "AB12" : "");
-        EXPECT_EQ(ShellState.TransferBusy, keys ? 1 : 0);
-        EXPECT_EQ(TakeBusyTimer(), keys);
-    }
-}
-
 TEST(Delivery, SettingsShapeTheLine) {
     DeliveryTerminal terminal(Device1D);
     const WCHAR prefix[] = TEXT("<P"), suffix[] = TEXT("S>");

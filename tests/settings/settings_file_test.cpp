@@ -140,10 +140,13 @@ TEST_F(SettingsFileTest, OneThatFindsNoRoomIsNotSaved) {
     getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit full{SettingsFileSize - 1, limit.rlim_max};
     setrlimit(RLIMIT_FSIZE, &full);
+    testing::internal::CaptureStderr();
     EXPECT_EQ(SaveSettings(), -1);
     setrlimit(RLIMIT_FSIZE, &limit);
     std::signal(SIGXFSZ, handler);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("is not saved: File too large"), std::string::npos);
     EXPECT_EQ(ReadBack(), old);
+    EXPECT_FALSE(std::filesystem::exists(file_ + ".new"));
 }
 
 TEST_F(SettingsFileTest, NobodyElseOpensTheFileMeanwhile) {

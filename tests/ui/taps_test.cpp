@@ -46,50 +46,36 @@ TEST_F(SheetTest, ASwitchSwitchesOnItsImageOnly) {
 
 // ---- bit sets
 
-TEST_F(SheetTest, ActiveDevicesAreSwitchedOneByOne) {
-    Open(BothReaders);
-    HWND tree = ShowPage("General");
-    HTREEITEM list = FindItem(tree, 10001);
-    HTREEITEM barcode = FindChoice(tree, 10001, 24001);
-    HTREEITEM rfid = FindChoice(tree, 10001, 24002);
-
-    Tap(tree, rfid, Spot::Image);
-    EXPECT_EQ(Value(general::ActiveDevice), '3');
-    Tap(tree, rfid, Spot::Label);
-    EXPECT_EQ(Value(general::ActiveDevice), '3');
-    Tap(tree, barcode, Spot::Image);
-    EXPECT_EQ(Value(general::ActiveDevice), '2');
-    EXPECT_EQ(ChildrenOf(tree, list), (Lines{"[ ] 24001 1D Reader", "[x] 24002 RFID Reader"}));
-    Tap(tree, rfid, Spot::Image);
-    EXPECT_EQ(Value(general::ActiveDevice), '0');
-    EXPECT_EQ(ChildrenOf(tree, list), (Lines{"[ ] 24001 1D Reader", "[ ] 24002 RFID Reader"}));
-}
-
-TEST_F(SheetTest, TheOnlyReaderIsTheFirstBitWhateverItIs) {
-    Open(DeviceRfid);
-    HWND tree = ShowPage("General");
-    HTREEITEM rfid = FindChoice(tree, 10001, 24002);
-    ASSERT_EQ(LineOf(tree, rfid), "[x] 24002 RFID Reader");
-    Tap(tree, rfid, Spot::Image);
-    EXPECT_EQ(Value(general::ActiveDevice), '0');
-    Tap(tree, rfid, Spot::Image);
-    EXPECT_EQ(Value(general::ActiveDevice), '1');
-}
-
-TEST_F(SheetTest, AnyCombinationOfOutputsCanBeChosen) {
-    Open(DeviceImager);
-    HWND tree = ShowPage("General");
+// Any combination, none too. The only reader is the first bit, whichever it is.
+TEST_F(SheetTest, BitsAreSwitchedOneByOneOnTheirImages) {
     const struct {
-        DWORD Choice;
-        char Value;
-    } taps[] = {{24201, '3'}, {24202, '7'}, {24200, '6'}, {24201, '4'}, {24202, '0'}, {24202, '4'}};
-    for (const auto& tap : taps) {
-        Tap(tree, FindChoice(tree, 10006, tap.Choice), Spot::Image);
-        EXPECT_EQ(Value(general::DataOutput), tap.Value) << tap.Choice;
+        WORD Devices;
+        DWORD List;
+        const Setting& Field;
+        std::vector<std::pair<DWORD, char>> Taps;
+        Lines After;
+    } sets[] = {
+        {BothReaders,
+         10001,
+         general::ActiveDevice,
+         {{24002, '3'}, {24001, '2'}, {24002, '0'}, {24001, '1'}},
+         {"[x] 24001 1D Reader", "[ ] 24002 RFID Reader"}},
+        {DeviceRfid, 10001, general::ActiveDevice, {{24002, '0'}, {24002, '1'}}, {"[x] 24002 RFID Reader"}},
+        {DeviceImager,
+         10006,
+         general::DataOutput,
+         {{24201, '3'}, {24202, '7'}, {24200, '6'}, {24201, '4'}, {24202, '0'}, {24202, '4'}},
+         {"[ ] 24200 Keyboard Emulation", "[ ] 24201 Windows Message", "[x] 24202 Windows Event"}}};
+    for (const auto& set : sets) {
+        Open(set.Devices);
+        HWND tree = ShowPage("General");
+        for (const auto& [choice, value] : set.Taps) {
+            Tap(tree, FindChoice(tree, set.List, choice), Spot::Image);
+            Tap(tree, FindChoice(tree, set.List, choice), Spot::Label);
+            EXPECT_EQ(Value(set.Field), value) << choice;
+        }
+        EXPECT_EQ(ChildrenOf(tree, FindItem(tree, set.List)), set.After);
     }
-    EXPECT_EQ(
-        ChildrenOf(tree, FindItem(tree, 10006)),
-        (Lines{"[ ] 24200 Keyboard Emulation", "[ ] 24201 Windows Message", "[x] 24202 Windows Event"}));
 }
 
 // ---- choices
@@ -161,23 +147,20 @@ TEST_F(SheetTest, TheLengthsThatCountAreShownFromEveryModeToEveryOther) {
         DWORD PageBase;
         const char* Page;
         DWORD Mode, First, Second;
-    } groups[] = {{DeviceLaser, PageLaser, "1D", 0x12FF, 0x1213, 0x1212},
+        std::string One, Other;
+    } groups[] = {{DeviceLaser, PageLaser, "1D", 0x12FF, 0x1213, 0x1212, "# 0x1213", "# 0x1212"},
                   // Nothing comes behind these lengths.
-                  {DeviceImager, PageImager, "2D", 0x13FF, 0x131B, 0x131A}};
+                  {DeviceImager, PageImager, "2D", 0x13FF, 0x131B, 0x131A, "# 0x131B", "# 0x131A"}};
     for (const auto& group : groups) {
         Open(group.Devices);
         HWND tree = ShowPage(group.Page);
         HTREEITEM list = FindItem(tree, group.Mode);
         SetValue(*FindSetting(group.PageBase, group.First), 55);
         SetValue(*FindSetting(group.PageBase, group.Second), 4);
-        char first[16], second[16];
-        std::snprintf(first, sizeof first, "# 0x%X", static_cast<unsigned>(group.First));
-        std::snprintf(second, sizeof second, "# 0x%X", static_cast<unsigned>(group.Second));
-        const std::string one = first, other = second;
         const Lines shown[] = {{},
-                               {one + " Value 1 :  55"},
-                               {one + " Value 1 :  55", other + " Value 2 :  4"},
-                               {one + " Maximum Length :  55", other + " Minimum Length :  4"}};
+                               {group.One + " Value 1 :  55"},
+                               {group.One + " Value 1 :  55", group.Other + " Value 2 :  4"},
+                               {group.One + " Maximum Length :  55", group.Other + " Minimum Length :  4"}};
         // Each pair of neighbours once.
         for (const DWORD mode : {1u, 0u, 2u, 0u, 3u, 1u, 2u, 3u, 2u, 1u, 3u, 0u}) {
             Tap(tree, FindChoice(tree, group.Mode, mode), Spot::Image);

@@ -1,10 +1,15 @@
+// Handles, events, pauses and texts.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
+#include <chrono>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/kernel.h"
+#include "platform/linux/kernel/terminal.h"
 
 namespace {
 
@@ -65,6 +70,43 @@ TEST(Events, AutomaticResetLetsOneWaiterThrough) {
     EXPECT_EQ(WaitForSingleObject(semaphore, 0), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(semaphore, 0), WAIT_TIMEOUT);
     CloseHandle(semaphore);
+}
+
+// The best of many, since the machine may be busy: a pause that was rounded to the clock's ticks would be a
+// whole one longer when it begins right behind one.
+TEST(RealTime, APauseIsNoLongerThanAsked) {
+    using Time = std::chrono::steady_clock;
+    auto best = Time::duration::max();
+    for (int i = 0; i < 100; ++i) {
+        for (const DWORD tick = GetTickCount(); GetTickCount() == tick;) {
+        }
+        const auto start = Time::now();
+        Sleep(3);
+        if (start.time_since_epoch() % std::chrono::milliseconds(1) < std::chrono::microseconds(100)) {
+            best = std::min(best, Time::now() - start);
+        }
+    }
+    EXPECT_GE(best, std::chrono::milliseconds(3));
+    EXPECT_LT(best, std::chrono::microseconds(3600));
+}
+
+template <class... Arguments>
+std::string Format(const char16_t* format, Arguments... arguments) {
+    std::array<WCHAR, 1024> text;
+    text.fill(u'#');
+    const int length = wsprintfW(text.data(), format, arguments...);
+    EXPECT_EQ(text[static_cast<std::size_t>(length)], 0);
+    return layer::ToUtf8({text.data(), static_cast<std::size_t>(length)});
+}
+
+TEST(Text, FormatsAsThePlatformDoes) {
+    EXPECT_EQ(Format(u"%d|%u|%s|100%% %", INT32_MIN, 0xFFFFFFFFu, u"\u20AC"),
+              "-2147483648|4294967295|\xE2\x82\xAC|100% ");
+    const std::u16string longText(2000, u'x');
+    EXPECT_EQ(Format(u"ab%s%d", longText.c_str(), 5), "ab" + std::string(1021, 'x'));
+    std::array<WCHAR, 4> cut{u'#', u'#', u'#', u'#'};
+    EXPECT_EQ(lstrcpynW(cut.data(), u"abcdef", 3), cut.data());
+    EXPECT_EQ(std::u16string_view(cut.data(), 4), std::u16string_view(u"ab\0#", 4));
 }
 
 }  // namespace
