@@ -14,10 +14,7 @@ namespace layer {
 namespace {
 
 // Waits and time-outs are counted in milliseconds, not in the 15.6 of the platform's ordinary clock.
-const struct FineClock {
-    FineClock() { timeBeginPeriod(1); }
-    ~FineClock() { timeEndPeriod(1); }
-} Clock;
+[[maybe_unused]] const MMRESULT FineClock = timeBeginPeriod(1);
 
 std::wstring FullPath(const std::wstring& path) {
     WCHAR full[MAX_PATH];

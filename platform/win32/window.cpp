@@ -1,6 +1,7 @@
 // Windows among those of others: they come up behind the focus, they are found by their terminal, and nobody
 // can hold up a message to all.
 #include <algorithm>
+#include <set>
 #include <vector>
 
 #include "platform/win32/terminal.h"
@@ -14,7 +15,7 @@ constexpr UINT LongestAnswer = 1000;     // ms, one window
 constexpr UINT SignOfLife = 10;          // ms
 
 SRWLOCK SilentLock = SRWLOCK_INIT;
-std::vector<HWND> Silent;  // windows that have not answered; under the lock
+std::set<HWND> Silent;  // windows that have not answered; under the lock
 
 HANDLE OwnMark() {
     return reinterpret_cast<HANDLE>(layer::TerminalIdentity());
@@ -27,19 +28,6 @@ BOOL CALLBACK AddWindow(HWND window, LPARAM windows) {
         reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
     }
     return TRUE;
-}
-
-bool IsSilent(HWND window) {
-    const layer::Guard guard(SilentLock);
-    return std::find(Silent.begin(), Silent.end(), window) != Silent.end();
-}
-
-void SetSilent(HWND window, bool silent) {
-    const layer::Guard guard(SilentLock);
-    std::erase_if(Silent, [=](HWND known) { return known == window || !IsWindow(known); });
-    if (silent) {
-        Silent.push_back(window);
-    }
 }
 
 bool Answers(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT milliseconds) {
@@ -59,12 +47,21 @@ void Broadcast(UINT message, WPARAM wParam, LPARAM lParam) {
         if (left <= 0) {
             return;
         }
+        const auto silent = [=] {
+            const layer::Guard guard(SilentLock);
+            return Silent.contains(window);
+        };
         // One that did not answer is left out until it does.
-        if (IsSilent(window) && !Answers(window, WM_NULL, 0, 0, SignOfLife)) {
+        if (silent() && !Answers(window, WM_NULL, 0, 0, SignOfLife)) {
             continue;
         }
         const UINT wait = static_cast<UINT>(std::min<std::int64_t>(left, LongestAnswer));
-        SetSilent(window, !Answers(window, message, wParam, lParam, wait));
+        const bool answered = Answers(window, message, wParam, lParam, wait);
+        const layer::Guard guard(SilentLock);
+        std::erase_if(Silent, [=](HWND known) { return known == window || !IsWindow(known); });
+        if (!answered) {
+            Silent.insert(window);
+        }
     }
 }
 
