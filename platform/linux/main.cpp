@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "platform/linux/kernel/last_words.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/windows/start_windows.h"
@@ -15,6 +16,7 @@
 #endif
 
 int main(int count, char** arguments) {
+    layer::SpeakOnCrash();
     layer::StartWindows();
     layer::TakeSignals();
     // With the first look at messages: a start that only hands over, or answers, needs none.

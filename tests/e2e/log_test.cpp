@@ -85,6 +85,9 @@ TEST_F(EndToEnd, WhatMattersIsInTheLog) {
         {"<5>vantrel: " + com1 + " is back", [&] { Wire->Command("plug com1"), scan(); }},
         {"<3>vantrel: Failed to set barcode reader!! (20011)",
          [&] { Wire->Command("unplug com1"), Pause(500), Trigger({"down"}); }},
+        {"<3>vantrel: ended by signal 6", [&] { Running->Signal(SIGABRT); }},
+        {"libc.so.6",
+         [&] { EXPECT_EQ(Running->Ended(), 128 + SIGABRT) << "where it was, and then the end"; }},
     };
     std::string log;
     std::size_t at = 0;

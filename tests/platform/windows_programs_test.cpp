@@ -8,6 +8,7 @@
 #include <atomic>
 #include <deque>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -326,6 +327,18 @@ TEST_F(ProgramsTest, ProgramsThatAnswerAnythingDoNoHarm) {
         EXPECT_EQ(odd.Next(), R"({"find":{"class":"Odd"}})");
     }
     layer::LongestSearch = 2000ms;
+}
+
+// One that is killed while its socket gets its name leaves one that is nobody's.
+TEST_F(ProgramsTest, ANewProgramClearsWhatOneThatDiedAtItsStartHasLeft) {
+    ChildProcess dead({"true"});
+    ASSERT_EQ(dead.Wait(), 0);
+    const auto hidden = [](pid_t id) { return layer::WindowsFolder() + "/." + std::to_string(id) + "-1"; };
+    std::ofstream(hidden(dead.Id()));
+    std::ofstream(hidden(getppid()));
+    const layer::Descriptor socket(layer::ListenAs("new"));
+    EXPECT_FALSE(std::filesystem::exists(hidden(dead.Id())));
+    EXPECT_TRUE(std::filesystem::exists(hidden(getppid()))) << "it is still at its start";
 }
 
 // The listener of the documentation, as it stands there.

@@ -74,6 +74,13 @@ class Patient(Subject):
         """What the program said, without what it always says."""
         return {re.sub(r"\d+", "N", line) for line in self.words_file.read_text().splitlines()} - self.usual
 
+    def lacked_memory(self):
+        """Whether the program ended for want of memory and said so: in our own code that is an exception's name; in a
+        library's also the crash, if a frame of that library comes before any of ours."""
+        words = self.words_file.read_text()
+        frames = [path for path in re.findall(r"^(/\S+?)\(", words, re.M) if not re.search(r"/lib(c|stdc\+\+)\.so", path)]
+        return re.search("bad_alloc|allocate", words) or (frames and not frames[0].endswith("/vantrel"))
+
     def typed(self):
         return self.screen.typed() if self.screen else self.terminal.typed()
 
@@ -202,7 +209,7 @@ class Patient(Subject):
         code = terminal.system.returncode
         words = self.words()
         said = " ".join(sorted(words)) or "says nothing"
-        no_memory = code == -signal.SIGABRT and call == "malloc" and "bad_alloc" in said
+        no_memory = code < 0 and call == "malloc" and self.lacked_memory()
         if no_memory:
             self.count("runs ended by the lack of memory, and said so")
         elif code == -signal.SIGABRT and "no Qt platform plugin" in said:

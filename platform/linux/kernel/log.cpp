@@ -19,10 +19,7 @@ namespace layer {
 namespace {
 
 // The journal says by this variable that it reads standard error and takes a priority in front of each line.
-bool JournalReads() {
-    static const bool reads = std::getenv("JOURNAL_STREAM") != nullptr;
-    return reads;
-}
+const bool JournalReads = std::getenv("JOURNAL_STREAM") != nullptr;
 
 bool WantedByEnvironment() {
     const char* value = std::getenv("VANTREL_LOG");
@@ -43,7 +40,7 @@ void Say(LogPriority priority, std::string_view text) {
     const auto part = [](std::string_view piece) {
         return iovec{const_cast<char*>(piece.data()), piece.size()};
     };
-    const std::string_view front(prefix, JournalReads() ? sizeof prefix : 0);
+    const std::string_view front(prefix, JournalReads ? sizeof prefix : 0);
     const std::array<iovec, 4> line{part(front), part(name), part(text), part("\n")};
     [[maybe_unused]] const auto written = writev(STDERR_FILENO, line.data(), line.size());
 }

@@ -1,11 +1,16 @@
 #include "platform/linux/kernel/posix.h"
 
+#include <dirent.h>
 #include <sys/eventfd.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
+#include <csignal>
 #include <cstdint>
+#include <filesystem>
+#include <memory>
 #include <thread>
 
 namespace layer {
@@ -28,6 +33,33 @@ bool LockFile(int file, int kind, std::chrono::milliseconds longest) {
         errno = reason;
     }
     return true;
+}
+
+// A folder that fails half-way is no exception here, as it is to std::filesystem's loop.
+std::vector<std::string> NamesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, int (*)(DIR*)> open(opendir(folder.c_str()), closedir);
+    while (const dirent* entry = open ? readdir(open.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") {
+            names.emplace_back(name);
+        }
+    }
+    return names;
+}
+
+void RemoveLeftovers(const std::string& folder, std::string_view beginning) {
+    for (const std::string& name : NamesIn(folder)) {
+        pid_t owner = 0;
+        const bool named =
+            name.starts_with(beginning) &&
+            std::from_chars(name.data() + beginning.size(), name.data() + name.size(), owner).ec ==
+                std::errc();
+        if (named && owner > 0 && kill(owner, 0) != 0 && errno == ESRCH) {
+            std::error_code ignored;
+            std::filesystem::remove_all(folder + "/" + name, ignored);
+        }
+    }
 }
 
 Waker::Waker() : bell_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <chrono>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace layer {
 
@@ -29,6 +32,12 @@ class Descriptor {
 // Locks an open file against other programs (`kind` LOCK_SH or LOCK_EX), trying again for so long. That is
 // real time on every clock: the other side is another process. False, with errno, when it was not to be had.
 bool LockFile(int file, int kind, std::chrono::milliseconds longest = {});
+
+// The names in a folder, in no order; as many as can be read.
+std::vector<std::string> NamesIn(const std::string& folder);
+// Removes what programs that are gone have left in a folder under the name `beginning`, their process id and
+// whatever follows that.
+void RemoveLeftovers(const std::string& folder, std::string_view beginning);
 
 // Ends another thread's poll(): its descriptor is readable from Wake to Clear.
 class Waker {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/linux/kernel/log.h"
+#include "platform/linux/kernel/posix.h"
 #include "platform/linux/resources/embedded.h"
 #include "platform/terminal_names.h"
 
@@ -94,6 +95,7 @@ bool WriteSounds(const std::string& folder) {
 bool InstallSounds(const std::string& folder) {
     const std::string finished = folder + "/Windows";
     const std::string unfinished = finished + "." + std::to_string(getpid());
+    RemoveLeftovers(folder, "Windows.");
     std::error_code ignored;
     std::filesystem::remove_all(unfinished, ignored);
     const bool written = mkdir(unfinished.c_str(), 0700) == 0 && WriteSounds(unfinished) &&
@@ -148,9 +150,7 @@ std::string ExistingName(const std::string& folder, const std::string& component
         return component;
     }
     std::string found;
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-        const std::string name = entry.path().filename();
+    for (const std::string& name : NamesIn(folder)) {
         if (SameButForCase(name, component.c_str()) && (found.empty() || name < found)) {
             found = name;
         }

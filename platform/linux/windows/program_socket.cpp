@@ -51,16 +51,15 @@ std::string WindowsFolder() {
 int ListenAs(const std::string& name) {
     // A socket that is bound and does not listen yet looks like one of a dead program: names with a dot in
     // front are nobody's.
-    const std::string hidden = "." + name;
-    const std::string folder = WindowsFolder() + "/";
-    const FolderAddress address(hidden);
+    const std::string folder = WindowsFolder(), path = folder + "/" + name, hidden = folder + "/." + name;
+    const FolderAddress address("." + name);
     Descriptor listening = NewSocket();
-    unlink((folder + hidden).c_str());
+    RemoveLeftovers(folder, ".");
+    unlink(hidden.c_str());
     if (!address.Usable() || !listening ||
         bind(listening.Number(), address.Get(), FolderAddress::Size) != 0 ||
-        listen(listening.Number(), Backlog) != 0 ||
-        rename((folder + hidden).c_str(), (folder + name).c_str()) != 0) {
-        unlink((folder + hidden).c_str());
+        listen(listening.Number(), Backlog) != 0 || rename(hidden.c_str(), path.c_str()) != 0) {
+        unlink(hidden.c_str());
         return -1;
     }
     return listening.Release();
@@ -71,14 +70,12 @@ void RemoveSocket(const std::string& name) {
 }
 
 std::vector<std::string> ListPrograms() {
-    std::vector<std::string> names;
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(WindowsFolder(), error)) {
-        const std::string name = entry.path().filename();
-        if (name.front() != '.' && entry.is_socket(error)) {
-            names.push_back(name);
-        }
-    }
+    const std::string folder = WindowsFolder();
+    std::vector<std::string> names = NamesIn(folder);
+    std::erase_if(names, [&](const std::string& name) {
+        std::error_code error;
+        return name.front() == '.' || !std::filesystem::is_socket(folder + "/" + name, error);
+    });
     return names;
 }
 

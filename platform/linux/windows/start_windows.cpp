@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "platform/linux/kernel/last_words.h"
 #include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
@@ -195,6 +196,7 @@ void TakeSignals() {
 }
 
 void StartHiddenWindows() {
+    SpeakOnCrash();
     // Any display will do, and none is asked for.
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     StartWindows();
