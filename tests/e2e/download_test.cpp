@@ -6,16 +6,11 @@
 
 namespace {
 
-struct Fault {
-    const char* Name;
+struct Fault : Named {
     const char* Reader;
     const char* Command;
     bool Survived;
 };
-
-void PrintTo(const Fault& fault, std::ostream* out) {
-    *out << fault.Name;
-}
 
 class Download : public EndToEnd {};
 class DisturbedDownload : public Download, public testing::WithParamInterface<Fault> {};
@@ -50,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Fault{"DecoderAtAnotherSpeed", "1d", "rate com1 38400", true},
                     Fault{"LaserThatLosesAnAcknowledgement", "laser", "fault no-ack", true},
                     Fault{"ImagerThatAnswersInPieces", "imager", "fault com1 split 3 20 x2", true}),
-    [](const auto& fault) { return std::string(fault.param.Name); });
+    NameOf);
 
 // Trigger keys while replies are under way: nothing is read and nothing of the download is lost.
 TEST_F(Download, ATriggerDoesNotDisturbIt) {

@@ -119,24 +119,42 @@ bool EndToEnd::PressTrigger() {
     });
 }
 
-std::string EndToEnd::Scan(const std::string& label, std::size_t typed) {
+std::string EndToEnd::Scan(const std::string& label, std::size_t typed, int milliseconds) {
     Wire->Forget();
     Wire->Command("label " + label);
     EXPECT_TRUE(PressTrigger());
     EXPECT_TRUE(Wire->Saw("event decode-sent"));
-    std::string text = Desktop.Typed(typed);
+    std::string text = Desktop.Typed(typed, milliseconds);
     Trigger({"up"});
     return text;
 }
 
-bool EndToEnd::SettingsOpen(bool wanted, int milliseconds) {
-    return Within(milliseconds, [&] {
-        bool found = false;
-        for (const ScreenWindow& window : Desktop.Windows()) {
-            found = found || (window.Title == "Vantrel v1.29" && window.Width > Desktop.MainWidth());
+std::optional<ScreenWindow> EndToEnd::Sheet() {
+    for (const ScreenWindow& window : Desktop.Windows()) {
+        if (window.Title == SheetTitle && window.Width > Desktop.MainWidth()) {
+            return window;
         }
-        return found == wanted;
-    });
+    }
+    return std::nullopt;
+}
+
+void EndToEnd::StartAgain() {
+    const std::size_t windows = Desktop.Windows().size();
+    Vantrel second;
+    EXPECT_EQ(second.Ended(), 0);
+    ASSERT_TRUE(SettingsOpen());
+    EXPECT_LE(Desktop.Windows().size(), windows + 2) << "the second start left windows";
+}
+
+bool EndToEnd::SettingsOpen(bool wanted, int milliseconds) {
+    return Within(milliseconds, [&] { return Sheet().has_value() == wanted; });
+}
+
+void EndToEnd::Press(std::initializer_list<unsigned long> keys) {
+    for (const unsigned long key : keys) {
+        Desktop.Press(key);
+        Pause(40);
+    }
 }
 
 void EndToEnd::ExpectNothingLeft() {
@@ -144,7 +162,7 @@ void EndToEnd::ExpectNothingLeft() {
     const std::string vibrator = ReadWholeFile(Terminal.Path("VIBRATOR"));
     EXPECT_TRUE(vibrator.empty() || vibrator.starts_with("0")) << "the vibrator is on: " << vibrator;
     EXPECT_TRUE(Desktop.KeysAreUp());
-    EXPECT_TRUE(Desktop.WaitUntilGone("Vantrel v1.29", 1000));
+    EXPECT_TRUE(Desktop.WaitUntilGone(SheetTitle, 1000));
     EXPECT_TRUE(Desktop.WaitUntilGone("Notification icon", 5000));
     EXPECT_FALSE(Desktop.WaitForWindow(ErrorBoxTitle, 0));
 }

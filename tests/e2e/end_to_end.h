@@ -16,7 +16,18 @@
 #include "tests/e2e/waiting.h"
 #include "tests/support/temporary_terminal.h"
 
+inline constexpr const char* SheetTitle = "Vantrel v1.29";
+
 using SettingValue = std::pair<const Setting*, WORD>;
+
+// What a table of cases for a test begins with.
+struct Named {
+    const char* Name;
+};
+inline std::ostream& operator<<(std::ostream& out, const Named& named) {
+    return out << named.Name;
+}
+inline constexpr auto NameOf = [](const auto& tested) { return std::string(tested.param.Name); };
 
 class EndToEnd : public testing::Test {
   protected:
@@ -50,11 +61,15 @@ class EndToEnd : public testing::Test {
     bool PressTrigger();
     // Presents a label, holds the trigger until it has been read, releases it, and waits for the text.
     // `label` is "TYPE DATA".
-    std::string Scan(const std::string& label, std::size_t typed);
+    std::string Scan(const std::string& label, std::size_t typed, int milliseconds = 5000);
 
-    // Waits until the settings sheet is there, or gone; false when it is not in time. The main window that it
-    // lies over has its title, but is smaller.
+    // The settings sheet. The main window that it lies over has its title, but is smaller.
+    std::optional<ScreenWindow> Sheet();
+    // A second start has the running program open it.
+    void StartAgain();
+    // Waits until it is there, or gone; false when it is not in time.
     bool SettingsOpen(bool wanted = true, int milliseconds = 5000);
+    void Press(std::initializer_list<unsigned long> keys);
 
     // Nothing of an ended program is left: names shared between processes, sockets, vibrator, keys.
     void ExpectNothingLeft();

@@ -83,20 +83,13 @@ class Ending : public EndToEnd {
     }
     void ShowSettings() {
         Run();
-        Vantrel second;
-        ASSERT_EQ(second.Ended(), 0);
-        ASSERT_TRUE(SettingsOpen());
+        StartAgain();
     }
 };
 
-struct State {
-    const char* Name;
+struct State : Named {
     void (Ending::*Reach)();
 };
-
-void PrintTo(const State& state, std::ostream* out) {
-    *out << state.Name;
-}
 
 class EndingIn : public Ending, public testing::WithParamInterface<State> {};
 
@@ -119,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
                     State{"ReadingATag", &Ending::ReadTag}, State{"HalfAMessage", &Ending::ReceiveHalf},
                     State{"Typing", &Ending::Type}, State{"Vibrating", &Ending::Vibrate},
                     State{"Settings", &Ending::ShowSettings}),
-    [](const auto& state) { return std::string(state.param.Name); });
+    NameOf);
 
 // As a person restarts it: the one that is ending is not taken for a running one, and its ports are waited
 // for.

@@ -12,14 +12,9 @@ struct Label {
     const char* Data;
 };
 
-struct Reader {
-    const char* Name;
+struct Reader : Named {
     std::vector<Label> Labels;
 };
-
-void PrintTo(const Reader& reader, std::ostream* out) {
-    *out << reader.Name;
-}
 
 class MainJob : public EndToEnd, public testing::WithParamInterface<Reader> {};
 
@@ -100,6 +95,6 @@ INSTANTIATE_TEST_SUITE_P(
                            {{"P 4006381333931", "P", "4006381333931"},
                             {"T repeat:36:xY-7", "T", "xY-7xY-7xY-7xY-7xY-7xY-7xY-7xY-7xY-7"},
                             {"A A1", "A", "A1"}}}),
-    [](const auto& reader) { return std::string(reader.param.Name); });
+    NameOf);
 
 }  // namespace

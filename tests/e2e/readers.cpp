@@ -3,18 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 
 #include "tests/e2e/program.h"
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-int Left(Clock::time_point until) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
-    return left > 0 ? static_cast<int>(left) : 0;
-}
 
 bool Contains(const std::string& line, std::string_view text) {
     return line.find(text) != std::string::npos;
@@ -45,8 +37,8 @@ std::vector<std::string> Readers::Command(const std::string& command) {
     }
     const std::size_t first = lines_.size();
     process_->WriteLine(command);
-    const auto until = Clock::now() + std::chrono::seconds(5);
-    while (TakeLine(Left(until))) {
+    const Moment until = In(5000);
+    while (TakeLine(LeftUntil(until))) {
         const std::string& line = lines_.back();
         if (line == "ok") {
             return {lines_.begin() + static_cast<std::ptrdiff_t>(first), lines_.end() - 1};
@@ -60,8 +52,8 @@ std::vector<std::string> Readers::Command(const std::string& command) {
 }
 
 bool Readers::Saw(std::string_view text, int milliseconds) {
-    const auto until = Clock::now() + std::chrono::milliseconds(milliseconds);
-    for (std::size_t at = from_; at < lines_.size() || TakeLine(Left(until)); ++at) {
+    const Moment until = In(milliseconds);
+    for (std::size_t at = from_; at < lines_.size() || TakeLine(LeftUntil(until)); ++at) {
         if (Contains(lines_[at], text)) {
             return true;
         }

@@ -15,15 +15,12 @@ class Rfid : public EndToEnd {
   protected:
     // The typed lines in alphabetical order: which reader comes first is open.
     std::vector<std::string> TypedLines(std::size_t count) {
-        std::string text = Desktop.Typed(count, 8000);
+        std::istringstream text(Desktop.Typed(count, 8000));
         std::vector<std::string> lines;
-        for (std::size_t end; (end = text.find('\n')) != std::string::npos; text.erase(0, end + 1)) {
-            lines.push_back(text.substr(0, end));
+        for (std::string line; std::getline(text, line);) {
+            lines.push_back(text.eof() ? "unfinished: " + line : line);
         }
-        if (!text.empty()) {
-            lines.push_back("unfinished: " + text);
-        }
-        std::sort(lines.begin(), lines.end());
+        std::ranges::sort(lines);
         return lines;
     }
 };

@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr const char* SheetTitle = "Vantrel v1.29";
-
 // Offsets in the settings file.
 constexpr std::size_t SymbologyOffset = 240, GeneralOffset = 760;
 
@@ -26,18 +24,6 @@ std::size_t OffsetOf(const Setting& setting) {
 
 class SettingsByHand : public EndToEnd {
   protected:
-    void StartLaser() {
-        FitKnownReaders("laser");
-        StartReady();
-    }
-
-    void Press(std::initializer_list<unsigned long> keys) {
-        for (const unsigned long key : keys) {
-            Desktop.Press(key);
-            Pause(40);
-        }
-    }
-
     // The text of the item that has the focus.
     std::string FocusedItem() {
         std::string name;
@@ -70,11 +56,10 @@ class SettingsByHand : public EndToEnd {
         }
     }
 
-    // A second start has the running program open its settings.
-    void OpenByStartingAgain() {
-        Vantrel second;
-        EXPECT_EQ(second.Ended(), 0);
-        ASSERT_TRUE(SettingsOpen());
+    void StartWithSheet() {
+        FitKnownReaders("laser");
+        StartReady();
+        StartAgain();
     }
 
     void EditPrefix() {
@@ -84,7 +69,11 @@ class SettingsByHand : public EndToEnd {
         Press({XK_Return});
         ASSERT_TRUE(Desktop.WaitForFocus("Prefix Code"));
     }
-    void AwaitEdited() {
+    void AppendToPrefix(std::initializer_list<unsigned long> keys) {
+        ASSERT_NO_FATAL_FAILURE(EditPrefix());
+        Press({XK_End});
+        Press(keys);
+        Press({XK_Return});
         ASSERT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
         AwaitSheet();
     }
@@ -122,7 +111,8 @@ TEST_P(SettingsFromIcon, ChangesReachTheReaderTheFileAndTheNextScan) {
             "trayer", {"--edge", "top", "--align", "right", "--height", "26", "--widthtype", "request"});
         ASSERT_TRUE(Desktop.WaitForWindow("panel"));
     }
-    StartLaser();
+    FitKnownReaders("laser");
+    StartReady();
     EXPECT_EQ(Scan("3 AB12", 5), "AB12\n");
 
     TapIcon();
@@ -140,11 +130,9 @@ TEST_P(SettingsFromIcon, ChangesReachTheReaderTheFileAndTheNextScan) {
     }
     Wire->Forget();
     Trigger({"press", "200"});
-    EXPECT_FALSE(Wire->Saw("event decoding on", 500)) << "the readers are on while the settings are open";
+    EXPECT_FALSE(Wire->Saw("decoding com1 on", 500)) << "the readers are on while the settings are open";
 
-    EditPrefix();
-    Press({XK_p, XK_x, XK_Return});
-    ASSERT_NO_FATAL_FAILURE(AwaitEdited());
+    ASSERT_NO_FATAL_FAILURE(AppendToPrefix({XK_p, XK_x}));
     // The other page, its second group, that group's first switch.
     Desktop.Press(XK_Tab, true);
     ASSERT_TRUE(OnWine() ||
@@ -177,11 +165,8 @@ INSTANTIATE_TEST_SUITE_P(Icons, SettingsFromIcon, testing::Bool(),
                          [](const auto& tested) { return tested.param ? "InATray" : "StandIn"; });
 
 TEST_F(SettingsByHand, CancelEndsTheProgramWithoutSaving) {
-    StartLaser();
-    OpenByStartingAgain();
-    EditPrefix();
-    Press({XK_q, XK_Return});
-    ASSERT_NO_FATAL_FAILURE(AwaitEdited());
+    StartWithSheet();
+    ASSERT_NO_FATAL_FAILURE(AppendToPrefix({XK_q}));
     Wire->Forget();
     Press({XK_Escape});
     EXPECT_EQ(Running->Ended(), 0);
@@ -191,19 +176,14 @@ TEST_F(SettingsByHand, CancelEndsTheProgramWithoutSaving) {
 }
 
 TEST_F(SettingsByHand, ASecondStartReplacesTheSheetAndItsEditor) {
-    StartLaser();
-    OpenByStartingAgain();
-    EditPrefix();
-    Press({XK_q, XK_Return});
-    ASSERT_NO_FATAL_FAILURE(AwaitEdited());
+    StartWithSheet();
+    ASSERT_NO_FATAL_FAILURE(AppendToPrefix({XK_q}));
     EditPrefix();
     Press({XK_z});
-    OpenByStartingAgain();
+    StartAgain();
     EXPECT_TRUE(Desktop.WaitUntilGone("Prefix Code"));
     // What had been accepted before is still to be applied; what was being typed is gone.
-    EditPrefix();
-    Press({XK_End, XK_w, XK_Return});
-    ASSERT_NO_FATAL_FAILURE(AwaitEdited());
+    ASSERT_NO_FATAL_FAILURE(AppendToPrefix({XK_w}));
     Press({XK_Tab, XK_Tab, XK_Return});
     EXPECT_TRUE(SettingsOpen(false));
     Desktop.BringToFront();
@@ -213,11 +193,8 @@ TEST_F(SettingsByHand, ASecondStartReplacesTheSheetAndItsEditor) {
 }
 
 TEST_F(SettingsByHand, AFileThatAnotherProgramKeepsIsNotSaved) {
-    StartLaser();
-    OpenByStartingAgain();
-    EditPrefix();
-    Press({XK_q, XK_Return});
-    ASSERT_NO_FATAL_FAILURE(AwaitEdited());
+    StartWithSheet();
+    ASSERT_NO_FATAL_FAILURE(AppendToPrefix({XK_q}));
     const int file = open(SettingsPath().c_str(), O_RDONLY | O_CLOEXEC);
     EXPECT_EQ(flock(file, LOCK_EX), 0);
     if (OnWine()) {
@@ -233,8 +210,7 @@ TEST_F(SettingsByHand, AFileThatAnotherProgramKeepsIsNotSaved) {
 }
 
 TEST_F(SettingsByHand, TheProgramEndsUnderAnOpenEditor) {
-    StartLaser();
-    OpenByStartingAgain();
+    StartWithSheet();
     EditPrefix();
     EXPECT_TRUE(Running->End());
     ExpectNothingLeft();

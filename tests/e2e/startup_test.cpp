@@ -14,8 +14,7 @@ namespace {
 
 class Startup : public EndToEnd {};
 
-struct Course {
-    const char* Name;
+struct Course : Named {
     const char* Barcode;
     const char* Command;  // to the readers
     WORD Stored;          // the readers of the file that is there before, 0: none; and what it has set
@@ -27,9 +26,6 @@ struct Course {
     const char* Label;
     const char* Typed;
 };
-void PrintTo(const Course& course, std::ostream* out) {
-    *out << course.Name;
-}
 
 class StartupWith : public Startup, public testing::WithParamInterface<Course> {};
 
@@ -70,30 +66,30 @@ INSTANTIATE_TEST_SUITE_P(
                            SetUpAnew, "com9", DeviceLaser, "1 AB12", "AAB12\n"},
                     Course{"AnotherSpeed", "imager", "rate com1 9600", DeviceImager, &general::AutoEnter, '0',
                            "event rate com1 115200", "com9", DeviceImager, "3 Faster", "Faster"}),
-    [](const auto& course) { return std::string(course.param.Name); });
+    NameOf);
 
-struct Failure {
-    const char* Name;
+struct Failure : Named {
     const char* Barcode;  // null: no port
     bool Known;           // from the settings file
     const char* Command;
     const char* Text;
+    std::size_t Rubbish = 0;  // of such a size is the settings file that is there before
 };
-void PrintTo(const Failure& failure, std::ostream* out) {
-    *out << failure.Name;
-}
 
 class FailedStartup : public Startup, public testing::WithParamInterface<Failure> {};
 
 // The program says so, and ends with code 0 when the box is dismissed; nothing is left.
 TEST_P(FailedStartup, EndsWithAMessage) {
-    const auto [name, barcode, known, command, text] = GetParam();
-    if (barcode != nullptr) {
-        known ? FitKnownReaders(barcode) : FitReaders(barcode);
-        Wire->Command(command);
+    const Failure& failure = GetParam();
+    if (failure.Barcode != nullptr) {
+        failure.Known ? FitKnownReaders(failure.Barcode) : FitReaders(failure.Barcode);
+        Wire->Command(failure.Command);
+    }
+    if (failure.Rubbish != 0) {
+        WriteWholeFile(SettingsPath(), std::string(failure.Rubbish, '\xFF'));
     }
     Start();
-    EXPECT_TRUE(ErrorBoxSays(Desktop, text));
+    EXPECT_TRUE(ErrorBoxSays(Desktop, failure.Text));
     EXPECT_EQ(Running->Ended(0), -1) << "it ended before the box was dismissed";
     DismissErrorBox(Desktop);
     EXPECT_EQ(Running->Ended(), 0);
@@ -102,24 +98,16 @@ TEST_P(FailedStartup, EndsWithAMessage) {
 
 INSTANTIATE_TEST_SUITE_P(
     Of, FailedStartup,
-    testing::Values(Failure{"NoReader", "none", false, "state", "No reader device!!"},
-                    Failure{"NoBarcodePort", nullptr, false, "", "Failed to turn barcode reader on!!"},
-                    Failure{"NoPortOfAKnownReader", "laser", true, "unplug com1",
-                            "Failed to turn barcode reader on!!"},
-                    Failure{"NoRfidPort", "imager", false, "unplug com2", "Failed to turn RFID reader on!!"},
-                    Failure{"RefusedConfiguration", "imager", false, "fault nak-params 2 x2",
-                            "Failed to initialize Corvin!!"}),
-    [](const auto& failure) { return std::string(failure.param.Name); });
-
-// All words are out of range: a 1D reader is believed to be there, and does not answer.
-TEST_F(Startup, AFileFullOfRubbishEndsInAMessage) {
-    FitReaders("imager");
-    WriteWholeFile(SettingsPath(), std::string(1100, '\xFF'));
-    Start();
-    EXPECT_TRUE(ErrorBoxSays(Desktop, "Failed to initialize BC reader!!"));
-    DismissErrorBox(Desktop);
-    EXPECT_EQ(Running->Ended(), 0);
-}
+    testing::Values(
+        Failure{"NoReader", "none", false, "state", "No reader device!!"},
+        Failure{"NoBarcodePort", nullptr, false, "", "Failed to turn barcode reader on!!"},
+        Failure{"NoPortOfAKnownReader", "laser", true, "unplug com1", "Failed to turn barcode reader on!!"},
+        Failure{"NoRfidPort", "imager", false, "unplug com2", "Failed to turn RFID reader on!!"},
+        Failure{"RefusedConfiguration", "imager", false, "fault nak-params 2 x2",
+                "Failed to initialize Corvin!!"},
+        // All words are out of range: a 1D reader is believed to be there, and does not answer.
+        Failure{"AFileFullOfRubbish", "imager", false, "state", "Failed to initialize BC reader!!", 1100}),
+    NameOf);
 
 // Nobody could dismiss a box there.
 TEST_F(Startup, WithoutADisplayAFailureIsSaidAndEndsTheProgram) {
@@ -151,23 +139,6 @@ TEST_F(Startup, WithoutADisplayAFailureIsSaidAndEndsTheProgram) {
             << failure.Said;
         EXPECT_NE(said.find(failure.Said), std::string::npos) << said;
     }
-}
-
-// The settings come to the front, once, and the second program is gone.
-TEST_F(Startup, ASecondStartShowsTheSettingsOfTheFirst) {
-    FitKnownReaders("laser");
-    StartReady();
-    const std::size_t windows = Desktop.Windows().size();
-    Vantrel second;
-    EXPECT_EQ(second.Ended(), 0);
-    EXPECT_TRUE(SettingsOpen());
-    EXPECT_LE(Desktop.Windows().size(), windows + 2) << "the second start left windows";
-    // Both readers are off while the settings are open.
-    Wire->Forget();
-    Trigger({"press", "100"});
-    EXPECT_FALSE(Wire->Saw("rx com1 04 E4", 200));
-    EXPECT_TRUE(Running->End());
-    ExpectNothingLeft();
 }
 
 }  // namespace

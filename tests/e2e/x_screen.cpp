@@ -8,7 +8,6 @@
 #include <X11/keysym.h>
 #include <poll.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -70,13 +69,10 @@ bool XScreen::HasFocus(unsigned long window) {
 }
 
 std::string XScreen::Typed(std::size_t count, int milliseconds) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const Moment until = In(milliseconds);
     std::string text;
     for (;;) {
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now()).count();
-        const int wait = text.size() >= count ? QuietTime : static_cast<int>(left > 0 ? left : 0);
-        if (!EventWithin(display_, wait)) {
+        if (!EventWithin(display_, text.size() >= count ? QuietTime : LeftUntil(until))) {
             return text;
         }
         XEvent event;

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "firmware/firmware_frame.h"
+#include "firmware/srecord.h"
 
 namespace {
 
@@ -25,21 +26,6 @@ std::string RecordLine(char type, std::uint32_t address, const Octets& data) {
         sum += byte;
     }
     return line + Hex(0xFF - (sum & 0xFF), 2) + "\r\n";
-}
-
-Reading ReadText(std::string_view text) {
-    Reading reading;
-    SrecordReader reader{};
-    for (const char c : text) {
-        ++reading.Taken;
-        reading.Last = FeedSrecord(reader, static_cast<BYTE>(c));
-        reading.Records += reading.Last == SrecordStep::Record ? 1 : 0;
-        if (reading.Last == SrecordStep::Bad || reading.Last == SrecordStep::End) {
-            break;
-        }
-    }
-    reading.MayEnd = reading.Last != SrecordStep::Bad && BetweenSrecords(reader);
-    return reading;
 }
 
 std::vector<Octets> FramesOf(std::string_view text) {

@@ -6,22 +6,11 @@
 #include <string_view>
 #include <vector>
 
-#include "firmware/srecord.h"
-
 using Octets = std::vector<std::uint8_t>;
 
 // One line with count, checksum and CR LF; type '2' or '3'.
 std::string RecordLine(char type, std::uint32_t address, const Octets& data);
 inline constexpr std::string_view EndLine = "S70500000000FA\r\n";
-
-// What the reader says to the last byte of the text that it takes, and how many records there were.
-struct Reading {
-    SrecordStep Last = SrecordStep::More;
-    std::size_t Taken = 0;
-    std::size_t Records = 0;
-    bool MayEnd = false;
-};
-Reading ReadText(std::string_view text);
 
 // The data frames of a file, as sent, without the end frame.
 std::vector<Octets> FramesOf(std::string_view text);

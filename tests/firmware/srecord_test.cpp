@@ -1,12 +1,34 @@
 // Which files are firmware files, byte by byte.
 #include <gtest/gtest.h>
 
+#include "firmware/srecord.h"
 #include "tests/firmware/firmware_text.h"
 
 namespace {
 
 const std::string Good = RecordLine('3', 0x00010000, {1, 2, 3, 4});
 const std::string Digits = Good.substr(0, Good.size() - 2);
+
+// What the reader says to the last byte of the text that it takes, and how many records there were.
+struct Reading {
+    SrecordStep Last = SrecordStep::More;
+    std::size_t Taken = 0, Records = 0;
+    bool MayEnd = false;
+};
+Reading ReadText(std::string_view text) {
+    Reading reading;
+    SrecordReader reader{};
+    for (const char c : text) {
+        ++reading.Taken;
+        reading.Last = FeedSrecord(reader, static_cast<BYTE>(c));
+        reading.Records += reading.Last == SrecordStep::Record ? 1 : 0;
+        if (reading.Last == SrecordStep::Bad || reading.Last == SrecordStep::End) {
+            break;
+        }
+    }
+    reading.MayEnd = reading.Last != SrecordStep::Bad && BetweenSrecords(reader);
+    return reading;
+}
 
 struct Refused {
     const char* What;

@@ -23,10 +23,7 @@ constexpr LPCWSTR FirmwareName = TEXT("\\DiskOnChip\\F.SHX");
 constexpr DWORD DecoderRate = 115200;
 const std::string Good = RecordLine('3', 0x00010000, {1, 2, 3, 4});
 
-struct Segment {
-    std::uint32_t Address;
-    std::size_t Size;
-};
+using Segment = std::pair<std::uint32_t, std::size_t>;  // address and size
 
 struct Firmware {
     char Type;
@@ -69,10 +66,10 @@ class FirmwareTransfer : public testing::Test {
     void Generate(const Firmware& firmware) {
         std::vector<std::string> command;
         unsigned seed = 1;
-        for (const Segment& segment : firmware.Segments) {
+        for (const auto& [address, size] : firmware.Segments) {
             const std::string part = Terminal.Path("part" + std::to_string(seed));
-            WriteWholeFile(part, RandomBytes(segment.Size, seed++));
-            command.insert(command.end(), {part, "-binary", "-offset", std::to_string(segment.Address)});
+            WriteWholeFile(part, RandomBytes(size, seed++));
+            command.insert(command.end(), {part, "-binary", "-offset", std::to_string(address)});
         }
         const bool s3 = firmware.Type == '3';
         const std::vector<std::string> output = {
@@ -108,7 +105,7 @@ TEST_F(FirmwareTransfer, GeneratedFilesArriveByteForByte) {
         {'3', 240, {{0x8000, 1 << 18}}},
     };
     for (const Firmware& firmware : files) {
-        SCOPED_TRACE(firmware.Segments[0].Address);
+        SCOPED_TRACE(firmware.Segments[0].first);
         ASSERT_NO_FATAL_FAILURE(Generate(firmware));
         Wire->Forget();
         ASSERT_EQ(LoadFirmware(nullptr, FirmwareName), Success);

@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr const char* SheetTitle = "Vantrel v1.29";
 constexpr const char* CautionTitle = "Caution";
 constexpr const char* ChoiceTitle = "Open";
 constexpr const char* ProgressTitle = "Download Progress";
@@ -41,8 +40,7 @@ class UpgradeByHand : public EndToEnd {
         WriteWholeFile(Terminal.Path("DiskOnChip/EMPTY.SHX"), "");
         StartReady();
         Wire->Command("wire off");
-        Vantrel second;
-        EXPECT_EQ(second.Ended(), 0);
+        StartAgain();
         ASSERT_TRUE(SheetTakesKeys());
         Wire->Forget();
     }
@@ -51,27 +49,6 @@ class UpgradeByHand : public EndToEnd {
     static void Settle() {
         ASSERT_TRUE(Trigger({"up"}));
         ASSERT_TRUE(Trigger({"up"}));
-    }
-    void Press(std::initializer_list<unsigned long> keys) {
-        for (const unsigned long key : keys) {
-            Desktop.Press(key);
-            Pause(40);
-        }
-    }
-    void Type(const std::string& text) {
-        for (const char letter : text) {
-            Press({static_cast<unsigned long>(letter)});
-        }
-    }
-
-    // The main window has the same title and is smaller.
-    std::optional<ScreenWindow> Sheet() {
-        for (const ScreenWindow& window : Desktop.Windows()) {
-            if (window.Title == SheetTitle && window.Width > Desktop.MainWidth()) {
-                return window;
-            }
-        }
-        return std::nullopt;
     }
     bool SheetTakesKeys() {
         return Within(10000, [&] {
@@ -106,7 +83,9 @@ class UpgradeByHand : public EndToEnd {
         Press({XK_Return});
         ASSERT_TRUE(Desktop.WaitForFocus(ChoiceTitle));
         Press({XK_Tab});
-        Type(name);
+        for (const char letter : name) {
+            Press({static_cast<unsigned long>(letter)});
+        }
         Press({XK_Return});
         ASSERT_TRUE(Desktop.WaitUntilGone(ChoiceTitle));
     }

@@ -2,10 +2,9 @@
 # The first day of a new user, as README tells it, on a machine of its own: systemd as process 1 in namespaces over this
 # machine's files, the packages installed there, sway with a terminal in front, the readers found, the user unit started
 # at log-on in its sandbox, a label typed, the unit stopped. What it changes is gone with it.
-#   log_on.sh PACKAGE_FOLDER [PICTURE]      PICTURE: where to put one of the desktop with the settings (needs grim)
+#   log_on.sh PACKAGE_FOLDER
 set -euo pipefail
 packages=$(cd "$1" && pwd)
-picture=${2:-}
 home=$(mktemp -d)
 trap 'rmdir "$home"' EXIT
 
@@ -136,11 +135,6 @@ as_user 'sway() { swaymsg -s $XDG_RUNTIME_DIR/sway-ipc.*.sock "$@"; }
   await 10 test -s /tmp/typed
   [ "$(cat /tmp/typed)" = 4006381333931 ]' || failed "the label was not typed: $(inside cat /tmp/typed)"
 echo "A label was typed into foot on sway"
-
-if [ -n "$picture" ]; then
-  as_user 'export WAYLAND_DISPLAY=wayland-1; vantrel 2>/dev/null; sleep 2; grim /tmp/picture.png'
-  inside cat /tmp/picture.png > "$picture"
-fi
 
 as_user 'timeout 20 systemctl --user stop vantrel
   [ "$(systemctl --user show -p Result --value vantrel)" = success ]

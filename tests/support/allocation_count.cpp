@@ -36,26 +36,14 @@ std::size_t CountAllocations::Count() const {
 #ifndef COUNT_BY_HOOK
 
 // The C library's own allocator does the work under its inner names; its free stays as it is.
-extern "C" {
-
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* old, std::size_t size);
-
-void* malloc(std::size_t size) {
-    NoteAllocation();
-    return __libc_malloc(size);
-}
-
-void* calloc(std::size_t count, std::size_t size) {
-    NoteAllocation();
-    return __libc_calloc(count, size);
-}
-
-void* realloc(void* old, std::size_t size) {
-    NoteAllocation();
-    return __libc_realloc(old, size);
-}
-}
+#define COUNTED(name, parameters, arguments)   \
+    extern "C" void* __libc_##name parameters; \
+    extern "C" void* name parameters {         \
+        NoteAllocation();                      \
+        return __libc_##name arguments;        \
+    }
+COUNTED(malloc, (std::size_t size), (size))
+COUNTED(calloc, (std::size_t count, std::size_t size), (count, size))
+COUNTED(realloc, (void* old, std::size_t size), (old, size))
 
 #endif

@@ -6,21 +6,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-int MillisecondsLeft(Clock::time_point deadline) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    return left > 0 ? static_cast<int>(left) : 0;
-}
 
 void Check(bool good, const char* what) {
     if (!good) {
@@ -30,6 +23,11 @@ void Check(bool good, const char* what) {
 }
 
 }  // namespace
+
+int LeftUntil(Moment moment) {
+    const auto left = moment - std::chrono::steady_clock::now();
+    return std::max(0, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(left).count()));
+}
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command,
                            const std::vector<std::string>& environment) {
@@ -93,7 +91,7 @@ void ChildProcess::CloseInput() {
 }
 
 std::optional<std::string> ChildProcess::ReadLine(int milliseconds) {
-    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+    const Moment deadline = In(milliseconds);
     for (;;) {
         const std::size_t end = pending_.find('\n');
         if (end != std::string::npos) {
@@ -106,8 +104,8 @@ std::optional<std::string> ChildProcess::ReadLine(int milliseconds) {
             return line;
         }
         pollfd ready{output_, POLLIN, 0};
-        if (poll(&ready, 1, MillisecondsLeft(deadline)) <= 0) {
-            if (Clock::now() >= deadline) {
+        if (poll(&ready, 1, LeftUntil(deadline)) <= 0) {
+            if (LeftUntil(deadline) == 0) {
                 return std::nullopt;
             }
             continue;
@@ -129,12 +127,12 @@ void ChildProcess::Signal(int number) {
 }
 
 std::optional<int> ChildProcess::Wait(int milliseconds) {
-    const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
+    const Moment deadline = In(milliseconds);
     while (!result_) {
         int status = 0;
         if (waitpid(id_, &status, WNOHANG) == id_) {
             result_ = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        } else if (Clock::now() >= deadline) {
+        } else if (LeftUntil(deadline) == 0) {
             return std::nullopt;
         } else {
             const timespec pause{0, 2'000'000};

@@ -3,9 +3,17 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
+
+using Moment = std::chrono::steady_clock::time_point;
+inline Moment In(int milliseconds) {
+    return std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+}
+// Milliseconds until then; 0 when it has passed.
+int LeftUntil(Moment moment);
 
 // A running program with its standard input and output in the test's hands; standard error stays the test's.
 class ChildProcess {

@@ -1,7 +1,6 @@
 """Records wire traces of the real program, and plays the readers' side of recorded ones back to it.
 
   traces.py record PROGRAMS FILE READER   the first start of a terminal and one label, from simulated readers
-  traces.py record PROGRAMS FILE rfid     a later start, and one tag
   traces.py replay PROGRAMS FILE          the program must send what it sent then, and type what it typed then
 
 In a trace the lines "#do WORDS" are what the hand on the trigger key did at that moment, and "#typed TEXT" is a line
@@ -17,14 +16,11 @@ import time
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 from terminal import Terminal, wait_for  # noqa: E402
 
-PRESENTED = {"1d": "label A VANTREL7", "laser": "label 1 VANTREL7", "imager": "label 1 VANTREL7",
-             "rfid": "tag I E007000012AB34CD"}
+PRESENTED = {"1d": "label A VANTREL7", "laser": "label 1 VANTREL7", "imager": "label 1 VANTREL7"}
 
 
-def start(programs, folder, with_settings, readers, trace):
+def start(programs, folder, readers, trace):
     terminal = Terminal(programs, folder, VANTREL_TRACE=str(trace))
-    if with_settings:
-        terminal.write_settings()
     terminal.start_readers("--quiet", *readers)
     terminal.start_system()
     return terminal
@@ -32,10 +28,7 @@ def start(programs, folder, with_settings, readers, trace):
 
 def record(programs, file, reader):
     with tempfile.TemporaryDirectory() as folder:
-        fitted = ["--barcode", reader, "--rfid", "100"]
-        if reader == "rfid":
-            fitted[1] = "none"
-        run = start(programs, folder, reader == "rfid", fitted, file)
+        run = start(programs, folder, ["--barcode", reader, "--rfid", "100"], file)
 
         def act(command):
             with open(file, "a", encoding="ascii") as trace:
@@ -56,7 +49,7 @@ def record(programs, file, reader):
 def replay(programs, file):
     lines = pathlib.Path(file).read_text(encoding="ascii").splitlines()
     with tempfile.TemporaryDirectory() as folder:
-        run = start(programs, folder, pathlib.Path(file).stem == "rfid", ["--replay", file], f"{folder}/again")
+        run = start(programs, folder, ["--replay", file], f"{folder}/again")
         passed = {"COM1": 0, "COM2": 0}
         wanted = []
 

@@ -13,18 +13,16 @@ using Words = std::vector<std::string>;
 // Texts in quotes and other words, up to a comment.
 Words Split(const std::string& line) {
     Words words;
-    for (std::size_t at = 0;
-         (at = line.find_first_not_of(" \t", at)) != std::string::npos && line[at] != '#';) {
-        const std::size_t start = at;
+    std::size_t end = 0;
+    for (std::size_t at; (at = line.find_first_not_of(" \t", end)) != std::string::npos && line[at] != '#';) {
+        end = std::min(line.find_first_of(" \t", at), line.size());
         if (line[at] == '"') {
-            for (++at; at < line.size() && line[at] != '"'; ++at)
-                at += line[at] == '\\' ? 1 : 0;
-            if (at++ >= line.size())
+            for (end = at + 1; end < line.size() && line[end] != '"'; ++end)
+                end += line[end] == '\\' ? 1 : 0;
+            if (end++ >= line.size())
                 throw std::runtime_error("a text has no end");
-        } else {
-            at = std::min(line.find_first_of(" \t", at), line.size());
         }
-        words.push_back(line.substr(start, at - start));
+        words.push_back(line.substr(at, end - at));
     }
     return words;
 }

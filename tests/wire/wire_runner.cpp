@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 
 #include "tests/wire/wire_stage.h"
@@ -42,22 +42,14 @@ void Register(const std::filesystem::path& file) {
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(WIRE_FILES)) {
-        if (entry.path().extension() == ".wire")
-            files.push_back(entry.path());
-    }
-    std::sort(files.begin(), files.end());
-    try {
-        for (const auto& file : files)
+const bool Registered = [] {
+    using std::filesystem::directory_iterator;
+    for (const std::set<std::filesystem::path> files{directory_iterator(WIRE_FILES), {}};
+         const auto& file : files) {
+        if (file.extension() == ".wire")
             Register(file);
-    } catch (const std::exception& problem) {
-        std::fprintf(stderr, "%s\n", problem.what());
-        return 1;
     }
-    return RUN_ALL_TESTS();
-}
+    return true;
+}();
+
+}  // namespace
