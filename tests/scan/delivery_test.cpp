@@ -39,6 +39,26 @@ bool TakeBusyTimer() {
     return KillTimer(ShellState.MainWindow, IDT_DELIVERY_BUSY) != FALSE;
 }
 
+TEST(Delivery, EveryCombinationOfChannels) {
+    DeliveryTerminal terminal(Device1D);
+    for (WORD output = '0'; output <= '8'; ++output) {
+        SCOPED_TRACE(output);
+        const bool keys = (output & 1) != 0, messages = (output & 2) != 0, event = (output & 4) != 0;
+        SetValue(general::DataOutput, output);
+        ShellState.TransferBusy = 1;
+        terminal.Keys->Clear();
+        terminal.Messages.clear();
+        Deliver(terminal, "AB12");
+        EXPECT_EQ(terminal.TakeEvent(), event);
+        EXPECT_EQ(terminal.TakeRecord(), messages || event ? RecordOf("AB12") : "");
+        EXPECT_EQ(terminal.Messages,
+                  messages ? std::vector<std::string>({"copydata", "decode 7"}) : std::vector<std::string>());
+        EXPECT_EQ(terminal.Keys->Text(), keys ? "AB12" : "");
+        EXPECT_EQ(ShellState.TransferBusy, keys ? 1 : 0);
+        EXPECT_EQ(TakeBusyTimer(), keys);
+    }
+}
+
 TEST(Delivery, SettingsShapeTheLine) {
     DeliveryTerminal terminal(Device1D);
     const WCHAR prefix[] = TEXT("<P"), suffix[] = TEXT("S>");
