@@ -28,7 +28,7 @@ folder=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Local/Programs/Vantrel)
 [ -f "$folder/vantrel.exe" ] || fail "nothing is installed"
 run_key | grep -qa 'vantrel.exe' || fail "it is not started at log-on"
 
-VANTREL_E2E=wine VANTREL_WINDOWS_INSTALLED=$folder timeout 300 "$tests/bin/e2e_main_job_test" \
+VANTREL_E2E=wine WINEDEBUG=fixme-all VANTREL_WINDOWS_INSTALLED=$folder timeout 300 "$tests/bin/e2e_main_job_test" \
   --gtest_filter='*LabelsArriveOnEveryChannel/laser' >"$windows/installed.log" 2>&1 ||
   { tail -n 30 "$windows/installed.log" >&2; fail "the installed program does not read"; }
 
