@@ -99,9 +99,7 @@ TEST(Vibrator, WritesOneCharacterAndIsOffAtTheEnd) {
     ASSERT_EQ(symlink("brightness", file.c_str()), 0);
     EXPECT_TRUE(Vibrate(1));
     EXPECT_EQ(ReadWholeFile(terminal.Path("brightness")), "1\n");
-
     layer::RunEndWork();
-
     DWORD value = 1;
     EXPECT_FALSE(KernelIoControl(0x24321016, &value, sizeof value, nullptr, 0, nullptr));
 }

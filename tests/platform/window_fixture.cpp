@@ -38,25 +38,6 @@ WindowTest::~WindowTest() {
     layer::StopListening();  // the next test has a terminal of its own
 }
 
-HWND WindowTest::Make(const char16_t* className, DWORD style, const QRect& place, int id) {
-    const layer::WindowPtr holder = layer::FindWindowObject(window_);
-    layer::WindowInit init;
-    init.Parent = holder.get();
-    init.Child = true;
-    init.ClassName = className;
-    init.Id = id;
-    init.Style = style | WS_VISIBLE;
-    init.Place = place;
-    const layer::WindowPtr control = layer::MakeControl(init);
-    layer::PumpMessages();
-    return control != nullptr ? control->Handle() : nullptr;
-}
-
-QWidget* WindowTest::WidgetOf(HWND window) {
-    const layer::WindowPtr object = layer::FindWindowObject(window);
-    return object != nullptr ? object->Widget() : nullptr;
-}
-
 void WindowTest::Then(std::function<void()> step) {
     QTimer::singleShot(0, qApp, std::move(step));
 }

@@ -1,4 +1,4 @@
-// A window of the test's own, which may hold common controls; its procedure is what the test says.
+// A window of the test's own; its procedure is what the test says.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,9 +16,6 @@ class WindowTest : public testing::Test {
     explicit WindowTest(bool inFront = false);
     ~WindowTest() override;
 
-    // A control in the window, shown; the class in whatever case.
-    HWND Make(const char16_t* className, DWORD style, const QRect& place, int id = 1);
-    static QWidget* WidgetOf(HWND window);
     // Runs the step once the messages are waited for.
     static void Then(std::function<void()> step);
 

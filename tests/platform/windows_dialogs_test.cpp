@@ -1,4 +1,4 @@
-// Dialogs, menus and boxes, clicked as a user does.
+// Dialogs, menus and boxes, clicked as a user does, and where the parts of the property sheet lie.
 #include <QApplication>
 #include <QImageReader>
 #include <QLabel>
@@ -8,6 +8,7 @@
 #include <QTest>
 #include <thread>
 
+#include "platform/linux/controls/sheet_layout.h"
 #include "platform/linux/windows/images.h"
 #include "platform/linux/windows/message_loop.h"
 #include "platform/shell.h"
@@ -74,6 +75,25 @@ TEST_F(ControlsTest, TheTrayMenu) {
     EXPECT_FALSE(TrackPopupMenuEx(menu, 0, 10, 20, window_, nullptr)) << "it has been destroyed";
 }
 
+// While somebody moves the bar and does not come back to the messages.
+TEST_F(ControlsTest, ProgressHandsOutNothing) {
+    const HWND dialog =
+        CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_DOWNLOAD_PROGRESS), window_, nullptr, 0);
+    ASSERT_NE(GetDlgItem(dialog, IDC_PROGRESS), nullptr);
+    layer::PumpMessages();
+    int handed = 0;
+    Handle = [&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT { return handed += message == WM_COMMAND; };
+    QTimer::singleShot(0, qApp, [&] { ++handed; });
+    PostMessageW(window_, WM_COMMAND, 1, 0);
+    for (WPARAM percent = 1; percent <= 10; ++percent) {
+        SendDlgItemMessageW(dialog, IDC_PROGRESS, PBM_SETPOS, percent, 0);
+    }
+    EXPECT_EQ(handed, 0);
+    layer::PumpMessages();
+    EXPECT_EQ(handed, 2);
+    DestroyWindow(dialog);
+}
+
 TEST_F(ControlsTest, AnIconHasEveryPictureOfItsFile) {
     const QIcon icon = layer::LoadIconResource(IDI_TRAY);
     QImageReader file(QStringLiteral(VANTREL_ICON));
@@ -137,6 +157,29 @@ TEST_F(ControlsTest, BoxesOfSeveralThreadsEndInAnyOrder) {
     EXPECT_NE(BoxButton("second"), nullptr);
     dismiss("second");
     second.join();
+}
+
+TEST(SheetLayout, EverythingHasRoomOfItsOwnOnAnyScreen) {
+    for (const int width : {160, 200, 238, 240, 320, 480, 800}) {
+        for (const int height : {160, 266, 320, 600}) {
+            for (const int tabs : {40, -40, 116, -116, 170, -170, 400, -400}) {
+                SCOPED_TRACE(testing::Message() << width << "x" << height << " tabs " << tabs);
+                const QSize screen(width, height);
+                const bool bottom = tabs < 0;
+                const layer::SheetPlaces places =
+                    layer::LayOutSheet({screen, QSize(std::abs(tabs), 28), QSize(56, 26), bottom});
+                const QRect parts[] = {places.Page, places.Tabs, places.Ok, places.Cancel};
+                for (const QRect& part : parts) {
+                    EXPECT_TRUE(part.isValid() && QRect(QPoint(0, 0), screen).contains(part));
+                    for (const QRect* other = &part + 1; other < std::end(parts); ++other) {
+                        EXPECT_FALSE(part.intersects(*other));
+                    }
+                }
+                EXPECT_EQ(bottom ? places.Page.bottom() + 1 : places.Tabs.bottom() + 1,
+                          bottom ? places.Tabs.top() : places.Page.top());
+            }
+        }
+    }
 }
 
 }  // namespace

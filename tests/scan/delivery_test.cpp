@@ -13,15 +13,19 @@
 #include "platform/linux/windows/message_loop.h"
 #include "scan/barcode_data.h"
 #include "scan/decode_record.h"
+#include "scan/rfid_data.h"
 #include "scan/typing.h"
 #include "settings/all_fields.h"
 #include "settings/record.h"
 #include "shell/shell_state.h"
 #include "tests/scan/delivery_terminal.h"
 #include "tests/scan/scans.h"
+#include "tests/support/allocation_count.h"
 #include "tests/support/manual_clock.h"
 
 namespace {
+
+using namespace std::string_literals;
 
 // The bytes that other programs get.
 std::string RecordOf(const char* data) {
@@ -265,6 +269,54 @@ TEST(Delivery, NoKeyComesAfterAReadingHasBeenEnded) {
         EXPECT_EQ(terminal.Keys->Events().size(), events);
         terminal.Keys->Text();  // no key is left down
     }
+}
+
+// The wait cursor of a tag's read is left out: it is carried to the main thread, in memory of the platform's.
+TEST(HandleData, AScanTakesNoMemoryFromTheHeap) {
+    const std::string packet = "\013Ab12", message = "\033A005Ab12\xE9\r";
+    const RfidScanData tag = TagScan("E004", "data");
+    const auto handle = [](const std::string& bytes) {
+        HandleBarcodeData(reinterpret_cast<const BYTE*>(bytes.data()), static_cast<DWORD>(bytes.size()));
+    };
+    const std::pair<WORD, std::function<void()>> cases[] = {
+        {Device1D, [&] { handle(message); }},
+        {DeviceImager, [&] { handle(packet); }},
+        {DeviceRfid, [&] { DeliverScan(tag); }},
+    };
+    for (const auto& [device, scan] : cases) {
+        DeliveryTerminal terminal(device);
+        for (const Setting* setting : {&general::IncludeCodeType, &general::IncludeCodeLength,
+                                       &general::AutoEnter, &general::ReadRfidData}) {
+            SetValue(*setting, '1');
+        }
+        SetValue(general::AutoEnterCharacter, '2');
+        SetValue(general::DataOutput, '5');
+        std::size_t taken = 1;
+        terminal.OnReceiveThread([&] {
+            scan();  // the platform makes its own objects on first use
+            // Setting a timer wakes the main thread, which takes memory that is the platform's.
+            const HWND window = ShellState.MainWindow.Exchange(nullptr);
+            const CountAllocations count;
+            scan();
+            taken = count.Count();
+            ShellState.MainWindow = window;
+        });
+        EXPECT_EQ(taken, 0u) << device;
+    }
+}
+
+TEST(HandleRfid, ALineThatIsNoTagIsNotDelivered) {
+    DeliveryTerminal terminal(DeviceRfid);
+    SetValue(general::DataOutput, '5');
+    const std::string longest = "V" + std::string(22, 'A');
+    for (const std::string& line : {""s, longest + "B", longest + std::string(200, 'B')}) {
+        terminal.OnReceiveThread([&] { EXPECT_EQ(HandleRfidData(line.c_str(), 0), 0); });
+    }
+    EXPECT_EQ(HandleRfidData(nullptr, 0), 0);
+    EXPECT_FALSE(terminal.TakeEvent());
+    terminal.OnReceiveThread([&] { EXPECT_EQ(HandleRfidData(longest.c_str(), 0), 1); });
+    EXPECT_EQ(terminal.Keys->Text(), std::string(22, 'A'));
+    EXPECT_EQ(terminal.TakeRecord().substr(12, 23), std::string(22, 'A') + '\0');
 }
 
 }  // namespace

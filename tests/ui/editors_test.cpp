@@ -2,6 +2,9 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QLineEdit>
+#include <QTest>
+#include <QToolButton>
+#include <cstring>
 
 #include "app/settings_window.h"
 #include "platform/linux/kernel/terminal.h"
@@ -140,16 +143,6 @@ struct Typing {
     std::vector<const char*> Contents;  // of the edit after each key
 };
 
-std::vector<std::string> SplitKeys(const std::string& keys) {
-    std::vector<std::string> split;
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        const std::size_t end = keys[i] == '[' ? keys.find(']', i) : i;
-        split.push_back(keys.substr(i, end + 1 - i));
-        i = end;
-    }
-    return split;
-}
-
 const Typing NumberTypings[] = {
     {"below the minimum", DeviceImager, PageGeneral, 14247, 100, "[End][Backspace]", {"100", "79"}},
     {"emptied", DeviceImager, PageGeneral, 14247, 100, "[All][Delete]", {"100", "79"}},
@@ -174,14 +167,40 @@ TEST_F(SheetTest, ANumberIsPutRightAtEveryKey) {
         SetValue(*FindSetting(typing.PageBase, typing.Item), typing.Start);
         RunNumberEditor(typing.PageBase, typing.Item, [&](HWND editor) {
             WidgetOf(GetDlgItem(editor, IDC_EDIT))->setFocus();
-            const std::vector<std::string> keys = SplitKeys(typing.Keys);
-            ASSERT_EQ(keys.size(), typing.Contents.size());
-            for (std::size_t i = 0; i < keys.size(); ++i) {
-                Type(keys[i]);
-                EXPECT_EQ(TextOf(editor, IDC_EDIT), typing.Contents[i]) << i << " " << keys[i];
+            // After each key, of which those in brackets are one.
+            const char* key = typing.Keys;
+            for (const std::string content : typing.Contents) {
+                const char* end = *key == '[' ? std::strchr(key, ']') : key;
+                Type({key, end + 1});
+                EXPECT_EQ(TextOf(editor, IDC_EDIT), content) << key;
+                key = end + 1;
             }
+            EXPECT_EQ(*key, 0);
         });
     }
+}
+
+TEST_F(SheetTest, ButtonsStepANumberWithinItsLimits) {
+    Fit(Device1D);
+    SetValue(general::RfidReadDuration, 4);
+    RunNumberEditor(PageGeneral, 11007, [](HWND editor) {
+        const QWidget* edit = WidgetOf(GetDlgItem(editor, IDC_EDIT));
+        const std::pair<Qt::ArrowType, const char*> taps[] = {
+            {Qt::UpArrow, "5"}, {Qt::UpArrow, "5"}, {Qt::DownArrow, "4"}};
+        for (const auto& [arrow, after] : taps) {
+            WidgetOf(GetDlgItem(editor, IDOK))->setFocus();
+            for (auto* button : WidgetOf(editor)->findChildren<QToolButton*>()) {
+                if (button->arrowType() == arrow) {
+                    QTest::mouseClick(button, Qt::LeftButton);
+                    EXPECT_FALSE(edit->geometry().intersects(button->parentWidget()->geometry()));
+                    EXPECT_GE(button->width(), 20);
+                }
+            }
+            EXPECT_EQ(TextOf(editor, IDC_EDIT), after);
+            EXPECT_TRUE(edit->hasFocus());
+            EXPECT_GE(edit->width(), 4 * edit->fontMetrics().horizontalAdvance(u'0'));
+        }
+    });
 }
 
 TEST_F(SheetTest, PastedNumbersStayWithinTheLimits) {
