@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/linux/kernel/last_words.h"
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/windows/start_windows.h"

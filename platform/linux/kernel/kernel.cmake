@@ -8,7 +8,6 @@ vantrel_library(vantrel_platform_kernel
   linux/kernel/canberra.cpp
   linux/kernel/clock.cpp
   linux/kernel/files.cpp
-  linux/kernel/last_words.cpp
   linux/kernel/log.cpp
   linux/kernel/message_queue.cpp
   linux/kernel/named_objects.cpp

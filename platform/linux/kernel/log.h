@@ -1,4 +1,4 @@
-// The diary from inside the layer, in the host's own characters.
+// The diary from inside the layer, in the host's own characters, and a program's last words in it.
 #pragma once
 
 #include <string_view>
@@ -11,5 +11,10 @@ namespace layer {
 void Say(LogPriority priority, std::string_view text);
 // The same with a format of printf; at most 1,000 bytes.
 __attribute__((format(printf, 2, 3))) void Say(LogPriority priority, const char* format, ...);
+
+// From now on a crash of any thread says its signal and the calls that led to it on standard error, and ends
+// the program as ever (with a core where the system keeps one). Who handles such a signal already, a
+// sanitizer, keeps it. Before other threads run.
+void SpeakOnCrash();
 
 }  // namespace layer

@@ -17,7 +17,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "platform/linux/kernel/last_words.h"
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
