@@ -166,20 +166,25 @@ static __attribute__((noinline)) int Fails(int call, int error) {
         real = (__typeof__(function)*)dlsym(RTLD_NEXT, #function);       \
     }
 
-#define COMMA ,
-#define OPEN(function, declared, given)                                  \
-    int function(declared const char* path, int flags, ...) {            \
-        va_list more;                                                    \
-        va_start(more, flags);                                           \
-        const mode_t mode = va_arg(more, mode_t);                        \
-        va_end(more);                                                    \
-        REAL(function)                                                   \
-        return Fails(Open, EMFILE) ? -1 : real(given path, flags, mode); \
+/* What may follow the named arguments is passed on, as the two words that it may be. */
+#define OPEN(result, function, call, error, failed, declared, last, given)      \
+    result function(declared, ...) {                                           \
+        va_list more;                                                          \
+        va_start(more, last);                                                  \
+        const uintptr_t first = va_arg(more, uintptr_t), second = va_arg(more, uintptr_t); \
+        (void)second;                                                          \
+        va_end(more);                                                          \
+        REAL(function)                                                         \
+        return Fails(call, error) ? failed : real given;                       \
     }
-OPEN(open, , )
-OPEN(open64, , )
-OPEN(openat, int folder COMMA, folder COMMA)
-OPEN(openat64, int folder COMMA, folder COMMA)
+#define COMMA ,
+OPEN(int, open, Open, EMFILE, -1, const char* path COMMA int flags, flags, (path, flags, (mode_t)first))
+OPEN(int, open64, Open, EMFILE, -1, const char* path COMMA int flags, flags, (path, flags, (mode_t)first))
+OPEN(int, openat, Open, EMFILE, -1, int folder COMMA const char* path COMMA int flags, flags, (folder, path, flags, (mode_t)first))
+OPEN(int, openat64, Open, EMFILE, -1, int folder COMMA const char* path COMMA int flags, flags, (folder, path, flags, (mode_t)first))
+OPEN(int, ioctl, Ioctl, EIO, -1, int file COMMA unsigned long request, request, (file, request, first))
+OPEN(mqd_t, mq_open, MqOpen, ENOSPC, (mqd_t)-1, const char* name COMMA int flags, flags, (name, flags, (mode_t)first, second))
+OPEN(sem_t*, sem_open, SemOpen, ENOSPC, SEM_FAILED, const char* name COMMA int flags, flags, (name, flags, (mode_t)first, (unsigned)second))
 
 #define NOTED(result, function, before, call, error, failed, declared, given) \
     result function declared {                                                \
@@ -217,35 +222,6 @@ CALL(int, tcsetattr, TcSetAttr, EIO, -1, (int file, int when, const struct termi
 CALL(int, tcgetattr, TcGetAttr, EIO, -1, (int file, struct termios* state), (file, state))
 CALL(int, sem_post, SemPost, EOVERFLOW, -1, (sem_t* semaphore), (semaphore))
 CALL(int, pthread_create, PthreadCreate, EAGAIN, EAGAIN, (pthread_t* thread, const pthread_attr_t* with, void* (*run)(void*), void* value), (thread, with, run, value))
-
-int ioctl(int file, unsigned long request, ...) {
-    va_list more;
-    va_start(more, request);
-    void* value = va_arg(more, void*);
-    va_end(more);
-    REAL(ioctl)
-    return Fails(Ioctl, EIO) ? -1 : real(file, request, value);
-}
-
-mqd_t mq_open(const char* name, int flags, ...) {
-    va_list more;
-    va_start(more, flags);
-    const mode_t mode = va_arg(more, mode_t);
-    struct mq_attr* shape = va_arg(more, struct mq_attr*);
-    va_end(more);
-    REAL(mq_open)
-    return Fails(MqOpen, ENOSPC) ? (mqd_t)-1 : real(name, flags, mode, shape);
-}
-
-sem_t* sem_open(const char* name, int flags, ...) {
-    va_list more;
-    va_start(more, flags);
-    const mode_t mode = va_arg(more, mode_t);
-    const unsigned value = va_arg(more, unsigned);
-    va_end(more);
-    REAL(sem_open)
-    return Fails(SemOpen, ENOSPC) ? SEM_FAILED : real(name, flags, mode, value);
-}
 
 #define MALLOC(function, declared, given)                       \
     extern void* __libc_##function declared;                    \
