@@ -107,15 +107,19 @@ int ReadRfidRegister(BYTE number, DWORD blockSize, char* value) {
     ReaderReply reply;
     int failures = 0;
     int repeats = 0;
+    auto parse = ParseRegisterReply;
     for (;;) {
         const HANDLE port = RfidPortOfThisThread();
         if (!RequestReply(port, command, reply)) {
             return -1;
         }
-        RegisterReply answer = ParseRegisterReply(TextOf(reply), blockSize);
+        RegisterReply answer = parse(TextOf(reply), blockSize);
         if (answer.Answer == RegisterAnswer::Again || answer.Answer == RegisterAnswer::Broken) {
             ReadOn(port, reply);
-            answer = ParseRegisterReply(TextOf(reply), blockSize);
+            answer = parse(TextOf(reply), blockSize);
+        }
+        if (answer.Answer == RegisterAnswer::Broken) {
+            parse = ParseLateReply;
         }
         switch (answer.Answer) {
             case RegisterAnswer::Refused:

@@ -115,6 +115,18 @@ RegisterReply ParseRegisterReply(std::string_view reply, std::size_t blockSize) 
     return {RegisterAnswer::Value, line.Text};
 }
 
+RegisterReply ParseLateReply(std::string_view reply, std::size_t blockSize) {
+    for (;;) {
+        const std::string_view line = TakeLine(reply).Text;
+        if (line.empty()) {
+            return {RegisterAnswer::Broken, {}};
+        }
+        if (IsBlock(line, blockSize)) {
+            return {RegisterAnswer::Value, line};
+        }
+    }
+}
+
 bool FindGreeting(GreetingSearch& search, std::span<const BYTE> bytes) {
     for (const BYTE received : bytes) {
         const char character = static_cast<char>(received);

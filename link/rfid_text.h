@@ -53,6 +53,9 @@ struct RegisterReply {
 // Reads the reply to a register command, given the bytes of a block; lines end at CR or LF, empty ones do not
 // count.
 RegisterReply ParseRegisterReply(std::string_view reply, std::size_t blockSize);
+// The same after a reply that broke off: what it lacked may come in front of the new one and be anything but
+// a whole block, so that only a whole block counts.
+RegisterReply ParseLateReply(std::string_view reply, std::size_t blockSize);
 
 // Looks for the greeting, a line with "ISO" in it, in a stream of bytes however the reads cut it.
 struct GreetingSearch {
