@@ -48,7 +48,6 @@ void Laser::Listen() {
         const BYTE opcode = pending_[1];
         starts_ += opcode == Start;
         stops_ += opcode == Stop;
-        acknowledged_ += opcode == Acknowledgement;
         pending_.erase(pending_.begin(), pending_.begin() + pending_[0] + 2);
         if (opcode != Acknowledgement) {
             Send({Acknowledgement, 0x00, 0x00});

@@ -26,7 +26,6 @@ class Laser {
     int File() const { return master_; }
     int Starts() const { return starts_; }
     int Stops() const { return stops_; }
-    int Acknowledged() const { return acknowledged_; }
 
     // Takes what has arrived and acknowledges whole commands.
     void Listen();
@@ -37,7 +36,7 @@ class Laser {
     void Send(std::vector<BYTE> bytes);
 
     int master_ = -1, slave_ = -1;
-    int starts_ = 0, stops_ = 0, acknowledged_ = 0;
+    int starts_ = 0, stops_ = 0;
     std::vector<BYTE> pending_;
 };
 
