@@ -1,6 +1,7 @@
 // What the program says of itself: a line, with its priority, for each event that matters, and no scanned
 // data in it.
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -121,6 +122,20 @@ TEST_F(EndToEnd, QuestionsAndMistakesOnTheCommandLineStartNothing) {
                     output.find("keys go to") == std::string::npos)
             << output;
     }
+}
+
+// One that takes the connection and says nothing, as a stopped server does.
+TEST_F(EndToEnd, ADisplayThatDoesNotAnswerIsGivenUp) {
+    const int server = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+    socklen_t size = sizeof address;
+    ASSERT_EQ(bind(server, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(listen(server, 1), 0);
+    ASSERT_EQ(getsockname(server, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    const std::string display = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - 6000);
+    Start({"DISPLAY=" + display});
+    EXPECT_EQ(Running->Ended(20000), 1);
+    close(server);
 }
 
 }  // namespace

@@ -102,6 +102,14 @@ void EndAtOnce() {
     _exit(1);
 }
 
+// For a display that takes the connection and then says nothing Qt would wait for ever.
+constexpr unsigned DisplayPatience = 15;  // seconds
+
+void GiveDisplayUp(int) {
+    Say(LogPriority::Error, "the display does not answer");
+    _exit(1);
+}
+
 // A dotted frame in what has the focus, however it came there: a default button looks the same with and
 // without it, and a tab shows it only to the keyboard.
 class FocusStyle : public QProxyStyle {
@@ -154,8 +162,12 @@ void StartWindows() {
     static char name[] = "vantrel";
     static char* arguments[] = {name, nullptr};
     static int count = 1;
+    std::signal(SIGALRM, GiveDisplayUp);
+    alarm(DisplayPatience);
     // Never deleted: threads may still run when the program ends.
     auto* application = new QApplication(count, arguments);
+    alarm(0);
+    std::signal(SIGALRM, SIG_DFL);
     QApplication::setStyle(new FocusStyle);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     application->installEventFilter(new QuitFilter(application));
