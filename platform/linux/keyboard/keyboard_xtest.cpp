@@ -6,6 +6,7 @@
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -102,7 +103,10 @@ bool XConnection::Open() {
 }
 
 void XConnection::Close() {
-    if (display_ != nullptr) {
+    if (display_ != nullptr && lost_) {
+        // What extensions have left half-made of it crashes XCloseDisplay: its memory stays.
+        close(ConnectionNumber(display_));
+    } else if (display_ != nullptr) {
         XCloseDisplay(display_);
     }
     ours = nullptr;
