@@ -286,10 +286,11 @@ int main(int count, char** arguments) {
     Print("first to last key, ms", 0.8, At(ours.Typed, 50), At(script.Typed, 50));
     Print("  99th percentile", 0.8, At(ours.Typed, 99), At(script.Typed, 99));
     Print("processor time a scan, ms", 0.7, ours.Processor, script.Processor);
-    Print("wake-ups a scan, without its children's", 0, ours.SleepsOfScan, script.SleepsOfScan);
     Print("start to ready, ms", 50, At(ours.Start, 50), At(script.Start, 50));
     Print("private memory, MB", 3.6, ours.PrivateMegabytes, script.PrivateMegabytes);
     Print("wake-ups a second, idle", 0.05, ours.WakeUps, script.WakeUps);
+    std::printf("a scan wakes vantrel's threads %.1f times, the script, but for its children, %.1f times\n",
+                ours.SleepsOfScan, script.SleepsOfScan);
     std::printf(
         "this machine: a scan's waits end %.2f ms late by themselves (99th percentile %.2f), and a "
         "thread that sleeps and wakes takes %.3f ms of processor time\n",
