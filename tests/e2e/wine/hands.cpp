@@ -10,7 +10,8 @@
 //   front [WINDOW] brings the note window, or another one, to the front
 //   foreground     "foreground ID" of the window in front
 //   windows        a line per visible top-level window, the lowest first: "window ID X Y WIDTH HEIGHT TITLE"
-//   text WINDOW    "text" and a line for each line of the parts of a window that can be seen
+//   text WINDOW    "text" and a line for each line of the parts of a window that can be seen, but for a
+//                  status bar
 //   press KEY...   presses virtual keys (decimal), all down in order and up again
 //   click X Y      taps the screen
 //   keys           "keys up" when none is down and no lock is on, else "keys down"
@@ -94,6 +95,10 @@ void SayText(const std::string& argument) {
     EnumChildWindows(WindowOf(argument), AddVisible, reinterpret_cast<LPARAM>(&parts));
     for (const HWND part : parts) {
         wchar_t text[4096] = {};
+        GetClassNameW(part, text, 4096);
+        if (text == std::wstring(L"msctls_statusbar32")) {
+            continue;
+        }
         SendMessageTimeoutW(part, WM_GETTEXT, 4096, reinterpret_cast<LPARAM>(text), SMTO_ABORTIFHUNG, 2000,
                             nullptr);
         std::string line = "text ";
