@@ -179,20 +179,18 @@ bool StartBarcodeReceiver(WORD deviceMask) {
 }
 
 bool RenewBarcodeReceiver() {
-    const HANDLE thread = ShellState.BarcodeThread;
-    if (thread == nullptr || WaitForSingleObject(thread, 0) != WAIT_OBJECT_0) {
-        return true;
-    }
     static Turn renewing;
     if (!renewing.TryTake()) {
-        return true;  // another thread has found it ended
+        return true;  // another thread looks after it
     }
-    const bool created = CreateReceiver();
+    const HANDLE thread = ShellState.BarcodeThread;
+    const bool ended = thread != nullptr && WaitForSingleObject(thread, 0) == WAIT_OBJECT_0;
+    const bool created = ended && CreateReceiver();
     if (created) {
         CloseHandle(thread);
     }
     renewing.Give();
-    return created;
+    return created || !ended;
 }
 
 void PauseBarcodeReceiver() {

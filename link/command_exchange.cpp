@@ -7,6 +7,7 @@
 #include "link/rfid_channel.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
+#include "link/turn.h"
 #include "shell/log.h"
 #include "shell/shell_state.h"
 
@@ -15,8 +16,13 @@ namespace {
 constexpr DWORD BarcodeReplyDelay = 100;
 constexpr DWORD RfidReplyDelay = 30;
 constexpr DWORD LateRest = 100;
+constexpr DWORD LongestTurn = 2000;  // whoever has waited longer sends all the same
 constexpr int RegisterFailures = 3;
 constexpr int RegisterRepeats = 10;
+
+// One command at a time for the barcode reader. Nothing is called in a turn but the port and Sleep, so it
+// lasts a few hundred milliseconds.
+Turn SendersTurn;
 
 bool SendText(HANDLE port, std::span<const BYTE> text) {
     const auto end = std::find(text.begin(), text.end(), BYTE{0});
@@ -56,7 +62,15 @@ bool SendReaderCommand(HANDLE port, std::span<const BYTE> command) {
         return SendText(port, command);
     }
     const BarcodeReader* reader = FittedBarcodeReader();
-    return reader && reader->Send(port, command);
+    if (!reader) {
+        return false;
+    }
+    const bool mine = SendersTurn.Take(LongestTurn);
+    const bool sent = reader->Send(port, command);
+    if (mine) {
+        SendersTurn.Give();
+    }
+    return sent;
 }
 
 bool SendReaderCommand(HANDLE port, std::string_view command) {

@@ -11,7 +11,8 @@
 
 // Sends a command; up to three tries. Packets are given whole, without their checksum, and are sent with RTS
 // raised (at least 150 ms). Text for the RFID port ends at its first zero byte. False when every try failed
-// or the command does not fit its framing.
+// or the command does not fit its framing. Any thread: the trigger's commands and what the barcode receive
+// thread sends meet here, and the second sender waits until the reader is ready for it.
 [[nodiscard]] bool SendReaderCommand(HANDLE port, std::span<const BYTE> command);
 [[nodiscard]] bool SendReaderCommand(HANDLE port, std::string_view command);
 

@@ -6,6 +6,7 @@
 #include "link/command_exchange.h"
 #include "link/packet_receiver.h"
 #include "link/readers/barcode_reader.h"
+#include "link/reading.h"
 #include "link/rfid_channel.h"
 #include "link/rfid_text.h"
 #include "link/serial_ports.h"
@@ -77,6 +78,21 @@ ErrorCode BarcodeTrigger(bool pressed) {
     return pressed ? reader->Press() : reader->Release();
 }
 
+void RestartBarcodeRead() {
+    const ReadingStep step;
+    if (!step) {
+        return;
+    }
+    const auto wanted = [] { return ShellState.TriggerReleased == 0 && ReadingLasts(); };
+    // The main thread's press or release may go out before a command that was chosen without it, so the last
+    // look is behind the last command. A reader that has gone shows at the next press.
+    bool on = true;
+    do {
+        on = !on;
+        static_cast<void>(BarcodeTrigger(on));
+    } while (on != wanted());
+}
+
 ErrorCode OpenRfidChannel() {
     EndOldChannel();
     for (int i = 0; i < GreetingTries; ++i) {
@@ -127,8 +143,9 @@ ErrorCode HandleTimer(UINT_PTR id) {
             RfidReadOverdue();
             break;
         case IDT_AIM_DURATION:
-            ShellState.LaserHold = 0;
-            return LaserAim(true, false);
+            // Only the beam goes when another press has begun the decoding already, and when the key was let
+            // go of in a transfer.
+            return LaserAim(ShellState.LaserHold.Exchange(0) != 0 && !ShellState.TriggerReleased, false);
         case IDT_DELIVERY_BUSY:
             ShellState.TransferBusy = 0;
             break;

@@ -1,5 +1,5 @@
 // Starting and stopping reads, as the trigger and the timers of the main window ask for. All on the main
-// thread, except that the barcode receive thread may call BarcodeTrigger.
+// thread, but for RestartBarcodeRead.
 #pragma once
 
 #include "link/rfid_channel.h"
@@ -8,6 +8,10 @@
 // A press or a release. A press silences the sound that plays. The long-range laser with an aiming
 // time aims first. Success or ErrorSetBarcodeReader.
 [[nodiscard]] ErrorCode BarcodeTrigger(bool pressed);
+
+// Starts the read anew for as long as a trigger key is held; without one, or with the reader switched off
+// meanwhile, it is left off. Barcode receive thread.
+void RestartBarcodeRead();
 
 // Switches the laser's aiming beam on (and starts IDT_AIM_DURATION) or off, and starts decoding afterwards if
 // asked to. Success or ErrorSetBarcodeReader.

@@ -2,29 +2,13 @@
 
 #include "link/read_control.h"
 #include "link/readers/barcode_reader.h"
-#include "link/reading.h"
 #include "scan/delivery.h"
 #include "scan/read_feedback.h"
 #include "settings/all_fields.h"
-#include "shell/shell_state.h"
 
 namespace {
 
 constexpr BYTE Ean128Letter = 'U';
-
-// The 1D reader decodes EAN-128 whatever it is told. A label of a switched-off kind must not end the read
-// that the user is holding the trigger for, so it is started anew.
-void RestartRead() {
-    const ReadingStep step;
-    if (!step) {
-        return;
-    }
-    // A reader that has gone shows at the next press.
-    static_cast<void>(BarcodeTrigger(false));
-    if (ShellState.TriggerReleased == 0) {
-        static_cast<void>(BarcodeTrigger(true));
-    }
-}
 
 int Handle1DMessage(std::span<const BYTE> message) {
     ScanData scan;
@@ -33,7 +17,9 @@ int Handle1DMessage(std::span<const BYTE> message) {
     }
     if (scan.codeType == Ean128Letter) {
         if (!IsOn(decoder1d::Ean128Enabled)) {
-            RestartRead();
+            // The 1D reader decodes EAN-128 whatever it is told. A label of a switched-off kind must not end
+            // the read that the user is holding the trigger for.
+            RestartBarcodeRead();
             return 0;
         }
         if (!IsOn(decoder1d::Ean128TransmitCodeId)) {

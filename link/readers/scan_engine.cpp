@@ -7,7 +7,6 @@
 #include "link/framing.h"
 #include "link/probe_reply.h"
 #include "link/serial_ports.h"
-#include "link/turn.h"
 #include "shell/log.h"
 #include "shell/shell_state.h"
 
@@ -67,20 +66,6 @@ bool SendRateChange(HANDLE port, std::span<const BYTE> packet, DWORD newRate) {
     SetPortRate(port, newRate);
     ReaderReply reply;
     return RequestReply(port, packet, reply) && BeginsWithAck(reply);
-}
-
-// Nothing is called in it but the port and Sleep, so a turn lasts a few hundred milliseconds. Whoever has
-// waited longer sends all the same.
-constexpr DWORD LongestTurn = 2000;
-Turn SendersTurn;
-
-bool SendInTurn(HANDLE port, const SsiFrame& frame, std::size_t size) {
-    SetRts(port, true);
-    if (!WriteWithRetries(port, frame.data(), static_cast<DWORD>(size))) {
-        return false;
-    }
-    SetRts(port, false);
-    return true;
 }
 
 }  // namespace
@@ -162,10 +147,10 @@ bool SendToScanEngine(HANDLE port, std::span<const BYTE> packet) {
     if (size == 0) {
         return false;
     }
-    const bool mine = SendersTurn.Take(LongestTurn);
-    const bool sent = SendInTurn(port, frame, size);
-    if (mine) {
-        SendersTurn.Give();
+    SetRts(port, true);
+    if (!WriteWithRetries(port, frame.data(), static_cast<DWORD>(size))) {
+        return false;
     }
-    return sent;
+    SetRts(port, false);
+    return true;
 }

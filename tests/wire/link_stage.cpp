@@ -21,6 +21,7 @@ std::mutex TimersMutex;
 std::map<UINT_PTR, Timer> Running;
 std::vector<UINT_PTR> Fired;  // whose work waits until it can be done outside the clock; oldest first
 std::atomic<int> SoundsStopped = 0;
+std::atomic<bool> ReleaseAtSound = false;
 
 // What talks to a port takes time.
 bool TakesTime(UINT_PTR id) {
@@ -32,11 +33,18 @@ class LinkStage : public WireStage, private layer::TimedSource {
     explicit LinkStage(Conversation::Complaint complain) : WireStage(std::move(complain)) {
         Running.clear();
         Fired.clear();
+        ReleaseAtSound = false;
         clock_.AddSource(*this);
     }
     ~LinkStage() override { clock_.RemoveSource(*this); }
 
   private:
+    void Prepare(const Words& words) override {
+        if (words[0] == "release")
+            ReleaseAtSound = true;
+        else
+            WireStage::Prepare(words);
+    }
     DWORD CallByName(const Words& words) override {
         SoundsStopped = 0;
         return WireStage::CallByName(words);
@@ -112,6 +120,10 @@ BOOL KillTimer(HWND, UINT_PTR id) {
 
 BOOL PlaySoundW(LPCWSTR name, HMODULE, DWORD) {
     SoundsStopped += name == nullptr ? 1 : 0;
+    if (ReleaseAtSound.exchange(false)) {
+        ShellState.TriggerReleased = 1;
+        static_cast<void>(BarcodeTrigger(false));
+    }
     return TRUE;
 }
 

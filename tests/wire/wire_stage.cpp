@@ -283,6 +283,7 @@ DWORD WireStage::CallByName(const Words& words) {
              return RfidReceiveThread(reinterpret_cast<LPVOID>(static_cast<UINT_PTR>(channel)));
          }},
         {"BarcodeTrigger", [&] { return result(BarcodeTrigger(static_cast<int>(number(1)))); }},
+        {"RestartBarcodeRead", [] { return RestartBarcodeRead(), DWORD{Success}; }},
         {"OpenRfidChannel", [&] { return result(OpenRfidChannel()); }},
         {"CloseRfidChannel", [] { return CloseRfidChannel(), DWORD{Success}; }},
         {"StartRfidRead", [&] { return result(StartRfidRead()); }},
