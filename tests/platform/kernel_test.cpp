@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/kernel.h"
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/terminal.h"
 
 namespace {
@@ -74,6 +75,27 @@ TEST(Events, AutomaticResetLetsOneWaiterThrough) {
 
 // The best of many, since the machine may be busy: a pause that was rounded to the clock's ticks would be a
 // whole one longer when it begins right behind one.
+// Until the stack is full.
+DWORD WINAPI Deeper(LPVOID enough) {
+    volatile BYTE room[4096];
+    room[0] = 1;
+    return enough ? 0 : Deeper(enough) + room[0];
+}
+
+TEST(Threads, OneWhoseStackIsFullStillSaysWhatEndsTheProgram) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    for (const bool main : {true, false}) {
+        EXPECT_DEATH(
+            {
+                layer::SpeakOnCrash();
+                main ? Deeper(nullptr)
+                     : WaitForSingleObject(CreateThread(nullptr, 0, Deeper, nullptr, 0, nullptr), INFINITE);
+            },
+            "ended by signal 11|stack-overflow")
+            << main;
+    }
+}
+
 TEST(RealTime, APauseIsNoLongerThanAsked) {
     using Time = std::chrono::steady_clock;
     auto best = Time::duration::max();

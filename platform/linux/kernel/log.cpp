@@ -1,6 +1,7 @@
 #include "platform/linux/kernel/log.h"
 
 #include <execinfo.h>
+#include <sys/mman.h>
 #include <sys/uio.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
@@ -71,6 +72,7 @@ constexpr std::array Crashes{
     Crash{SIGABRT, "ended by signal 6 (given up)"},
 };
 
+constexpr std::size_t CrashStackSize = 64 * 1024;
 constexpr int MostCalls = 32, OwnCalls = 2;  // this file's handler and the system's way back from it
 
 // Takes no memory and no lock: the crash may have come with either in hand.
@@ -95,12 +97,7 @@ void SpeakOnCrash() {
     // The first call loads what it needs.
     void* call = nullptr;
     backtrace(&call, 1);
-    // A main thread whose stack is full speaks on this one.
-    static std::array<char, 64 * 1024> stack;
-    stack_t own{};
-    own.ss_sp = stack.data();
-    own.ss_size = stack.size();
-    sigaltstack(&own, nullptr);
+    [[maybe_unused]] static const auto* own = new CrashStack;  // to the very end
     for (const Crash& crash : Crashes) {
         struct sigaction before {};
         struct sigaction action {};
@@ -109,6 +106,32 @@ void SpeakOnCrash() {
         if (sigaction(crash.Signal, nullptr, &before) == 0 && before.sa_handler == SIG_DFL) {
             sigaction(crash.Signal, &action, nullptr);
         }
+    }
+}
+
+CrashStack::CrashStack() {
+    stack_t stack{};
+    if (sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_DISABLE) == 0) {
+        return;
+    }
+    void* memory =
+        mmap(nullptr, CrashStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+    if (memory == MAP_FAILED) {
+        return;
+    }
+    stack_ = memory;
+    stack = {};
+    stack.ss_sp = memory;
+    stack.ss_size = CrashStackSize;
+    sigaltstack(&stack, nullptr);
+}
+
+CrashStack::~CrashStack() {
+    if (stack_ != nullptr) {
+        stack_t none{};
+        none.ss_flags = SS_DISABLE;
+        sigaltstack(&none, nullptr);
+        munmap(stack_, CrashStackSize);
     }
 }
 

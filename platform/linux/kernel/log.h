@@ -17,4 +17,17 @@ __attribute__((format(printf, 2, 3))) void Say(LogPriority priority, const char*
 // sanitizer, keeps it. Before other threads run.
 void SpeakOnCrash();
 
+// For as long as it lives its thread speaks on a crash even where its own stack is full. Takes memory when it
+// is used, not before; where a sanitizer has such a stack, or none is to be had, it does nothing.
+class CrashStack {
+  public:
+    CrashStack();
+    ~CrashStack();
+    CrashStack(const CrashStack&) = delete;
+    CrashStack& operator=(const CrashStack&) = delete;
+
+  private:
+    void* stack_ = nullptr;
+};
+
 }  // namespace layer

@@ -4,7 +4,6 @@
 #include <array>
 #include <condition_variable>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 #include "platform/linux/kernel/sound_backend.h"
@@ -78,11 +77,11 @@ bool Ask(LPCWSTR name) {
     }
     *std::copy(wanted.begin(), wanted.end(), desk.Name.begin()) = 0;
     if (!desk.ThreadRuns) {
-        try {
-            std::thread(RunSounds).detach();
-        } catch (const std::system_error&) {
+        std::thread thread = StartHostThread(RunSounds);
+        if (!thread.joinable()) {
             return true;
         }
+        thread.detach();
         desk.ThreadRuns = true;
     }
     desk.Waiting = true;

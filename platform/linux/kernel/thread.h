@@ -3,12 +3,16 @@
 
 #include <functional>
 #include <mutex>
+#include <thread>
 
 namespace layer {
 
 // Parks the calling thread for ever once the end of the program has begun, unless it is the main one: the
 // process ends under it. Calls of the layer begin with it. Never call it with a lock held. Cheap before that.
 void ParkAtEnd();
+
+// A thread of the layer's own; not joinable when the host has no room for one.
+std::thread StartHostThread(std::function<void()> work);
 
 // The thread that runs WinMain.
 bool OnMainThread();

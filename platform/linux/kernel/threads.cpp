@@ -8,6 +8,8 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 #include "platform/kernel.h"
@@ -40,6 +42,7 @@ class Thread : public LocalObject {
 };
 
 void* StartThread(void* argument) {
+    const CrashStack stack;
     const std::unique_ptr<std::shared_ptr<Thread>> held(static_cast<std::shared_ptr<Thread>*>(argument));
     prctl(PR_SET_TIMERSLACK,
           1UL);  // else each wait is 50 us longer, and a scan has three behind its last byte
@@ -68,6 +71,17 @@ void ParkAtEnd() {
         for (;;) {
             pause();
         }
+    }
+}
+
+std::thread StartHostThread(std::function<void()> work) {
+    try {
+        return std::thread([work = std::move(work)] {
+            const CrashStack stack;
+            work();
+        });
+    } catch (const std::system_error&) {
+        return {};
     }
 }
 

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <map>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 #include "platform/linux/kernel/log.h"
@@ -240,9 +239,8 @@ bool StartListening() {
         return false;
     }
     listener.Over = false;
-    try {
-        listener.Thread = std::thread(ServeCallers);
-    } catch (const std::system_error&) {
+    listener.Thread = StartHostThread(ServeCallers);
+    if (!listener.Thread.joinable()) {
         // Nothing would ever be answered.
         Say(LogPriority::Error, "no thread for other programs' messages");
         RemoveSocket(name);

@@ -224,11 +224,16 @@ void EndOnSignal() {
         sigaddset(&endings, signal);
     }
     pthread_sigmask(SIG_BLOCK, &endings, nullptr);
-    std::thread([endings] {
+    std::thread thread = StartHostThread([endings] {
         int signal = 0;
         sigwait(&endings, &signal);
         EndProgram(0);
-    }).detach();
+    });
+    if (thread.joinable()) {
+        thread.detach();
+    } else {
+        pthread_sigmask(SIG_UNBLOCK, &endings, nullptr);  // they end it in the host's way
+    }
 }
 
 void EndProgram(int code) {
