@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/kernel/posix.h"
 #include "tools/trigger.h"
 
 namespace {
@@ -22,10 +23,10 @@ constexpr std::size_t LineWidth = 100;
 std::vector<std::string> LastingNames(const fs::path& device) {
     std::vector<std::string> names;
     for (const char* folder : {"/dev/input/by-id", "/dev/input/by-path"}) {
-        std::error_code none;
-        for (const auto& entry : fs::directory_iterator(folder, none)) {
-            if (fs::equivalent(entry.path(), device, none)) {
-                names.push_back(entry.path());
+        for (const std::string& name : layer::NamesIn(folder)) {
+            std::error_code none;
+            if (fs::equivalent(fs::path(folder) / name, device, none)) {
+                names.push_back(fs::path(folder) / name);
             }
         }
     }
@@ -79,11 +80,15 @@ bool Print(const fs::path& path) {
 
 int ListDevices() {
     std::vector<fs::path> paths;
-    std::error_code none;
-    for (const auto& entry : fs::directory_iterator("/dev/input", none)) {
-        if (entry.path().filename().string().starts_with("event")) {
-            paths.push_back(entry.path());
+    int problem = 0;
+    for (const std::string& name : layer::NamesIn("/dev/input", &problem)) {
+        if (name.starts_with("event")) {
+            paths.push_back("/dev/input/" + name);
         }
+    }
+    if (problem != 0 && problem != ENOENT) {
+        std::fprintf(stderr, "vantrel-trigger: /dev/input: %s\n", std::strerror(problem));
+        return 1;
     }
     // event10 behind event9.
     std::sort(paths.begin(), paths.end(), [](const fs::path& left, const fs::path& right) {

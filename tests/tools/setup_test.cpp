@@ -90,6 +90,9 @@ TEST_F(Setup, WhatIsInTheWayIsNamedWithItsRemedy) {
     };
     ASSERT_EQ(list("exec"), 0);
     EXPECT_FALSE(Said("sudo")) << output_;
+    const std::string ask = "2>&1 TMPDIR=/none exec " VANTREL_PROGRAMS "/vantrel-setup --yes " + device;
+    EXPECT_EQ(RunProgram("sh", {"-c", ask}, &output_), 1);
+    EXPECT_TRUE(Said("a process for it: ") && Said("cannot be opened")) << output_;
 
     running.push_back(
         StartProgram("sh", {"-c", "setsid --ctty " + Terminal.Path("agetty") + " 20 <" + device}));

@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <utility>
@@ -43,22 +45,10 @@ FoundReader Ask() {
 class Question {
   public:
     explicit Question(const std::string& device) {
-        std::string folder = fs::temp_directory_path() / "vantrel-setup-XXXXXX";
-        int ends[2];
-        if (mkdtemp(folder.data()) == nullptr || pipe(ends) != 0) {
-            return;
+        if (const std::error_code failed = Put(device)) {
+            std::fprintf(stderr, "vantrel-setup: %s: a process for it: %s\n", device.c_str(),
+                         failed.message().c_str());
         }
-        folder_ = folder;
-        std::error_code failed;
-        fs::create_symlink(fs::absolute(device), folder + "/COM1", failed);
-        process_ = fork();
-        if (process_ == 0) {
-            layer::UseTerminalFolder(folder);
-            const FoundReader found = Ask();
-            _exit(write(ends[1], &found, sizeof found) == sizeof found ? 0 : 1);
-        }
-        close(ends[1]);
-        answer_ = ends[0];
     }
     ~Question() {
         close(answer_);
@@ -82,6 +72,30 @@ class Question {
     }
 
   private:
+    std::error_code Put(const std::string& device) {
+        std::error_code failed;
+        const fs::path target = fs::absolute(device, failed);
+        std::string folder = failed ? "" : fs::temp_directory_path(failed) / "vantrel-setup-XXXXXX";
+        if (!failed && mkdtemp(folder.data()) != nullptr) {
+            folder_ = folder;
+            fs::create_symlink(target, folder + "/COM1", failed);
+            int ends[2];
+            if (!failed && pipe(ends) == 0) {
+                process_ = fork();
+                if (process_ == 0) {
+                    layer::UseTerminalFolder(folder);
+                    const FoundReader found = Ask();
+                    _exit(write(ends[1], &found, sizeof found) == sizeof found ? 0 : 1);
+                }
+                failed.assign(process_ < 0 ? errno : 0, std::generic_category());
+                close(ends[1]);
+                answer_ = ends[0];
+                return failed;
+            }
+        }
+        return failed ? failed : std::error_code(errno, std::generic_category());
+    }
+
     std::string folder_;
     pid_t process_ = -1;
     int answer_ = -1;

@@ -9,10 +9,14 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
+
+#include "platform/linux/kernel/posix.h"
 
 namespace {
 
@@ -76,9 +80,8 @@ std::optional<Process> LookAt(const fs::path& folder) {
 
 std::vector<Process> Processes() {
     std::vector<Process> processes;
-    std::error_code none;
-    for (const auto& entry : fs::directory_iterator("/proc", none)) {
-        if (auto process = LookAt(entry.path())) {
+    for (const std::string& name : layer::NamesIn("/proc")) {
+        if (auto process = LookAt("/proc/" + name)) {
             processes.push_back(std::move(*process));
         }
     }
@@ -86,10 +89,11 @@ std::vector<Process> Processes() {
 }
 
 bool HasOpen(const Process& process, dev_t device) {
-    std::error_code none;
-    for (const auto& entry : fs::directory_iterator("/proc/" + std::to_string(process.Id) + "/fd", none)) {
+    const std::string files = "/proc/" + std::to_string(process.Id) + "/fd/";
+    for (const std::string& name : layer::NamesIn(files)) {
         struct stat status {};
-        if (stat(entry.path().c_str(), &status) == 0 && S_ISCHR(status.st_mode) && status.st_rdev == device) {
+        if (stat((files + name).c_str(), &status) == 0 && S_ISCHR(status.st_mode) &&
+            status.st_rdev == device) {
             return true;
         }
     }
@@ -132,14 +136,19 @@ std::string AccessAdvice(const SerialDevice& device) {
 
 std::vector<SerialDevice> FindSerialDevices() {
     std::vector<SerialDevice> devices;
-    std::error_code none;
-    for (const auto& entry : fs::directory_iterator("/sys/class/tty", none)) {
+    const fs::path folder = "/sys/class/tty";
+    int problem = 0;
+    for (const std::string& name : layer::NamesIn(folder, &problem)) {
         // Consoles and pseudo-terminals have no device behind them, and a PC's empty ports no type.
-        const std::string type = FirstLine(entry.path() / "type");
-        const std::string path = "/dev/" + entry.path().filename().string();
-        if (fs::exists(entry.path() / "device", none) && type != "0" && NumberOf(path) != 0) {
+        const std::string type = FirstLine(folder / name / "type");
+        const std::string path = "/dev/" + name;
+        std::error_code none;
+        if (fs::exists(folder / name / "device", none) && type != "0" && NumberOf(path) != 0) {
             devices.push_back(NamedDevice(path));
         }
+    }
+    if (problem != 0) {
+        std::fprintf(stderr, "vantrel-setup: %s: %s\n", folder.c_str(), std::strerror(problem));
     }
     std::sort(devices.begin(), devices.end(), [](const SerialDevice& a, const SerialDevice& b) {
         return a.Path.size() != b.Path.size() ? a.Path.size() < b.Path.size() : a.Path < b.Path;
@@ -149,10 +158,11 @@ std::vector<SerialDevice> FindSerialDevices() {
 
 SerialDevice NamedDevice(const std::string& path) {
     SerialDevice device{path, path, ""};
-    std::error_code none;
-    for (const auto& entry : fs::directory_iterator("/dev/serial/by-id", none)) {
-        if (fs::equivalent(entry.path(), path, none)) {
-            device.LastingName = entry.path();
+    const fs::path folder = "/dev/serial/by-id";
+    for (const std::string& name : layer::NamesIn(folder)) {
+        std::error_code none;
+        if (fs::equivalent(folder / name, path, none)) {
+            device.LastingName = folder / name;
         }
     }
     for (const char* name : {"ID_VENDOR_FROM_DATABASE", "ID_MODEL_FROM_DATABASE"}) {

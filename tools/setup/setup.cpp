@@ -82,13 +82,14 @@ std::string Target(const std::string& link) {
 bool Link(const std::string& name, const std::string& target) {
     const std::string link = layer::TerminalFolder() + "/" + name, fresh = link + ".new";
     std::error_code failed;
-    if (fs::symlink_status(link).type() == fs::file_type::not_found || fs::is_symlink(link)) {
+    const fs::file_type there = fs::symlink_status(link, failed).type();
+    if (there == fs::file_type::not_found || there == fs::file_type::symlink) {
         fs::remove(fresh, failed);
         fs::create_symlink(target, fresh, failed);
         if (!failed) {
             fs::rename(fresh, link, failed);
         }
-    } else {
+    } else if (!failed) {
         failed = std::make_error_code(std::errc::file_exists);
     }
     if (failed) {
@@ -111,7 +112,8 @@ bool Connect(const SetupOptions& options, const std::string& name, const std::st
              const std::string& other) {
     const std::string now = Target(layer::TerminalFolder() + "/" + name);
     if (reader.empty() && !now.empty() && !SameDevice(now, other)) {
-        const bool there = fs::exists(now);
+        std::error_code none;
+        const bool there = fs::exists(now, none);
         std::printf("%s stays at %s%s\n", name.c_str(), now.c_str(),
                     there ? "" : ", which is not there now: plug it in, or remove the link");
         return true;

@@ -36,14 +36,21 @@ bool LockFile(int file, int kind, std::chrono::milliseconds longest) {
 }
 
 // A folder that fails half-way is no exception here, as it is to std::filesystem's loop.
-std::vector<std::string> NamesIn(const std::string& folder) {
+std::vector<std::string> NamesIn(const std::string& folder, int* problem) {
     std::vector<std::string> names;
+    const auto next = [](DIR* open) {
+        errno = 0;  // readdir leaves it alone at the end
+        return readdir(open);
+    };
     const std::unique_ptr<DIR, int (*)(DIR*)> open(opendir(folder.c_str()), closedir);
-    while (const dirent* entry = open ? readdir(open.get()) : nullptr) {
+    while (const dirent* entry = open ? next(open.get()) : nullptr) {
         const std::string_view name = entry->d_name;
         if (name != "." && name != "..") {
             names.emplace_back(name);
         }
+    }
+    if (problem != nullptr) {
+        *problem = errno;
     }
     return names;
 }

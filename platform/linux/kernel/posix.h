@@ -33,8 +33,9 @@ class Descriptor {
 // real time on every clock: the other side is another process. False, with errno, when it was not to be had.
 bool LockFile(int file, int kind, std::chrono::milliseconds longest = {});
 
-// The names in a folder, in no order; as many as can be read.
-std::vector<std::string> NamesIn(const std::string& folder);
+// The names in a folder, in no order; as many as can be read. `problem` gets what kept others away, ENOENT
+// where there is no such folder, or 0.
+std::vector<std::string> NamesIn(const std::string& folder, int* problem = nullptr);
 // Removes what programs that are gone have left in a folder under the name `beginning`, their process id and
 // whatever follows that.
 void RemoveLeftovers(const std::string& folder, std::string_view beginning);
