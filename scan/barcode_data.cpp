@@ -10,11 +10,7 @@ namespace {
 
 constexpr BYTE Ean128Letter = 'U';
 
-int Handle1DMessage(std::span<const BYTE> message) {
-    ScanData scan;
-    if (Parse1DMessage(message, scan) == 0) {
-        return 0;
-    }
+int Handle1DScan(ScanData& scan) {
     if (scan.codeType == Ean128Letter) {
         if (!IsOn(decoder1d::Ean128Enabled)) {
             // The 1D reader decodes EAN-128 whatever it is told. A label of a switched-off kind must not end
@@ -31,6 +27,17 @@ int Handle1DMessage(std::span<const BYTE> message) {
     }
     DeliverScan(ReaderFamily::Decoder1D, scan);
     return 1;
+}
+
+int Handle1DMessages(std::span<const BYTE> messages) {
+    int delivered = 0;
+    for (; !messages.empty(); messages = Next1DMessages(messages)) {
+        ScanData scan;
+        if (Parse1DMessage(messages, scan) != 0) {
+            delivered |= Handle1DScan(scan);
+        }
+    }
+    return delivered;
 }
 
 int HandlePacketMessage(std::span<const BYTE> message) {
@@ -51,6 +58,6 @@ int HandleBarcodeData(const BYTE* message, DWORD length) {
     }
     const std::span<const BYTE> bytes(message, length);
     const BarcodeReader* reader = FittedBarcodeReader();
-    return reader && reader->Protocol == ReaderProtocol::Escape ? Handle1DMessage(bytes)
+    return reader && reader->Protocol == ReaderProtocol::Escape ? Handle1DMessages(bytes)
                                                                 : HandlePacketMessage(bytes);
 }

@@ -10,6 +10,7 @@ namespace {
 constexpr BYTE EscapeByte = 0x1B;
 constexpr BYTE ReturnByte = 0x0D;
 constexpr std::size_t LengthDigits = 3;
+constexpr std::size_t HeadSize = 2 + LengthDigits;  // ESC, code type, length
 constexpr DWORD CodeIdentifierLength = 3;
 
 // Leading blanks are skipped and the number ends at the first other character, so "  7" and "7A " are 7. A
@@ -40,12 +41,25 @@ int Parse1DMessage(std::span<const BYTE> message, ScanData& scan) {
     scan.codeType = rest[0];
     scan.length = ReadNumber(rest.subspan(1, LengthDigits));
     rest = rest.subspan(1 + LengthDigits);
-    if (scan.length == 0 || scan.length > rest.size()) {
+    if (scan.length == 0 || scan.length + Next1DMessages(message).size() > rest.size()) {
         return 0;
     }
     std::memcpy(scan.data, rest.data(), scan.length);
     scan.data[scan.length] = 0;
     return std::memchr(scan.data, 0, scan.length) == nullptr;
+}
+
+std::span<const BYTE> Next1DMessages(std::span<const BYTE> messages) {
+    const auto digit = [](BYTE byte) { return byte >= '0' && byte <= '9'; };
+    const auto first = std::find(messages.begin(), messages.end(), EscapeByte) - messages.begin();
+    for (auto at = static_cast<std::size_t>(first) + 1; at + HeadSize <= messages.size(); ++at) {
+        // No label has that in its data.
+        if (messages[at - 1] == ReturnByte && messages[at] == EscapeByte &&
+            std::ranges::all_of(messages.subspan(at + HeadSize - LengthDigits, LengthDigits), digit)) {
+            return messages.subspan(at);
+        }
+    }
+    return {};
 }
 
 void DropCodeIdentifier(ScanData& scan) {

@@ -20,6 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         DropCodeIdentifier(*scan);
         Require(scan->length == (whole >= 3 ? whole - 3 : whole));
     }
+    Require(Next1DMessages(message).size() <= (size > 2 ? size - 2 : 0));
     if (!message.empty()) {
         ParsePacketMessage(message, *scan);
         Require(scan->length == std::min(size - 1, MaximumScanLength));

@@ -61,6 +61,7 @@ TEST(Parse1DMessage, DropsWhatIsNoWholeMessage) {
         "\033A00512345"s,
         "\033A010123456\r"s,
         "\033A007123456"s,
+        "\033\r\033A002AB\r"s,
         "\033A000\r"s,
         "\033AABC12345\r"s,
         "\033A   12345\r"s,
