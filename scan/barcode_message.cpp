@@ -50,7 +50,7 @@ int Parse1DMessage(std::span<const BYTE> message, ScanData& scan) {
 }
 
 std::span<const BYTE> Next1DMessages(std::span<const BYTE> messages) {
-    const auto digit = [](BYTE byte) { return byte >= '0' && byte <= '9'; };
+    const auto digit = [](BYTE character) { return character >= '0' && character <= '9'; };
     const auto first = std::find(messages.begin(), messages.end(), EscapeByte) - messages.begin();
     for (auto at = static_cast<std::size_t>(first) + 1; at + HeadSize <= messages.size(); ++at) {
         // No label has that in its data.
