@@ -12,6 +12,8 @@
 #include <map>
 #include <vector>
 
+#include "platform/linux/kernel/thread.h"
+
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
@@ -191,7 +193,7 @@ class Session {
 Broker::Broker(const PublishOptions& options, ScanStore& store)
     : options_(options), store_(store), wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     mosquitto_lib_init();
-    thread_ = std::thread([this] { Serve(); });
+    thread_ = layer::StartHostThread([this] { Serve(); });
 }
 
 Broker::~Broker() {

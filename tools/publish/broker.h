@@ -16,6 +16,8 @@ class Broker {
     Broker(const Broker&) = delete;
     Broker& operator=(const Broker&) = delete;
 
+    // False when there is no thread to serve.
+    bool Runs() const { return thread_.joinable(); }
     // Something new waits. Any thread.
     void Wake();
     // Says "offline" and leaves, within two seconds.

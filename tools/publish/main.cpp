@@ -68,6 +68,9 @@ int Publish(const PublishOptions& options) {
         return Fail(wrong);
     }
     Broker broker(options, store);
+    if (!broker.Runs()) {
+        return Fail("no thread to talk to the broker");
+    }
     const int result = TakeScans(options, store, [&broker] { broker.Wake(); });
     broker.Stop();
     // The counter's thread goes with the program.

@@ -10,6 +10,7 @@
 #include <optional>
 #include <thread>
 
+#include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/start_windows.h"
 #include "platform/program.h"
 #include "platform/window.h"
@@ -213,7 +214,12 @@ int TakeScans(const PublishOptions& options, ScanStore& store, std::function<voi
         std::fputs("vantrel-publish: the window cannot be created\n", stderr);
         return 1;
     }
-    std::thread(WatchCounter).detach();
+    std::thread counter = layer::StartHostThread(WatchCounter);
+    if (!counter.joinable()) {
+        std::fputs("vantrel-publish: no thread to count the scans\n", stderr);
+        return 1;
+    }
+    counter.detach();
     MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0)) {
         DispatchMessageW(&message);
