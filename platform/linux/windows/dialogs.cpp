@@ -68,14 +68,15 @@ std::shared_ptr<DialogWindow> MakeDialog(WORD number, WindowObject* parent, Dial
     constexpr int frame = 2;
     const QFont font = DialogFont(*dialog, WorkArea().width() - frame);
     const DialogUnits units(font);
-    WindowInit init;
-    init.Parent = parent;
-    init.Child = page;
-    init.ClassName = u"Dialog";
-    init.Text = dialog->Title;
-    init.Style = dialog->Style;
-    init.Place = QRect(page ? units.X(dialog->X) : 0, page ? units.Y(dialog->Y) : 0, units.X(dialog->Width),
-                       units.Y(dialog->Height));
+    const WindowInit init{
+        .Parent = parent,
+        .Child = page,
+        .ClassName = u"Dialog",
+        .Text = dialog->Title,
+        .Style = dialog->Style,
+        .Place = QRect(page ? units.X(dialog->X) : 0, page ? units.Y(dialog->Y) : 0, units.X(dialog->Width),
+                       units.Y(dialog->Height)),
+    };
     auto window = std::make_shared<DialogWindow>(init, kind, procedure);
     window->Widget()->setFont(font);
     window->SetText(dialog->Title);
