@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/kernel.h"
+#include "platform/linux/kernel/clock.h"
 #include "platform/linux/kernel/log.h"
 #include "platform/linux/kernel/terminal.h"
 
@@ -73,8 +74,6 @@ TEST(Events, AutomaticResetLetsOneWaiterThrough) {
     CloseHandle(semaphore);
 }
 
-// The best of many, since the machine may be busy: a pause that was rounded to the clock's ticks would be a
-// whole one longer when it begins right behind one.
 // Until the stack is full.
 DWORD WINAPI Deeper(LPVOID enough) {
     volatile BYTE room[4096];
@@ -96,20 +95,39 @@ TEST(Threads, OneWhoseStackIsFullStillSaysWhatEndsTheProgram) {
     }
 }
 
-TEST(RealTime, APauseIsNoLongerThanAsked) {
+// None ends early, in a thread that has its alarms set early. The best of many, since the machine may be
+// busy: a pause that was rounded to the clock's ticks would be a whole one longer when it begins right behind
+// one.
+TEST(RealTime, APauseIsNoShorterAndNoLongerThanAsked) {
     using Time = std::chrono::steady_clock;
-    auto best = Time::duration::max();
-    for (int i = 0; i < 100; ++i) {
-        for (const DWORD tick = GetTickCount(); GetTickCount() == tick;) {
+    using std::chrono::microseconds, std::chrono::milliseconds;
+    auto shortest = Time::duration::max(), best = shortest;
+    std::thread([&] {
+        for (int i = 0; i < 100; ++i) {
+            for (const DWORD tick = GetTickCount(); GetTickCount() == tick;) {
+            }
+            const auto start = Time::now();
+            Sleep(3);
+            shortest = std::min(shortest, Time::now() - start);
+            if (start.time_since_epoch() % milliseconds(1) < microseconds(100)) {
+                best = std::min(best, Time::now() - start);
+            }
         }
-        const auto start = Time::now();
-        Sleep(3);
-        if (start.time_since_epoch() % std::chrono::milliseconds(1) < std::chrono::microseconds(100)) {
-            best = std::min(best, Time::now() - start);
+        // What comes late is set earlier from then on, but not without end.
+        Time::duration lead{};
+        for (int i = 0; i < 100; ++i) {
+            layer::ExactWait(Time::now() - milliseconds(2)).Finish();
+            const auto end = Time::now();
+            EXPECT_GE(end - layer::ExactWait(end).Alarm(), lead);
+            lead = end - layer::ExactWait(end).Alarm();
         }
-    }
-    EXPECT_GE(best, std::chrono::milliseconds(3));
-    EXPECT_LT(best, std::chrono::microseconds(3600));
+        EXPECT_EQ(lead, microseconds(250));
+        // And later again when it comes early.
+        layer::ExactWait(Time::now() + milliseconds(1)).Finish();
+        EXPECT_LT(Time::time_point{} - layer::ExactWait(Time::time_point{}).Alarm(), lead);
+    }).join();
+    EXPECT_GE(shortest, milliseconds(3));
+    EXPECT_LT(best, microseconds(3600));
 }
 
 template <class... Arguments>

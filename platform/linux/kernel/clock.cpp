@@ -1,5 +1,6 @@
 #include "platform/linux/kernel/clock.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -14,8 +15,14 @@ namespace layer {
 
 namespace {
 
+using std::chrono::nanoseconds, std::chrono::microseconds, std::chrono::steady_clock;
 using Milliseconds = std::chrono::milliseconds;
-using SteadyTime = std::chrono::steady_clock::time_point;
+using SteadyTime = steady_clock::time_point;
+
+constexpr nanoseconds LongestLead = microseconds(250);
+
+// By how much this thread's alarms are set too early.
+thread_local nanoseconds Lead{0};
 
 // The kernel's monotonic clock, so that ticks of several programs can be compared.
 class RealClock : public Clock {
@@ -54,7 +61,9 @@ class RealClock : public Clock {
         if (milliseconds == INFINITE) {
             Clock::Pause(milliseconds);
         } else {
-            std::this_thread::sleep_for(Milliseconds(milliseconds));
+            const ExactWait wait(steady_clock::now() + Milliseconds(milliseconds));
+            std::this_thread::sleep_until(wait.Alarm());
+            wait.Finish();
         }
     }
 
@@ -109,6 +118,16 @@ void Clock::Pause(DWORD milliseconds) {
     std::condition_variable condition;
     std::unique_lock lock(mutex);
     WaitUntil(lock, condition, DeadlineAfter(milliseconds), [] { return false; });
+}
+
+ExactWait::ExactWait(Moment end) : end_(end), alarm_(OnMainThread() ? end : end - Lead) {}
+
+void ExactWait::Finish() const {
+    constexpr int weight = 8;  // of what is known against what is new
+    Lead = std::clamp(Lead + std::clamp(steady_clock::now() - end_, -LongestLead, LongestLead) / weight,
+                      nanoseconds{}, LongestLead);
+    while (steady_clock::now() < end_) {
+    }
 }
 
 Clock& CurrentClock() {

@@ -2,6 +2,7 @@
 // one.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -42,6 +43,24 @@ class Clock {
 Clock& CurrentClock();
 // Installs a clock for tests (null: the real one again). No other thread of the layer may run meanwhile.
 void InstallClock(Clock* clock);
+
+// A wait on real time that ends when it shall: the kernel brings an idle processor back some tenth of a
+// millisecond late, and a scan has three waits behind its last byte. So the alarm is set earlier by what it
+// came late in this thread so far (0.25 ms at most), and what may be left passes without sleep. The main
+// thread, which no scan waits for, sleeps until the end.
+class ExactWait {
+  public:
+    using Moment = std::chrono::steady_clock::time_point;
+
+    explicit ExactWait(Moment end);
+    // When the kernel shall wake the thread.
+    Moment Alarm() const { return alarm_; }
+    // To be called when it has, and at no other end of the wait: it returns when the wait's end has come.
+    void Finish() const;
+
+  private:
+    const Moment end_, alarm_;
+};
 
 // Something with due times of its own on a manual clock: the timers, a scripted port. Both are called in the
 // thread that moves the time, with no lock of the clock's caller held, and must not wait.

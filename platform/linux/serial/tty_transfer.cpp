@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/linux/kernel/clock.h"
 #include "platform/linux/serial/tty.h"
 
 namespace layer {
@@ -55,10 +56,15 @@ void Tty::Sleep(Lock& lock, std::shared_ptr<TtyLine> line, short events, Moment 
     ++sleepers_;
     lock.unlock();
     using std::chrono::nanoseconds, std::chrono::minutes;
-    const auto left = until == Never ? nanoseconds{} : std::clamp<nanoseconds>(until - Now(), {}, minutes(1));
+    const ExactWait wait(until);
+    const auto left =
+        until == Never ? nanoseconds{} : std::clamp<nanoseconds>(wait.Alarm() - Now(), {}, minutes(1));
     const timespec timeout{left / seconds(1), (left % seconds(1)).count()};
     pollfd files[] = {{bell_.Number(), POLLIN, 0}, {line ? line->Fd() : -1, events, 0}};
-    ppoll(files, std::size(files), until == Never ? nullptr : &timeout, nullptr);
+    if (ppoll(files, std::size(files), until == Never ? nullptr : &timeout, nullptr) == 0 &&
+        left < minutes(1)) {
+        wait.Finish();
+    }
     lock.lock();
     if (--sleepers_ == 0 && std::exchange(rung_, false)) {
         bell_.Clear();
