@@ -80,12 +80,11 @@ void ToggleBarcodeReader() {
         ResumeBarcodeReceiver();
     }
     if (ShellState.BarcodeReadActive) {
+        ShellState.BarcodeReadActive = 0;
         const ErrorCode result = BarcodeTrigger(0);
         if (result != Success) {
             ReportError(result);
-            return;
         }
-        ShellState.BarcodeReadActive = 0;
     }
 }
 
@@ -178,6 +177,7 @@ LRESULT CALLBACK MainWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
         case WM_TIMER:
             KillTimer(window, LOWORD(wParam));
             if (const ErrorCode result = HandleTimer(LOWORD(wParam)); result != Success) {
+                ShellState.BarcodeReadActive = 0;
                 ReportError(result);
             }
             return 0;

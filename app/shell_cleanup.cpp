@@ -1,6 +1,7 @@
 #include "app/main_window.h"
 
 #include "link/barcode_receiver.h"
+#include "link/read_control.h"
 #include "link/rfid_channel.h"
 #include "link/serial_ports.h"
 #include "platform/kernel.h"
@@ -50,6 +51,9 @@ void ShellCleanup() {
     ShellState.Closing = 1;
     EndBarcodeReceiver();
     EndRfidReading();
+    if (ShellState.BarcodeReadActive && !ShellState.TriggerReleased) {
+        static_cast<void>(BarcodeTrigger(false));  // nobody else would put out the laser's beam
+    }
     ReleaseReceiver(ShellState.BarcodePort, ShellState.BarcodeThread);
     ReleaseReceiver(ShellState.RfidPort, ShellState.RfidThread);
     ClosePort(ShellState.BarcodePort, ShellState.BarcodeEnabled);
