@@ -143,9 +143,8 @@ ErrorCode HandleTimer(UINT_PTR id) {
             RfidReadOverdue();
             break;
         case IDT_AIM_DURATION:
-            // Only the beam goes when another press has begun the decoding already, and when the key was let
-            // go of in a transfer.
-            return LaserAim(ShellState.LaserHold.Exchange(0) != 0 && !ShellState.TriggerReleased, false);
+            ShellState.LaserHold = 0;
+            return LaserAim(true, false);
         case IDT_DELIVERY_BUSY:
             ShellState.TransferBusy = 0;
             break;

@@ -27,6 +27,21 @@ DWORD ReadNumber(std::span<const BYTE> digits) {
     return number;
 }
 
+std::size_t EscapeAt(std::span<const BYTE> messages) {
+    return static_cast<std::size_t>(std::find(messages.begin(), messages.end(), EscapeByte) -
+                                    messages.begin());
+}
+
+// Up to behind the first message's CR; 0 when there is none where its length leads to.
+std::size_t WholeSize(std::span<const BYTE> messages) {
+    const std::size_t head = EscapeAt(messages) + HeadSize;
+    if (head > messages.size()) {
+        return 0;
+    }
+    const std::size_t end = head + ReadNumber(messages.subspan(head - LengthDigits, LengthDigits));
+    return end != head && end < messages.size() && messages[end] == ReturnByte ? end + 1 : 0;
+}
+
 }  // namespace
 
 int Parse1DMessage(std::span<const BYTE> message, ScanData& scan) {
@@ -50,10 +65,11 @@ int Parse1DMessage(std::span<const BYTE> message, ScanData& scan) {
 }
 
 std::span<const BYTE> Next1DMessages(std::span<const BYTE> messages) {
-    const auto digit = [](BYTE character) { return character >= '0' && character <= '9'; };
-    const auto first = std::find(messages.begin(), messages.end(), EscapeByte) - messages.begin();
-    for (auto at = static_cast<std::size_t>(first) + 1; at + HeadSize <= messages.size(); ++at) {
-        // No label has that in its data.
+    if (const std::size_t whole = WholeSize(messages)) {
+        return messages.subspan(whole);
+    }
+    const auto digit = [](BYTE byte) { return byte >= '0' && byte <= '9'; };
+    for (std::size_t at = EscapeAt(messages) + 1; at + HeadSize <= messages.size(); ++at) {
         if (messages[at - 1] == ReturnByte && messages[at] == EscapeByte &&
             std::ranges::all_of(messages.subspan(at + HeadSize - LengthDigits, LengthDigits), digit)) {
             return messages.subspan(at);

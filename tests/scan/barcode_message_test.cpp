@@ -44,6 +44,8 @@ TEST(Parse1DMessage, TakesTheDeclaredBytes) {
         // Any letter passes here, even none.
         {"\033?002AB\r", '?', "AB"},
         {"\033\033002AB\r", '\033', "AB"},
+        // What looks like another message in whole data belongs to it.
+        {"\033A009X\r\033Z003YZ\r", 'A', "X\r\033Z003YZ"},
     };
     for (const auto& [message, letter, data] : cases) {
         SCOPED_TRACE(testing::PrintToString(message.substr(0, 40)));
