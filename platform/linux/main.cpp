@@ -9,6 +9,7 @@
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/windows/start_windows.h"
+#include "platform/linux/windows/watchdog.h"
 #include "platform/window.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -19,6 +20,7 @@ int main(int count, char** arguments) {
     layer::SpeakOnCrash();
     layer::StartWindows();
     layer::TakeSignals();
+    layer::WatchMainThread();
     // With the first look at messages: a start that only hands over, or answers, needs none.
     QTimer::singleShot(0, [] { layer::PrepareKeyboard(); });
     static char instance;

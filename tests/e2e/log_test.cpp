@@ -9,10 +9,12 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <functional>
 
 #include "settings/record.h"
 #include "tests/e2e/end_to_end.h"
+#include "tests/support/x_server.h"
 
 namespace {
 
@@ -124,7 +126,7 @@ TEST_F(EndToEnd, QuestionsAndMistakesOnTheCommandLineStartNothing) {
     }
 }
 
-// One that takes the connection and says nothing, as a stopped server does.
+// One takes the connection of a start and says nothing; another one stops while the program runs.
 TEST_F(EndToEnd, ADisplayThatDoesNotAnswerIsGivenUp) {
     const int server = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
@@ -132,10 +134,26 @@ TEST_F(EndToEnd, ADisplayThatDoesNotAnswerIsGivenUp) {
     ASSERT_EQ(bind(server, reinterpret_cast<sockaddr*>(&address), size), 0);
     ASSERT_EQ(listen(server, 1), 0);
     ASSERT_EQ(getsockname(server, reinterpret_cast<sockaddr*>(&address), &size), 0);
-    const std::string display = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - 6000);
-    Start({"DISPLAY=" + display});
-    EXPECT_EQ(Running->Ended(20000), 1);
+    Vantrel start({"DISPLAY=127.0.0.1:" + std::to_string(ntohs(address.sin_port) - 6000)});
+    const std::string usual = std::getenv("DISPLAY");
+    auto display = std::make_unique<XServer>();
+    FitKnownReaders("laser", {{&general::EnableVibrator, '1'}, {&general::VibrateDuration, 30}});
+    Running = std::make_unique<Vantrel>(std::vector<std::string>{"WATCHDOG_USEC=4000000"});
+    ASSERT_TRUE(WaitUntilReady());
+    Wire->Command("label 1 AB");
+    ASSERT_TRUE(PressTrigger());
+    ASSERT_TRUE(Within(5000, [&] { return ReadWholeFile(Terminal.Path("VIBRATOR")).starts_with("1"); }));
+    display->Stop();
+    Vantrel opensSettings({"QT_QPA_PLATFORM=offscreen", "VANTREL_KEYBOARD=none"});
+    EXPECT_EQ(Running->Ended(30000), 1);
+    EXPECT_TRUE(ReadWholeFile(Terminal.Path("VIBRATOR")).starts_with("0"));
+    opensSettings.Signal(SIGTERM);  // it had no answer, and has stayed
+    EXPECT_NE(opensSettings.Ended(), -1);
+    ExpectNothingShared();
+    EXPECT_EQ(start.Ended(20000), 1);
     close(server);
+    display.reset();
+    setenv("DISPLAY", usual.c_str(), 1);
 }
 
 }  // namespace

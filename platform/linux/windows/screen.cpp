@@ -1,8 +1,7 @@
 #include "platform/linux/windows/screen.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QElapsedTimer>
-#include <QGuiApplication>
 #include <QScreen>
 #include <QWindow>
 
@@ -22,23 +21,15 @@ bool SeenByATest = false;
 
 constexpr int LongestExposure = 300;  // milliseconds that a window server may take to show a new window
 
-}  // namespace
-
-bool ScreenIsSeen() {
-    return SeenByATest || QGuiApplication::platformName() != "offscreen";
+// None but on X11.
+Display* DisplayOfQt() {
+    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 != nullptr ? x11->display() : nullptr;
 }
 
-void SeeWithoutAScreen() {
-    SeenByATest = true;
-}
-
-bool FocusIsReal() {
-    const QString platform = QGuiApplication::platformName();
-    return platform == "xcb" || platform.startsWith("wayland");
-}
-
+// Asked anew every time.
 bool WindowManagerRuns() {
-    Display* display = XOpenDisplay(nullptr);
+    Display* display = DisplayOfQt();
     if (display == nullptr) {
         return false;
     }
@@ -56,13 +47,32 @@ bool WindowManagerRuns() {
     if (data != nullptr) {
         XFree(data);
     }
-    XCloseDisplay(display);
     return runs;
+}
+
+}  // namespace
+
+bool ScreenIsSeen() {
+    return SeenByATest || QGuiApplication::platformName() != "offscreen";
+}
+
+void SeeWithoutAScreen() {
+    SeenByATest = true;
+}
+
+bool FocusIsReal() {
+    const QString platform = QGuiApplication::platformName();
+    return platform == "xcb" || platform.startsWith("wayland");
 }
 
 bool HasWindowManager() {
     const QString platform = QGuiApplication::platformName();
-    return platform.startsWith("wayland") || (platform == "xcb" && WindowManagerRuns());
+    return platform.startsWith("wayland") || WindowManagerRuns();
+}
+
+int DisplayConnection() {
+    Display* display = DisplayOfQt();
+    return display != nullptr ? XConnectionNumber(display) : -1;
 }
 
 void ReserveStrip(int height) {

@@ -7,8 +7,8 @@ namespace layer {
 bool ScreenIsSeen();
 // Tests see without a screen, too.
 void SeeWithoutAScreen();
-// Whether a window manager runs on the X display; asked anew every time. On X11 only.
-bool WindowManagerRuns();
+// The descriptor of Qt's connection to the X server, -1 without one.
+int DisplayConnection();
 // The display server gives the focus to one window of all programs.
 bool FocusIsReal();
 // Keeps a strip of this height at the bottom of the screen free of windows; 0 gives it back.

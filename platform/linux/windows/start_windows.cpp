@@ -1,7 +1,6 @@
 #include "platform/linux/windows/start_windows.h"
 
 #include <pthread.h>
-#include <systemd/sd-daemon.h>
 #include <unistd.h>
 
 #include <QApplication>
@@ -9,7 +8,6 @@
 #include <QProxyStyle>
 #include <QSocketNotifier>
 #include <QStyleOption>
-#include <QTimer>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -21,6 +19,7 @@
 #include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/watchdog.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/program.h"
 
@@ -77,12 +76,24 @@ class QuitFilter : public QObject {
     }
 };
 
+// Qt ends the program by exit() when the display server dies, at any moment, that of the program's own end
+// included. Threads still run then: do what is left of the end, and leave without touching what they use.
+void EndAtOnce() {
+    BeginEnd();
+    _exit(1);
+}
+
 QtMessageHandler StandardHandler = nullptr;
 
 // Platforms without a window manager say at every window that they have none.
 void HandleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
     if (!text.startsWith(QLatin1String("This plugin does not support"))) {
         StandardHandler(type, context, text);
+    }
+    // Of a thread of its own that it cannot start Qt waits for what never comes: the display's events, the
+    // bus.
+    if (text.startsWith(QLatin1String("QThread::start: Thread creation"))) {
+        EndAtOnce();
     }
 }
 
@@ -91,23 +102,9 @@ std::atomic<bool> SignalCame{false};
 void NoteSignal(int) {
     const int saved = errno;
     SignalCame = true;
+    HurryMainThread();
     SignalBell->Wake();
     errno = saved;
-}
-
-// Qt ends the program by exit() when the display server dies, at any moment, that of the program's own end
-// included. Threads still run then: do what is left of the end, and leave without touching what they use.
-void EndAtOnce() {
-    BeginEnd();
-    _exit(1);
-}
-
-// For a display that takes the connection and then says nothing Qt would wait for ever.
-constexpr unsigned DisplayPatience = 15;  // seconds
-
-void GiveDisplayUp(int) {
-    Say(LogPriority::Error, "the display does not answer");
-    _exit(1);
 }
 
 // A dotted frame in what has the focus, however it came there: a default button looks the same with and
@@ -133,23 +130,7 @@ class FocusStyle : public QProxyStyle {
     }
 };
 
-// A service manager that watches is told of every turn of the message loop, so that a program that hangs is
-// started anew. Twice in each period that it gives.
-void FeedWatchdog() {
-    std::uint64_t period = 0;
-    if (sd_watchdog_enabled(0, &period) <= 0) {
-        return;
-    }
-    auto* feeder = new QTimer(qApp);
-    QObject::connect(feeder, &QTimer::timeout, feeder, TellWatchdog);
-    feeder->start(std::chrono::milliseconds(std::max<std::uint64_t>(period / 2000, 1)));
-}
-
 }  // namespace
-
-void TellWatchdog() {
-    sd_notify(0, "WATCHDOG=1");
-}
 
 void StartWindows() {
     if (QCoreApplication::instance() != nullptr) {
@@ -162,12 +143,10 @@ void StartWindows() {
     static char name[] = "vantrel";
     static char* arguments[] = {name, nullptr};
     static int count = 1;
-    std::signal(SIGALRM, GiveDisplayUp);
-    alarm(DisplayPatience);
+    AwaitDisplay();
     // Never deleted: threads may still run when the program ends.
     auto* application = new QApplication(count, arguments);
-    alarm(0);
-    std::signal(SIGALRM, SIG_DFL);
+    DisplayHasCome();
     QApplication::setStyle(new FocusStyle);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     application->installEventFilter(new QuitFilter(application));
@@ -177,7 +156,6 @@ void StartWindows() {
     palette.setColor(QPalette::HighlightedText, Qt::white);
     QApplication::setPalette(palette);
     OpenMailbox();
-    FeedWatchdog();
 }
 
 bool EndRequested() {
@@ -195,6 +173,7 @@ void TakeSignals() {
     auto* notifier = new QSocketNotifier(SignalBell->Number(), QSocketNotifier::Read, qApp);
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [] {
         SignalBell->Clear();
+        TellWatchdog();
         CloseMainWindow();
     });
     struct sigaction action {};

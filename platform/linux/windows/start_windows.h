@@ -16,8 +16,4 @@ void TakeSignals();
 // Takes every notification icon away.
 void RemoveNotificationIcons();
 
-// Tells a service manager that watches that the program lives. Whoever keeps the main thread for long calls
-// it.
-void TellWatchdog();
-
 }  // namespace layer

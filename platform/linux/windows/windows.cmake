@@ -22,6 +22,7 @@ vantrel_library(vantrel_platform_windows
   linux/windows/timers.cpp
   linux/windows/tray_icon.cpp
   linux/windows/user_window.cpp
+  linux/windows/watchdog.cpp
   linux/windows/window_calls.cpp
   linux/windows/window_message.cpp
   linux/windows/window_object.cpp
