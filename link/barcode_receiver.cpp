@@ -62,9 +62,9 @@ bool PassGate(DWORD receiver) {
     }
 }
 
-// The bytes of one read, behind what the read before left of a packet.
+// The bytes of one read, behind what the read before left of a packet or a message.
 struct ReceiveBuffer {
-    std::array<BYTE, SsiFrameLimit + ReadSize> Bytes;
+    std::array<BYTE, ReadSize> Bytes;
     DWORD Kept = 0;
 };
 
@@ -97,7 +97,8 @@ bool ReceiveOnce(HANDLE port, ReceiveBuffer& buffer, PacketMessage& message) {
         return true;  // woken by a change of the mask
     }
     const DWORD kept = buffer.Kept;
-    const DWORD read = ReadPort(port, buffer.Bytes.data() + kept, ReadSize);
+    const DWORD room = ReadSize - kept;
+    const DWORD read = ReadPort(port, buffer.Bytes.data() + kept, room);
     buffer.Kept = 0;
     if (read == 0 && kept == 0) {
         // An event without bytes completes nothing: the part of a packet message that has come so far stays
@@ -106,7 +107,7 @@ bool ReceiveOnce(HANDLE port, ReceiveBuffer& buffer, PacketMessage& message) {
     }
     const std::span<const BYTE> bytes(buffer.Bytes.data(), kept + read);
     const BarcodeReader* reader = FittedBarcodeReader();
-    const DWORD rest = reader ? reader->Receive(port, message, bytes, read == ReadSize) : 0;
+    const DWORD rest = reader ? reader->Receive(port, message, bytes, read == room) : 0;
     std::copy(bytes.end() - rest, bytes.end(), buffer.Bytes.begin());
     buffer.Kept = rest;
     return true;
@@ -162,12 +163,14 @@ void HandOver(PacketMessage& message) {
     ClearMessage(message);
 }
 
-DWORD TakeDecoderMessage(HANDLE, PacketMessage& message, std::span<const BYTE> bytes, bool) {
+DWORD TakeDecoderMessage(HANDLE, PacketMessage& message, std::span<const BYTE> bytes, bool filled) {
+    const auto last = filled ? std::find(bytes.rbegin(), bytes.rend(), '\r') : bytes.rend();
+    const auto end = last == bytes.rend() ? bytes.end() : last.base();
     ClearMessage(message);
-    std::copy(bytes.begin(), bytes.end(), message.Bytes.begin());
-    message.Length = static_cast<DWORD>(bytes.size());
+    std::copy(bytes.begin(), end, message.Bytes.begin());
+    message.Length = static_cast<DWORD>(end - bytes.begin());
     HandOver(message);
-    return 0;
+    return static_cast<DWORD>(bytes.end() - end);
 }
 
 bool StartBarcodeReceiver(WORD deviceMask) {

@@ -35,10 +35,10 @@ void EndBarcodeReceiver();
 DWORD WINAPI BarcodeReceiveThread(LPVOID number);
 
 // How one read of the port becomes messages, which are handed over. `filled`: the read filled its buffer, so
-// that its end may be the beginning of a packet that goes on in the next one. Returns how many bytes at the
+// that its end may be the beginning of a message that goes on in the next one. Returns how many bytes at the
 // end are to be kept for that. On the receive thread.
 using TakeBytes = DWORD (*)(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
-// The 1D reader: a read is a message.
+// The 1D reader: a read is a message; a full one ends with its last CR.
 DWORD TakeDecoderMessage(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
 
 // Hands a whole message over and forgets it.

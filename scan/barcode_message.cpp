@@ -68,7 +68,7 @@ std::span<const BYTE> Next1DMessages(std::span<const BYTE> messages) {
     if (const std::size_t whole = WholeSize(messages)) {
         return messages.subspan(whole);
     }
-    const auto digit = [](BYTE byte) { return byte >= '0' && byte <= '9'; };
+    const auto digit = [](BYTE character) { return character >= '0' && character <= '9'; };
     for (std::size_t at = EscapeAt(messages) + 1; at + HeadSize <= messages.size(); ++at) {
         if (messages[at - 1] == ReturnByte && messages[at] == EscapeByte &&
             std::ranges::all_of(messages.subspan(at + HeadSize - LengthDigits, LengthDigits), digit)) {
