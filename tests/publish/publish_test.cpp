@@ -210,15 +210,16 @@ TEST_F(PublishedScan, OfTheRealProgramArrivesWithWhatIsKnownOfIt) {
     WriteSettings(DeviceLaser, {{&general::CheckReaderStatus, '0'}, {&general::DataOutput, '3'}});
     const auto publisher = StartPublishing(Terminal);
     StartReady();
-    EXPECT_EQ(Scan("11 4006381333931", 14), "4006381333931\n");
+    // No UTF-8, and begun like it at the end.
+    EXPECT_EQ(Scan("3 hex:43 41 46 C9", 4), "CAF\n");
     ASSERT_TRUE(Within(10000, [&] { return subscriber.Count(Scans) == 1; }));
     QJsonObject json = Json(subscriber.Messages(Scans)[0]);
     EXPECT_TRUE(json["time"].toString().startsWith("20"));
     json.remove("time");
     EXPECT_EQ(
         QJsonDocument(json).toJson(QJsonDocument::Compact).toStdString(),
-        "{\"data\":\"4006381333931\",\"length\":13,\"sequence\":1,\"source\":\"barcode\",\"terminal\":\"t7\","
-        "\"type\":\"P\"}");
+        "{\"base64\":\"Q0FGyQ==\",\"length\":4,\"sequence\":1,\"source\":\"barcode\",\"terminal\":\"t7\","
+        "\"type\":\"I\"}");
     // Without messages nothing comes, and that is told.
     EXPECT_EQ(RunProgram("vantrel-settings", {"set", "DataOutput=Keyboard Emulation"}), 0);
     ASSERT_TRUE(WaitUntilReady());

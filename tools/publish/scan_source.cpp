@@ -61,7 +61,10 @@ std::string ScanJson(std::int64_t sequence, const ScanRecord& record) {
     }
     const QByteArray data(reinterpret_cast<const char*>(record.Data.data()),
                           static_cast<qsizetype>(record.Data.size()));
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    // All of it at once, the first character too: without the flags it waits for the rest of a character that
+    // is cut off, and drops a mark of the byte order.
+    using Flag = QStringDecoder::Flag;
+    QStringDecoder decoder(QStringDecoder::Utf8, Flag::Stateless | Flag::ConvertInitialBom);
     const QString text = decoder(data);
     if (decoder.hasError()) {
         json["base64"] = QString::fromLatin1(data.toBase64());
