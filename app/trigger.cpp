@@ -50,10 +50,15 @@ void HandleTrigger(bool pressed) {
 // Of the last press or release that said its time.
 DWORD LastTime = 0;
 
+// A message that seems to be later than that comes from another clock, from one that was set back, or after
+// weeks in which the milliseconds have run over.
+constexpr DWORD LongestOvertaking = 60'000;
+
 // A press that comes after its release was a short tap: it reads for a moment. A release that comes after the
 // next press is that of a read which is over.
 void HandleTimedTrigger(bool pressed, DWORD time) {
-    const bool late = time != 0 && LastTime != 0 && static_cast<LONG>(time - LastTime) < 0;
+    const DWORD behind = LastTime - time;
+    const bool late = time != 0 && LastTime != 0 && behind != 0 && behind <= LongestOvertaking;
     if (!late) {
         LastTime = time;
         HandleTrigger(pressed);
