@@ -21,6 +21,14 @@ constexpr const char* Usage =
 
 }  // namespace
 
+bool PrintLine(const std::string& line) {
+    if (std::puts(line.c_str()) < 0 || std::fflush(stdout) != 0) {
+        std::perror("vantrel-watch: a scan could not be written");
+        return false;
+    }
+    return true;
+}
+
 int main(int count, char** arguments) {
     if (count == 2 && std::string_view(arguments[1]) == "--status") {
         layer::EndProgram(PrintStatus());

@@ -1,6 +1,8 @@
 // The ways of vantrel-watch to get at scans. Each prints a line per scan until it has seen enough.
 #pragma once
 
+#include <string>
+
 #include "platform/base.h"
 
 struct WatchOptions {
@@ -9,6 +11,9 @@ struct WatchOptions {
 };
 
 // Both return the program's exit code: 0 when Count scans have been seen, 1 when none came in time or the
-// terminal's objects cannot be had.
+// terminal's objects cannot be had, or the lines cannot be written.
 int WatchEvent(const WatchOptions& options);
 int WatchMessages(const WatchOptions& options);
+
+// Prints a line at once; false, said on standard error, when it cannot be written.
+[[nodiscard]] bool PrintLine(const std::string& line);

@@ -8,18 +8,18 @@
 
 namespace {
 
-// Prints what lies in the queue; the number of records.
-DWORD PrintRecords(HANDLE queue) {
-    DWORD printed = 0;
+// Prints what lies in the queue and counts it; false when it cannot be written.
+bool PrintRecords(HANDLE queue, DWORD& seen) {
     std::array<BYTE, RecordSize> record;
     DWORD read = 0;
     DWORD flags = 0;
     while (ReadMsgQueue(queue, record.data(), RecordSize, &read, 0, &flags)) {
-        std::puts(RecordJson("event", std::span(record).first(read)).c_str());
-        std::fflush(stdout);
-        ++printed;
+        if (!PrintLine(RecordJson("event", std::span(record).first(read)))) {
+            return false;
+        }
+        ++seen;
     }
-    return printed;
+    return true;
 }
 
 }  // namespace
@@ -44,7 +44,9 @@ int WatchEvent(const WatchOptions& options) {
             std::fputs("vantrel-watch: no scan came in time\n", stderr);
             return 1;
         }
-        seen += PrintRecords(queue);
+        if (!PrintRecords(queue, seen)) {
+            return 1;
+        }
     }
     CloseMsgQueue(queue);
     CloseHandle(event);

@@ -25,14 +25,17 @@ void RestartIdleTimer(HWND window) {
 
 void PrintRecord(const COPYDATASTRUCT& copy) {
     const auto* bytes = static_cast<const BYTE*>(copy.lpData);
-    std::puts(RecordJson("copydata", {bytes, bytes == nullptr ? 0 : copy.cbData}).c_str());
-    std::fflush(stdout);
+    if (!PrintLine(RecordJson("copydata", {bytes, bytes == nullptr ? 0 : copy.cbData}))) {
+        PostQuitMessage(1);
+    }
 }
 
 // The second message of a scan is the one that counts: by then both have come.
 void PrintDecode(HWND window, WPARAM source) {
-    std::printf("{\"channel\":\"decode\",\"source\":%u}\n", static_cast<unsigned>(source));
-    std::fflush(stdout);
+    if (!PrintLine("{\"channel\":\"decode\",\"source\":" + std::to_string(source) + "}")) {
+        PostQuitMessage(1);
+        return;
+    }
     ++TheWatch.Seen;
     if (TheWatch.Options.Count != 0 && TheWatch.Seen >= TheWatch.Options.Count) {
         PostQuitMessage(0);

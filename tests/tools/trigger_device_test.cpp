@@ -222,12 +222,16 @@ TEST_F(TriggerDevice, TheProgramIsReadyOnceNothingStandsAgainstIt) {
     }
 }
 
-// With scans for longer than it waits for one it stays; what is no scan is passed over.
+// With scans for longer than it waits for one it stays; what is no scan is passed over. A scan that finds no
+// room on its disk is not passed over.
 TEST_F(TriggerDevice, AWatcherGivesUpOnlyWhenNoScanComes) {
     constexpr int Scans = 70;
+    ChildProcess full(
+        {"/bin/sh", "-c", "exec \"$0\" --messages > /dev/full", VANTREL_PROGRAMS "/vantrel-watch"});
+    Pump(10s, [] { return layer::ListPrograms().size() >= 2; });
     ChildProcess watch({VANTREL_PROGRAMS "/vantrel-watch", "--messages", "--timeout", "5", "--count",
                         std::to_string(Scans)});
-    Pump(10s, [] { return layer::ListPrograms().size() >= 2; });
+    Pump(10s, [] { return layer::ListPrograms().size() >= 3; });
     const UINT decode = RegisterWindowMessageW(TEXT("WM_DECODE"));
     BYTE byte = 0;
     COPYDATASTRUCT other{12, 1, &byte}, scan{decode, 1, &byte};
@@ -240,6 +244,7 @@ TEST_F(TriggerDevice, AWatcherGivesUpOnlyWhenNoScanComes) {
     EXPECT_EQ(watch.ReadLine(), R"({"channel":"copydata","error":"a record of 1 bytes"})");
     EXPECT_EQ(watch.ReadLine(), R"({"channel":"decode","source":7})");
     EXPECT_EQ(watch.Wait(), 0);
+    EXPECT_EQ(full.Wait(), 1) << "it has gone on without a word";
 }
 
 }  // namespace
