@@ -79,6 +79,7 @@ TEST_F(SettingsText, WhatIsWrongIsToldByLine) {
         {"", "0: no settings in text form: `format` is missing\n"},
         {"format = 2\n", "1: this form is newer than the program\n"},
         {"format = 1\nrfid = 3\n", "0: `reader` is missing\n2: rfid is true or false\n"},
+        {"format = 1\nreader = \"imager\"\nwhole = \"yes\"\n", "3: whole is true or false\n"},
         {"format = 1\nreader = \"3D\"\n", "2: there is no reader \"3D\"\n"},
         {"format = 1\n\nreader = \"1d\"\n",
          "3: these settings are for the reader \"1D Reader\", this terminal has \"2D Reader\"\n"},
@@ -106,6 +107,8 @@ TEST_F(SettingsText, WhatIsWrongIsToldByLine) {
     MakeNew(DeviceImager);
     for (const auto& c : cases)
         EXPECT_EQ(Faults(c.Text), c.Fault) << c.Text;
+    const std::vector<Item> items = TerminalItems();
+    EXPECT_EQ(SetFromArgument(*FindItem(items, "PrefixCode"), "\xA3"), "takes text in UTF-8");
     EXPECT_NE(Faults(head + "AutoEnter = \"No\"\nAutoEnter = \"No\"\n").find("5: "), std::string::npos);
     EXPECT_NE(Faults(head + "AutoEnter = \n").find("4: "), std::string::npos);
     EXPECT_NE(Faults("format = 1\nreader = \"imager\"\nwhole = true\n").find("3: EnableUpcA is missing"),

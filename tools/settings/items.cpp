@@ -287,6 +287,9 @@ std::string SetItemText(const Item& item, std::string_view text) {
     if (words.find(u'\0') != std::u16string::npos) {
         return "takes no zero character";
     }
+    if (layer::ToUtf8(words) != text) {
+        return "takes text in UTF-8";
+    }
     Store(item, {words.begin(), words.end()});
     return {};
 }

@@ -162,6 +162,9 @@ class Reader {
                       "there is no `" + std::string(key.str()) + "`; items stand under [items]");
             }
         }
+        if (table_["whole"] && !table_["whole"].is_boolean()) {
+            faults_.push_back({LineOf("whole"), "whole is true or false"});
+        }
         const bool whole = table_["whole"].value_or(false);
         if (whole) {
             for (std::size_t word = 0; word < RecordWords; ++word) {
