@@ -56,11 +56,6 @@ ErrorCode CheckRecords(HANDLE file, DWORD size) {
 constexpr DWORD BeforeEndFrame = 10;
 constexpr DWORD Percent = 100;
 
-struct Progress {
-    HWND Dialog;
-    DWORD Shown;
-};
-
 HWND OpenProgress(HWND owner) {
     HWND dialog =
         CreateDialogParamW(ShellState.Instance, MAKEINTRESOURCEW(IDD_DOWNLOAD_PROGRESS), owner, nullptr, 0);
@@ -73,13 +68,11 @@ HWND OpenProgress(HWND owner) {
     return dialog;
 }
 
-void ShowProgress(Progress& progress, DWORD total, DWORD size) {
+// Also while the percentage stays: it tells those who watch that the program lives.
+void ShowProgress(HWND dialog, DWORD total, DWORD size) {
     // A file may grow while it is read.
     const DWORD percent = total >= size ? Percent : static_cast<DWORD>(std::uint64_t{total} * Percent / size);
-    if (percent != progress.Shown) {
-        progress.Shown = percent;
-        SendDlgItemMessageW(progress.Dialog, IDC_PROGRESS, PBM_SETPOS, percent, 0);
-    }
+    SendDlgItemMessageW(dialog, IDC_PROGRESS, PBM_SETPOS, percent, 0);
 }
 
 bool SendOne(FirmwareFrame& frame) {
@@ -117,7 +110,7 @@ ErrorCode SendEnd(FirmwareFrame& frame) {
     return FirmwareExchange(ShellState.BarcodePort, EndFrame, reply) ? Success : ErrorDownload;
 }
 
-ErrorCode SendFile(HANDLE file, Progress& progress) {
+ErrorCode SendFile(HANDLE file, HWND progress) {
     const DWORD size = GetFileSize(file, nullptr);
     if (size == 0 || size == INVALID_FILE_SIZE) {
         return ErrorDownload;
@@ -168,11 +161,11 @@ ErrorCode CheckFirmwareFile(HANDLE file) {
 }
 
 ErrorCode TransferFirmwareFile(HWND owner, HANDLE file) {
-    Progress progress{OpenProgress(owner), 0};
-    if (!progress.Dialog) {
+    const HWND progress = OpenProgress(owner);
+    if (!progress) {
         return ErrorProgressDialog;
     }
     const ErrorCode result = SendFile(file, progress);
-    DestroyWindow(progress.Dialog);
+    DestroyWindow(progress);
     return result;
 }

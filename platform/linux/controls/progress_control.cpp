@@ -41,7 +41,7 @@ class ProgressControl : public WindowObject {
     LRESULT SetPosition(int position) {
         const int before = bar_->value();
         bar_->setValue(std::clamp(position, bar_->minimum(), bar_->maximum()));
-        if (Visible()) {
+        if (Visible() && bar_->value() != before) {
             PaintNow(bar_);
         }
         TellWatchdog();
