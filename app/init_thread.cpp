@@ -142,6 +142,7 @@ ErrorCode Initialize() {
     const int loaded = LoadSettings();
     if (loaded < 0) {
         // Saving would fail as well; nothing is reset that only could not be read.
+        Log(LogPriority::Error, TEXT("the settings file cannot be opened or read"));
         return ErrorInitialize;
     }
     ErrorCode result = FindReaders(loaded);
@@ -157,6 +158,7 @@ ErrorCode Initialize() {
     BuildPageLists();
     ShellState.SettingsSheet = nullptr;
     if (!SaveSettings()) {
+        Log(LogPriority::Error, TEXT("the settings file cannot be made"));
         return ErrorInitialize;
     }
     return CreateDataQueue();

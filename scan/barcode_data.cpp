@@ -1,14 +1,18 @@
 #include "scan/barcode_data.h"
 
+#include <algorithm>
+
 #include "link/read_control.h"
 #include "link/readers/barcode_reader.h"
 #include "scan/delivery.h"
 #include "scan/read_feedback.h"
 #include "settings/all_fields.h"
+#include "shell/log.h"
 
 namespace {
 
 constexpr BYTE Ean128Letter = 'U';
+constexpr BYTE Message1DBegin = 0x1B;
 
 int Handle1DScan(ScanData& scan) {
     if (scan.codeType == Ean128Letter) {
@@ -35,6 +39,8 @@ int Handle1DMessages(std::span<const BYTE> messages) {
         ScanData scan;
         if (Parse1DMessage(messages, scan) != 0) {
             delivered |= Handle1DScan(scan);
+        } else if (std::ranges::count(messages, Message1DBegin) != 0) {
+            Log(LogPriority::Warning, TEXT("a message of the 1D reader was dropped: it is not whole"));
         }
     }
     return delivered;

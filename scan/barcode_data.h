@@ -24,6 +24,7 @@ void DropCodeIdentifier(ScanData& scan);
 void ParsePacketMessage(std::span<const BYTE> message, ScanData& scan);
 
 // A complete message of the barcode reader, or several of the 1D reader: checks each, gives the read feedback
-// and delivers the scan. 1 when a scan was delivered, 0 when all were dropped, without any sign to the user,
-// also because the reader has been switched off. Barcode receive thread; returns when the delivery is over.
+// and delivers the scan. 1 when a scan was delivered, 0 when all were dropped, without any sign to the user
+// but a line in the diary, also because the reader has been switched off. Barcode receive thread; returns
+// when the delivery is over.
 int HandleBarcodeData(const BYTE* message, DWORD length);

@@ -2,6 +2,7 @@
 
 #include "platform/base.h"
 #include "settings/general_fields.h"
+#include "shell/log.h"
 
 namespace {
 
@@ -33,7 +34,12 @@ int ReadImage(SettingsImage& image) {
     if (!done) {
         return -1;
     }
-    return read == SettingsFileSize ? 1 : 0;
+    if (read != SettingsFileSize) {
+        Log(LogPriority::Warning, TEXT("the settings file has %u bytes and not %u: it does not count"), read,
+            SettingsFileSize);
+        return 0;
+    }
+    return 1;
 }
 
 }  // namespace

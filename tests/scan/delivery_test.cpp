@@ -271,6 +271,18 @@ TEST(Delivery, NoKeyComesAfterAReadingHasBeenEnded) {
     }
 }
 
+TEST(HandleData, ABrokenMessageOfThe1DReaderIsDroppedWithAWord) {
+    DeliveryTerminal terminal(Device1D);
+    for (const auto& [message, said] :
+         {std::pair<std::string, bool>{"\033A00512\r", true}, {"OK\r", false}}) {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(HandleBarcodeData(reinterpret_cast<const BYTE*>(message.data()),
+                                    static_cast<DWORD>(message.size())),
+                  0);
+        EXPECT_EQ(testing::internal::GetCapturedStderr().find("dropped") != std::string::npos, said);
+    }
+}
+
 // The wait cursor of a tag's read is left out: it is carried to the main thread, in memory of the platform's.
 TEST(HandleData, AScanTakesNoMemoryFromTheHeap) {
     const std::string packet = "\013Ab12", message = "\033A005Ab12\xE9\r";

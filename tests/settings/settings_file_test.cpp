@@ -114,7 +114,10 @@ TEST_F(SettingsFileTest, WithoutAWholeFileTheRecordStays) {
         Bytes bytes = FileOf(1, 1);
         bytes.resize(size);
         Store(bytes);
+        testing::internal::CaptureStderr();
         EXPECT_EQ(LoadSettings(), 0) << size;
+        EXPECT_NE(testing::internal::GetCapturedStderr().find(std::to_string(size) + " bytes"),
+                  std::string::npos);
     }
     std::filesystem::remove(file_);
     std::filesystem::create_directory(file_);
