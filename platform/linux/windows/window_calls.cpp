@@ -5,6 +5,7 @@
 
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/screen.h"
+#include "platform/linux/windows/watchdog.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
 
@@ -86,6 +87,7 @@ BOOL ShowWindow(HWND window, int command) {
 BOOL UpdateWindow(HWND window) {
     return WithWindow(window, [](layer::WindowObject& object) {
         layer::PaintNow(object.Widget());
+        layer::TellWatchdog();  // the caller keeps the main thread
         return TRUE;
     });
 }
