@@ -76,9 +76,13 @@ class QuitFilter : public QObject {
     }
 };
 
+bool Exiting = false;
+
 // Qt ends the program by exit() when the display server dies, at any moment, that of the program's own end
-// included. Threads still run then: do what is left of the end, and leave without touching what they use.
+// included. Threads still run then: do what is left of the end, and leave without touching what they use, nor
+// windows, for which statics of Qt's that are younger than this call have gone already.
 void EndAtOnce() {
+    Exiting = true;
     BeginEnd();
     _exit(1);
 }
@@ -182,7 +186,11 @@ void TakeSignals() {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         sigaction(signal, &action, nullptr);
     }
-    AtEnd(RemoveNotificationIcons);
+    AtEnd([] {
+        if (!Exiting) {
+            RemoveNotificationIcons();
+        }
+    });
     std::atexit(EndAtOnce);
 }
 
