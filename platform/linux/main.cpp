@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <QTimer>
+#include <csignal>
 #include <cstdio>
 #include <string>
 
@@ -17,6 +18,7 @@
 #endif
 
 int main(int count, char** arguments) {
+    std::signal(SIGPIPE, SIG_IGN);  // whoever reads standard error may go
     layer::SpeakOnCrash();
     layer::StartWindows();
     layer::TakeSignals();

@@ -124,6 +124,12 @@ TEST_F(EndToEnd, QuestionsAndMistakesOnTheCommandLineStartNothing) {
                     output.find("keys go to") == std::string::npos)
             << output;
     }
+    // Whoever reads the diary may go.
+    const std::string code = Terminal.Path("code");
+    RunProgram("sh", {"-c", "{ sleep 1; env --default-signal=PIPE " VANTREL_PROGRAMS
+                            "/vantrel --version 2>&1; echo $? >" +
+                                code + "; } | true"});
+    EXPECT_EQ(ReadWholeFile(code), "0\n");
 }
 
 // One takes the connection of a start and says nothing; another one stops while the program runs.

@@ -1,5 +1,7 @@
 // Handles, events, pauses and texts.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -147,6 +149,41 @@ TEST(Text, FormatsAsThePlatformDoes) {
     std::array<WCHAR, 4> cut{u'#', u'#', u'#', u'#'};
     EXPECT_EQ(lstrcpynW(cut.data(), u"abcdef", 3), cut.data());
     EXPECT_EQ(std::u16string_view(cut.data(), 4), std::u16string_view(u"ab\0#", 4));
+}
+
+// A pipe that nobody reads, a terminal that was stopped: the lines are left out until somebody does.
+TEST(Log, NobodyWaitsForTheReaderOfStandardError) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    fcntl(ends[0], F_SETFL, O_NONBLOCK);
+    fcntl(ends[1], F_SETPIPE_SZ, 4096);
+    const int standard = dup(STDERR_FILENO);
+    dup2(ends[1], STDERR_FILENO);
+    std::atomic<bool> done{false};
+    std::thread writer([&] {
+        for (int line = 0; line < 100; ++line) {
+            WriteLogLine(LogPriority::Info, std::u16string(1000, u'x').c_str());
+        }
+        done = true;
+    });
+    for (int tries = 0; tries < 1000 && !done; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_TRUE(done);
+    std::array<char, 4096> bytes;
+    do {
+        while (read(ends[0], bytes.data(), bytes.size()) > 0) {
+        }
+    } while (!done);
+    writer.join();
+    while (read(ends[0], bytes.data(), bytes.size()) > 0) {
+    }
+    WriteLogLine(LogPriority::Info, TEXT("again"));
+    dup2(standard, STDERR_FILENO);
+    close(ends[1]);
+    const ssize_t size = read(ends[0], bytes.data(), bytes.size());
+    EXPECT_EQ(std::string(bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0), "vantrel: again\n");
+    close(standard), close(ends[0]);
 }
 
 }  // namespace

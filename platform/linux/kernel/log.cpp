@@ -1,6 +1,7 @@
 #include "platform/linux/kernel/log.h"
 
 #include <execinfo.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/uio.h>
 #include <systemd/sd-daemon.h>
@@ -34,6 +35,18 @@ std::atomic<bool>& DebugWanted() {
     return wanted;
 }
 
+constexpr int LongestWait = 100;  // milliseconds
+
+// Whether standard error takes a line. A pipe that nobody reads, or a terminal that was stopped, is waited
+// for once; until it takes lines again they are left out.
+bool TakesLine() {
+    static std::atomic<bool> stuck{false};
+    pollfd file{STDERR_FILENO, POLLOUT, 0};
+    const bool takes = poll(&file, 1, stuck ? 0 : LongestWait) != 0;
+    stuck = !takes;
+    return takes;
+}
+
 }  // namespace
 
 // One write for the whole line: two threads' lines do not mix.
@@ -45,6 +58,9 @@ void Say(LogPriority priority, std::string_view text) {
     };
     const std::string_view front(prefix, JournalReads ? sizeof prefix : 0);
     const std::array<iovec, 4> line{part(front), part(name), part(text), part("\n")};
+    if (!TakesLine()) {
+        return;
+    }
     [[maybe_unused]] const auto written = writev(STDERR_FILENO, line.data(), line.size());
 }
 
