@@ -6,11 +6,14 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
+#include <cstdlib>
 #include <thread>
 
 #include "platform/linux/controls/sheet_layout.h"
 #include "platform/linux/windows/images.h"
 #include "platform/linux/windows/message_loop.h"
+#include "platform/linux/windows/screen.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/shell.h"
 #include "resources/resource.h"
 #include "tests/platform/window_fixture.h"
@@ -92,6 +95,25 @@ TEST_F(ControlsTest, ProgressHandsOutNothing) {
     layer::PumpMessages();
     EXPECT_EQ(handed, 2);
     DestroyWindow(dialog);
+}
+
+// The display's death is an exit() from somewhere; statics that Qt has made since the first window went are
+// gone then.
+TEST_F(ControlsTest, AnIconIsLeftAloneUnderExit) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto exits = [this] {
+        layer::SeeWithoutAScreen();
+        layer::TakeSignals();
+        NOTIFYICONDATAW icon{};
+        icon.cbSize = sizeof icon;
+        icon.hWnd = window_;
+        Shell_NotifyIconW(NIM_ADD, &icon);
+        DestroyWindow(
+            CreateDialogParamW(nullptr, MAKEINTRESOURCEW(IDD_DOWNLOAD_PROGRESS), window_, nullptr, 0));
+        layer::PumpMessages();
+        std::exit(1);
+    };
+    EXPECT_EXIT(exits(), testing::ExitedWithCode(1), "");
 }
 
 TEST_F(ControlsTest, AnIconHasEveryPictureOfItsFile) {
