@@ -20,6 +20,7 @@
 
 #include "platform/keyboard.h"
 #include "platform/linux/kernel/clock.h"
+#include "platform/linux/kernel/log.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/keyboard/keyboard_map.h"
 #include "platform/linux/keyboard/us_keyboard.h"
@@ -135,6 +136,7 @@ class XtestKeyboard : public KeyboardBackend {
 
     void Disconnect();
     bool Ready();
+    void NoteLoss();
     void FetchMap();
     void TakeNews(int howFar);
     void Type(const KeyMeaning& meaning, bool shift);
@@ -252,6 +254,14 @@ void XtestKeyboard::Key(BYTE key, bool up) {
         shift_ = !up;
     } else if (!up && Ready()) {
         Type(MeaningOf(key, shift_), shift_);
+        if (!connection_.Usable() && !unsent_) {
+            // Nothing has been lost with it.
+            Disconnect();
+            if (Connect()) {
+                Type(MeaningOf(key, shift_), shift_);
+            }
+        }
+        NoteLoss();
     }
 }
 
@@ -280,6 +290,16 @@ void XtestKeyboard::Type(const KeyMeaning& meaning, bool shift) {
 void XtestKeyboard::Flush() {
     if (std::exchange(unsent_, false) && connection_.Usable()) {
         XFlush(connection_.Get());
+        NoteLoss();
+    }
+}
+
+// What is left of the line must not come by the next connection: a line without its beginning is a wrong one.
+void XtestKeyboard::NoteLoss() {
+    if (!connection_.Usable()) {
+        lastTry_ = CurrentClock().Now();
+        unsent_ = false;
+        Say(LogPriority::Error, "the X display was lost while keys went there: they are missing");
     }
 }
 
