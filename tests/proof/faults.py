@@ -79,7 +79,7 @@ class Patient(Subject):
         library's also the crash, if a frame of that library comes before any of ours."""
         words = self.words_file.read_text()
         frames = [path for path in re.findall(r"^(/\S+?)\(", words, re.M) if not re.search(r"/lib(c|stdc\+\+)\.so", path)]
-        return re.search("bad_alloc|allocate", words) or (frames and not frames[0].endswith("/vantrel"))
+        return re.search("bad_alloc|allocate|out of memory", words) or (frames and not frames[0].endswith("/vantrel"))
 
     def typed(self):
         return self.screen.typed() if self.screen else self.terminal.typed()
