@@ -41,5 +41,11 @@ using TakeBytes = DWORD (*)(HANDLE port, PacketMessage& message, std::span<const
 // The 1D reader: a read is a message; a full one ends with its last CR.
 DWORD TakeDecoderMessage(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
 
+// The scan engines: packets are checked, acknowledged or refused, and joined.
+DWORD TakePackets(HANDLE port, PacketMessage& message, std::span<const BYTE> bytes, bool filled);
+// The continuation of a packet message is overdue: gives the trigger free again. The main window calls it
+// when IDT_CONTINUATION has fired; the receive thread itself drops the part before it takes another packet.
+void ContinuationOverdue();
+
 // Hands a whole message over and forgets it.
 void HandOver(PacketMessage& message);

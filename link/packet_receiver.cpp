@@ -1,4 +1,4 @@
-#include "link/packet_receiver.h"
+#include "link/barcode_receiver.h"
 
 #include <algorithm>
 

@@ -3,8 +3,8 @@
 #include <array>
 #include <utility>
 
+#include "link/barcode_receiver.h"
 #include "link/command_exchange.h"
-#include "link/packet_receiver.h"
 #include "link/readers/barcode_reader.h"
 #include "link/reading.h"
 #include "link/rfid_channel.h"

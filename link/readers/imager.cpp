@@ -1,5 +1,5 @@
 // The 2D imager: a scan engine.
-#include "link/packet_receiver.h"
+#include "link/barcode_receiver.h"
 #include "link/parameter_download.h"
 #include "link/readers/scan_engine.h"
 

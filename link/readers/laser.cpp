@@ -1,5 +1,5 @@
 // The 1D long-range laser: a scan engine that can aim before it decodes.
-#include "link/packet_receiver.h"
+#include "link/barcode_receiver.h"
 #include "link/parameter_download.h"
 #include "link/read_control.h"
 #include "link/readers/scan_engine.h"

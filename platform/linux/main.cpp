@@ -10,7 +10,6 @@
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/keyboard/keyboard_backend.h"
 #include "platform/linux/windows/start_windows.h"
-#include "platform/linux/windows/watchdog.h"
 #include "platform/window.h"
 
 #if defined(__SANITIZE_ADDRESS__)

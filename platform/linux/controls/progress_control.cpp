@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "platform/controls.h"
-#include "platform/linux/windows/watchdog.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"
 
 namespace layer {

@@ -19,7 +19,6 @@
 #include "platform/linux/kernel/posix.h"
 #include "platform/linux/kernel/thread.h"
 #include "platform/linux/windows/message_loop.h"
-#include "platform/linux/windows/watchdog.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/program.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/windows/watchdog.h"
+#include "platform/linux/windows/start_windows.h"
 
 #include <sys/socket.h>
 #include <systemd/sd-daemon.h>

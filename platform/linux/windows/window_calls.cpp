@@ -5,7 +5,7 @@
 
 #include "platform/linux/windows/message_loop.h"
 #include "platform/linux/windows/screen.h"
-#include "platform/linux/windows/watchdog.h"
+#include "platform/linux/windows/start_windows.h"
 #include "platform/linux/windows/window_object.h"
 #include "platform/linux/windows/window_table.h"
 
