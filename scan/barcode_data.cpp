@@ -12,7 +12,6 @@
 namespace {
 
 constexpr BYTE Ean128Letter = 'U';
-constexpr BYTE Message1DBegin = 0x1B;
 
 int Handle1DScan(ScanData& scan) {
     if (scan.codeType == Ean128Letter) {
@@ -39,7 +38,7 @@ int Handle1DMessages(std::span<const BYTE> messages) {
         ScanData scan;
         if (Parse1DMessage(messages, scan) != 0) {
             delivered |= Handle1DScan(scan);
-        } else if (std::ranges::count(messages, Message1DBegin) != 0) {
+        } else if (std::ranges::find(messages, EscapeByte) != messages.end()) {
             Log(LogPriority::Warning, TEXT("a message of the 1D reader was dropped: it is not whole"));
         }
     }

@@ -5,6 +5,8 @@
 
 #include "scan/scan_data.h"
 
+inline constexpr BYTE EscapeByte = 0x1B;  // begins a 1D reader's message
+
 // Takes a 1D reader's message apart: ESC, code type letter, three length digits, data, CR. Bytes before the
 // ESC and behind the data are ignored. 1, or 0 for a message without ESC or CR, without a length from 1 to
 // 999, or with a zero byte (or its end, or the next message) inside the declared data; the scan is then of no

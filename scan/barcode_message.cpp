@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr BYTE EscapeByte = 0x1B;
 constexpr BYTE ReturnByte = 0x0D;
 constexpr std::size_t LengthDigits = 3;
 constexpr std::size_t HeadSize = 2 + LengthDigits;  // ESC, code type, length

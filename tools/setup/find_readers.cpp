@@ -73,27 +73,32 @@ class Question {
 
   private:
     std::error_code Put(const std::string& device) {
+        const auto lastError = [] { return std::error_code(errno, std::generic_category()); };
         std::error_code failed;
         const fs::path target = fs::absolute(device, failed);
         std::string folder = failed ? "" : fs::temp_directory_path(failed) / "vantrel-setup-XXXXXX";
-        if (!failed && mkdtemp(folder.data()) != nullptr) {
-            folder_ = folder;
-            fs::create_symlink(target, folder + "/COM1", failed);
-            int ends[2];
-            if (!failed && pipe(ends) == 0) {
-                process_ = fork();
-                if (process_ == 0) {
-                    layer::UseTerminalFolder(folder);
-                    const FoundReader found = Ask();
-                    _exit(write(ends[1], &found, sizeof found) == sizeof found ? 0 : 1);
-                }
-                failed.assign(process_ < 0 ? errno : 0, std::generic_category());
-                close(ends[1]);
-                answer_ = ends[0];
-                return failed;
-            }
+        if (failed) {
+            return failed;
         }
-        return failed ? failed : std::error_code(errno, std::generic_category());
+        if (mkdtemp(folder.data()) == nullptr) {
+            return lastError();
+        }
+        folder_ = folder;
+        fs::create_symlink(target, folder + "/COM1", failed);
+        int ends[2];
+        if (failed || pipe(ends) != 0) {
+            return failed ? failed : lastError();
+        }
+        process_ = fork();
+        if (process_ == 0) {
+            layer::UseTerminalFolder(folder);
+            const FoundReader found = Ask();
+            _exit(write(ends[1], &found, sizeof found) == sizeof found ? 0 : 1);
+        }
+        failed = process_ < 0 ? lastError() : std::error_code();
+        close(ends[1]);
+        answer_ = ends[0];
+        return failed;
     }
 
     std::string folder_;

@@ -100,7 +100,7 @@ void SayLast(int signal) {
     }
     void* calls[MostCalls];
     const int count = backtrace(calls, MostCalls);
-    if (count > OwnCalls) {
+    if (count > OwnCalls && TakesLine()) {
         backtrace_symbols_fd(calls + OwnCalls, count - OwnCalls, STDERR_FILENO);
     }
     // The handler is gone: this comes when it returns, with the default's end at the place of the crash.
